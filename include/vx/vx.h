@@ -1,0 +1,261 @@
+/*
+ * vx.h - the application side of libvxkrn: open an image file or a block of memory, ask what is on
+ * each page, load a page into a bitmap, and take its pixels out.
+ *
+ * Valid C11 and C++. For C++ with ownership taken care of, see <vx/image.hpp>.
+ *
+ *     vx_source* source;
+ *     vx_info info;
+ *     vx_bitmap* bitmap;
+ *     if (vx_open_file("app.ico", &source) == VX_OK) {
+ *       if (vx_describe(source, 1, &info) == VX_OK && vx_load(source, NULL, &bitmap) == VX_OK) {
+ *         ...                          // vx_bitmap_read_rgba, vx_bitmap_encode_png, ...
+ *         vx_bitmap_free(bitmap);
+ *       }
+ *       vx_close(source);
+ *     }
+ *
+ * Conventions
+ *   - Functions that can fail return a vx_status: VX_OK (1), anything else is a failure. Out arguments
+ *     are set to null first and left so on failure. vx_status_text says what a status means;
+ *     vx_error_detail says what went wrong in this thread's last failed call, and where.
+ *   - Strings are UTF-8 or whatever bytes the file system uses, NUL-terminated.
+ *   - Rows count from the top of the picture, starting at 0, whatever order the file stores them in.
+ *   - Objects may be used by one thread at a time; different objects by different threads at once.
+ */
+#ifndef VX_VX_H
+#define VX_VX_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define VX_API __attribute__((visibility("default")))
+#else
+#define VX_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Statuses ---------------------------------------------------------------------------------- */
+
+typedef enum vx_status {
+  VX_OK = 1,
+  VX_UNKNOWN_HEADER = 0,       /**< an image header of a length that no reader knows */
+  VX_NO_MEMORY = -1,           /**< memory ran out, or the picture is over the memory limit */
+  VX_SEEK_ERROR = -4,          /**< the file does not reach to where its headers point */
+  VX_WRITE_ERROR = -5,         /**< not everything could be written */
+  VX_READ_ERROR = -7,          /**< the file ends before the data does, or cannot be read */
+  VX_BAD_FORMAT = -9,          /**< not a file of a known kind, or a damaged one */
+  VX_OPEN_ERROR = -10,         /**< the file cannot be opened for reading */
+  VX_BAD_DIMENSIONS = -11,     /**< width or height out of range */
+  VX_BAD_PARAMETER = -13,      /**< an argument is null or out of its range */
+  VX_OPEN_WRITE_ERROR = -14,   /**< the file cannot be opened for writing */
+  VX_NOT_SUPPORTED = -16,      /**< not possible for this kind of file */
+  VX_BAD_BPP = -27,            /**< a depth that cannot be used here */
+  VX_NO_DISPLAY_LIBRARY = -30, /**< the display library is not there */
+  VX_BAD_PAGE = -310,          /**< no such page */
+  VX_LAST_PAGE = -311,         /**< the only page of a file cannot go */
+  VX_NO_FILTER = -1000         /**< the filter, vxfbmp.so.18, cannot be found or loaded */
+} vx_status;
+
+/** @return the status's name, such as "STATUS_BAD_FORMAT"; "unknown status" for any other number. */
+VX_API const char* vx_status_name(int status);
+/** @return one sentence that says what the status means and what to do about it. */
+VX_API const char* vx_status_text(int status);
+/**
+ * What this thread's last failed call found wrong: in words, with byte offset and page where known.
+ * @return text valid until the thread's next call; "" when there is nothing to add to the status.
+ */
+VX_API const char* vx_error_detail(void);
+
+/* ---- What a file holds --------------------------------------------------------------------------- */
+
+typedef enum vx_format {
+  VX_FORMAT_BMP = 6,      /**< Windows bitmap, uncompressed or bit fields */
+  VX_FORMAT_OS2 = 14,     /**< OS/2 1.x bitmap */
+  VX_FORMAT_OS2_2 = 74,   /**< bitmap with a header other than 12 or 40 bytes: OS/2 2.x, Windows V4, V5 */
+  VX_FORMAT_PNG = 75,     /**< PNG */
+  VX_FORMAT_BMP_RLE = 84, /**< Windows bitmap, run-length coded */
+  VX_FORMAT_ICO = 91,     /**< icon */
+  VX_FORMAT_CUR = 92,     /**< cursor */
+  VX_FORMAT_RAW = 156,    /**< headerless data, uncompressed */
+  VX_FORMAT_RAW_RLE4 = 157,
+  VX_FORMAT_RAW_RLE8 = 158,
+  VX_FORMAT_RAW_BITFIELDS = 159,
+  VX_FORMAT_VISTA_ICO = 321 /**< icon with a PNG page or a page of 256 pixels */
+} vx_format;
+
+/** @return a short name for people, such as "Windows bitmap"; "unknown" for any other number. */
+VX_API const char* vx_format_name(int format);
+
+typedef enum vx_orientation { VX_TOP_DOWN = 1, VX_BOTTOM_UP = 4 } vx_orientation;
+
+typedef enum vx_order {
+  VX_ORDER_FILE = -1, /**< load options only: as the file implies */
+  VX_ORDER_RGB = 0,   /**< palette indices */
+  VX_ORDER_BGR = 1,   /**< blue lowest; at 16 bits 5-5-5 */
+  VX_ORDER_565 = 7    /**< 16 bits, 5-6-5 */
+} vx_order;
+
+/** One page of a file. */
+typedef struct vx_info {
+  int format;         /**< vx_format */
+  int width;          /**< pixels */
+  int height;         /**< pixels */
+  int bits_per_pixel; /**< 1, 4, 8, 16, 24 or 32 */
+  int orientation;    /**< vx_orientation: the order of the rows in the file */
+  int color_order;    /**< vx_order */
+  int x_dpi;          /**< dots per inch; 96 where the file names none */
+  int y_dpi;
+  int page;             /**< page described, from 1 */
+  int page_count;       /**< pages in the file; 1 for single images */
+  uint32_t data_size;   /**< bytes of pixel data, rows padded to whole bytes */
+  char compression[20]; /**< "Run Length", "PNG", or "" for none */
+} vx_info;
+
+/* ---- Sources ---------------------------------------------------------------------------------------- */
+
+/** A file or memory block that images are read from. */
+typedef struct vx_source vx_source;
+
+/** Opens a file for reading. It stays open, and the same file, until vx_close. */
+VX_API int vx_open_file(const char* path, vx_source** source);
+/**
+ * Reads from `size` bytes of memory (at most 2^32-2). The bytes are the caller's: they are not copied
+ * and must stay until vx_close. `name` (may be null) is used in messages only.
+ */
+VX_API int vx_open_memory(const void* bytes, size_t size, const char* name, vx_source** source);
+/** Closes the source; null does nothing. Bitmaps loaded from it stay. */
+VX_API void vx_close(vx_source* source);
+
+/**
+ * Describes one page. Pages count from 1; for icon and cursor files a page out of range is
+ * VX_BAD_PAGE, and files of a single image have page 1 alone.
+ */
+VX_API int vx_describe(vx_source* source, int page, vx_info* info);
+
+/* ---- Loading ------------------------------------------------------------------------------------------ */
+
+/** Description of headerless pixel data. */
+typedef struct vx_raw {
+  int format;             /**< VX_FORMAT_RAW ... VX_FORMAT_RAW_BITFIELDS */
+  int width;              /**< pixels, 1 and more */
+  int height;             /**< pixels, 1 and more */
+  int bits_per_pixel;     /**< 1, 4, 8, 16, 24 or 32 */
+  int orientation;        /**< vx_orientation; 0 means VX_BOTTOM_UP */
+  uint32_t offset;        /**< byte offset of the first pixel, below 2^31 */
+  const uint8_t* palette; /**< 4 bytes an entry: blue, green, red, 0; null: the fixed palette */
+  int palette_count;      /**< entries at `palette`, 0 to 256 */
+  int has_masks;          /**< nonzero: the masks below hold (16 bits per pixel only) */
+  uint32_t red_mask;
+  uint32_t green_mask;
+  uint32_t blue_mask;
+} vx_raw;
+
+/** How to load. Start from VX_LOAD_OPTIONS_DEFAULT; passing null means just that. */
+typedef struct vx_load_options {
+  int page;             /**< from 1 */
+  int allow_truncated;  /**< nonzero: take what is there of a file that ends early */
+  int color_order;      /**< vx_order wanted for 16-bit images; VX_ORDER_FILE: as the file has it */
+  int band_first;       /**< first row of the band, from the top of the picture */
+  int band_count;       /**< rows in the band; 0: the whole picture */
+  int read_buffer_size; /**< bytes the decoder reads at once, even, 2 and more; 0: a good size */
+  const vx_raw* raw;    /**< not null: the source is headerless data of this description */
+} vx_load_options;
+
+#define VX_LOAD_OPTIONS_DEFAULT \
+  { 1, 0, VX_ORDER_FILE, 0, 0, 0, NULL }
+
+/** A picture in memory. */
+typedef struct vx_bitmap vx_bitmap;
+
+/** Loads one page (or a band of it). @param options may be null. The caller frees *bitmap. */
+VX_API int vx_load(vx_source* source, const vx_load_options* options, vx_bitmap** bitmap);
+/** Frees a bitmap; null does nothing. */
+VX_API void vx_bitmap_free(vx_bitmap* bitmap);
+
+/* ---- Pictures --------------------------------------------------------------------------------------------
+ */
+
+/** What a bitmap is made of. */
+typedef struct vx_bitmap_info {
+  int width;          /**< pixels */
+  int height;         /**< pixels: of the band, where a band was loaded */
+  int bits_per_pixel; /**< 1, 4, 8, 16, 24 or 32 */
+  int bytes_per_line; /**< bytes of a row, a multiple of 4 */
+  int color_order;    /**< vx_order */
+  int x_dpi;
+  int y_dpi;
+  int palette_count; /**< entries; 0 above 8 bits */
+  int has_alpha;     /**< nonzero: the fourth byte of its 32-bit pixels is alpha */
+  int has_region;    /**< nonzero: some pixels may be outside (transparent) */
+} vx_bitmap_info;
+
+VX_API int vx_bitmap_describe(const vx_bitmap* bitmap, vx_bitmap_info* info);
+/**
+ * One row as stored: indices for 1 to 8 bits (leftmost pixel in the highest bits), little-endian
+ * words for 16, blue-green-red(-fourth) bytes above. @return bytes_per_line bytes that live as long as
+ * the bitmap; null when row is out of range.
+ */
+VX_API const uint8_t* vx_bitmap_row(const vx_bitmap* bitmap, int row);
+/** The palette, 4 bytes an entry: blue, green, red, 0. @return null above 8 bits. */
+VX_API const uint8_t* vx_bitmap_palette(const vx_bitmap* bitmap);
+/**
+ * One row as red, green, blue, alpha bytes. Channels of 5 and 6 bits are scaled by rounding; alpha is
+ * the picture's own where it has one, else 0 outside the region and 255 inside.
+ * @param rgba 4 x width bytes
+ */
+VX_API int vx_bitmap_read_rgba(const vx_bitmap* bitmap, int row, uint8_t* rgba);
+/**
+ * Encodes the bitmap as PNG: palette PNG for 1 to 8 opaque bits, RGB, or RGBA where there is
+ * transparency; the resolution is kept. *png is freed with vx_free.
+ */
+VX_API int vx_bitmap_encode_png(const vx_bitmap* bitmap, uint8_t** png, size_t* size);
+/** Frees what the library allocated for the caller; null does nothing. */
+VX_API void vx_free(void* memory);
+
+/* ---- The library
+ * ------------------------------------------------------------------------------------------- */
+
+/**
+ * Sets how many bytes of pictures and buffers may be alive at once, for the whole process; loads that
+ * would need more fail with VX_NO_MEMORY. @param bytes 0 restores the default of 1 GiB.
+ */
+VX_API void vx_set_memory_limit(uint64_t bytes);
+VX_API uint64_t vx_memory_limit(void);
+/** @return bytes now alive; 0 once every source and bitmap is closed and freed. */
+VX_API uint64_t vx_memory_in_use(void);
+
+/**
+ * Files as an application provides them. Every function gets `user` and the value that open
+ * returned. Positions are absolute; results are byte counts, and below 0 for an error.
+ */
+typedef struct vx_file_functions {
+  /** flags: 0 read, 2 update, 66 update or create. @return a file of the application's, or null. */
+  void* (*open)(void* user, const char* name, int flags);
+  int64_t (*read_at)(void* user, void* file, void* buffer, uint32_t count, uint64_t position);
+  int64_t (*write_at)(void* user, void* file, const void* buffer, uint32_t count, uint64_t position);
+  int64_t (*size)(void* user, void* file);
+  /** Ends the file at `size`. @return 0, or below 0 for an error. */
+  int (*truncate)(void* user, void* file, uint64_t size);
+  /** @return 0, or below 0 when what was written could not be kept. */
+  int (*close)(void* user, void* file);
+} vx_file_functions;
+
+/**
+ * From now on this thread's files are opened through `functions` (copied); null goes back to the
+ * system's files. Sources opened before keep the functions they were opened with.
+ */
+VX_API int vx_redirect_files(const vx_file_functions* functions, void* user);
+
+/** @return the library's version, such as "18.0.0". */
+VX_API const char* vx_version(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* VX_VX_H */
