@@ -97,7 +97,11 @@ struct tagHANDLE;
 typedef struct tagHANDLE* HANDLE;
 
 /** What VX_RedirectedOpen answers when it fails: all bits set. */
+#ifdef __cplusplus
+#define VX_INVALID_HANDLE (reinterpret_cast<HANDLE>(static_cast<intptr_t>(-1)))
+#else
 #define VX_INVALID_HANDLE ((HANDLE)(intptr_t)-1)
+#endif
 
 /** One palette entry, in the order in which bitmap files store it. */
 typedef struct RGBQUAD {

@@ -1,0 +1,54 @@
+// The exported face of vxfbmp.so.18: the entry points that the kernel calls, and the functions behind
+// them under their C++ names. Nothing else of the filter is visible outside.
+#pragma once
+
+#include <vxkrn.h>
+
+#define VXBMP_EXPORT __attribute__((visibility("default")))
+
+extern "C" {
+// Each takes one record and returns a status: STATUS_BAD_PARAMETER for null, else its driver's.
+VXBMP_EXPORT int fltInfo(_INFODISPATCH* dispatch);
+VXBMP_EXPORT int fltLoad(_LOADDISPATCH* dispatch);
+}
+
+/// Identifies the open file of the record and fills its FileInfo; clamps LoadOptions->PageNumber.
+[[nodiscard]] VXBMP_EXPORT int fltInfoBMP(_INFODISPATCH* dispatch);
+
+/// Loads the image that the record names, row by row, into its RowCallback.
+[[nodiscard]] VXBMP_EXPORT int fltLoadBMP(_LOADDISPATCH* dispatch);
+
+/// Loads headerless data that the record and its bitmap describe.
+[[nodiscard]] VXBMP_EXPORT int LoadRawData(_LOADDISPATCH* dispatch, int width, int height, int bitsPerPixel);
+
+/// Decodes the pixel data at which `file` stands and delivers its rows. `file` stays open.
+/// @param width      pixels of a stored row; not below the target's
+/// @param height     stored rows
+/// @param convert    nonzero: 16-bit pixels laid out by the record's masks become 5-5-5
+/// @param signature  0 for an image inside an icon or cursor file, whose mask is then read too
+[[nodiscard]] VXBMP_EXPORT int ReadRawData(_LOADDISPATCH* dispatch, HANDLE file, int width, int height,
+                                           int bitsPerPixel, int compression, int convert,
+                                           unsigned short signature);
+
+/// Loads the page of `entry`, a PNG stream, through the kernel's decoder. `file` stays open.
+[[nodiscard]] VXBMP_EXPORT int ReadPngImage(_LOADDISPATCH* dispatch, HANDLE file, ICONDIRENTRY* entry);
+
+// Answers to yes-or-no questions are whole ints (1 or 0), so that C callers need not know bool.
+
+/// Reads the first `capacity` bytes of a header of `declaredSize` bytes, or all of a shorter one, and
+/// leaves the file behind the header. @return 1, or 0 when the header is not there.
+[[nodiscard]] VXBMP_EXPORT int ReadBMPHeader(HANDLE file, unsigned char* buffer, unsigned int capacity,
+                                             unsigned int declaredSize);
+
+/// Whether the 8 bytes are a PNG signature. @return 1 or 0
+[[nodiscard]] VXBMP_EXPORT int IsPNGHeader(unsigned char* bytes);
+
+/// Judges the masks (red, green, blue) of 16- or 32-bit pixels.
+/// @param convert  set to 1 when 16-bit pixels must be converted to 5-5-5, to 0 when not
+/// @param is565    set to 1 when they are 5-6-5, else to 0
+/// @return STATUS_OK, or STATUS_BAD_FORMAT for masks and depths no reader takes
+[[nodiscard]] VXBMP_EXPORT int VerifyColorMasks(unsigned int* masks, int* convert, int* is565,
+                                                int bitsPerPixel);
+
+/// Bytes of a stored row, padded to a multiple of 4; 0 for an unknown depth. The height is not looked at.
+[[nodiscard]] VXBMP_EXPORT int GetBytesPerLine(int bitsPerPixel, int width, int height);

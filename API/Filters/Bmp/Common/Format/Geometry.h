@@ -1,0 +1,66 @@
+// Sizes that follow from width and depth, and the two ways of stating a resolution. Pure arithmetic,
+// defined for every input.
+#pragma once
+
+#include <cstdint>
+
+#include "Wrapping.h"
+
+namespace bmp {
+
+/// Whether pixels of that many bits exist in this family: 1, 4, 8, 16, 24 or 32.
+constexpr bool IsKnownDepth(int bitsPerPixel) {
+  constexpr uint32_t kKnownDepths = 0x80808089;  // bit n-1 stands for depth n
+  const uint32_t index = static_cast<uint32_t>(bitsPerPixel) - 1;
+  return index < 32 && (kKnownDepths >> index & 1) != 0;
+}
+
+constexpr bool HasPalette(int bitsPerPixel) {
+  return bitsPerPixel <= 8;
+}
+
+/// Palette entries of a depth of 8 bits or less.
+constexpr uint32_t PaletteSize(int bitsPerPixel) {
+  return 1U << bitsPerPixel;
+}
+
+/// Bytes of a stored row: whole 32-bit words. 0 for depths that are not stored.
+constexpr int Stride(int bitsPerPixel, int width) {
+  constexpr int kWordMask = ~3;
+  const auto padded = [](int bytes) { return WrapAdd(bytes, 3) & kWordMask; };
+  switch (bitsPerPixel) {
+    case 1: return padded(WrapAdd(width, 7) / 8);
+    case 2: return padded(WrapAdd(width, 3) / 4);
+    case 4: return padded(WrapAdd(width, 1) / 2);
+    case 8: return padded(width);
+    case 16: return padded(WrapMultiply(2, width));
+    case 24: return padded(WrapMultiply(3, width));
+    case 32: return WrapMultiply(4, width);
+    default: return 0;
+  }
+}
+
+/// Bytes of a row of the 1-bit mask that follows an icon's colour rows, by the record that holds it.
+constexpr uint32_t MaskStride(int bitsPerPixel, int width) {
+  return (static_cast<uint32_t>(bitsPerPixel) * static_cast<uint32_t>(width) + 31) / 8 & ~3U;
+}
+
+/// Bytes of pixel data when rows are padded to whole bytes only.
+constexpr int PackedDataSize(int bitsPerPixel, int width, int height) {
+  const uint32_t rowBits = static_cast<uint32_t>(bitsPerPixel) * static_cast<uint32_t>(width);
+  return static_cast<int>(static_cast<uint32_t>(height) * ((rowBits + 7) >> 3));
+}
+
+/// Dots per inch of a resolution in pixels per metre; 0 says that none is stated.
+constexpr int DotsPerInch(int32_t pixelsPerMetre) {
+  return WrapAdd(WrapMultiply(pixelsPerMetre, 254), 5000) / 10000;
+}
+
+static_assert(IsKnownDepth(1) && IsKnownDepth(32) && !IsKnownDepth(2) && !IsKnownDepth(0) &&
+              !IsKnownDepth(-1));
+static_assert(Stride(1, 33) == 8 && Stride(4, 3) == 4 && Stride(24, 5) == 16 && Stride(32, 3) == 12);
+static_assert(MaskStride(1, 32) == 4 && MaskStride(1, 48) == 8);
+static_assert(PackedDataSize(1, 9, 3) == 6);
+static_assert(DotsPerInch(2835) == 72 && DotsPerInch(3780) == 96 && DotsPerInch(19) == 0);
+
+}  // namespace bmp

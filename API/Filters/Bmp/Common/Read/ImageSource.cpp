@@ -1,0 +1,97 @@
+// Finds the image inside a file; see the header. It judges headers and touches neither pixels nor the
+// target bitmap.
+#include "ImageSource.h"
+
+#include "../Bmp.h"
+#include "../Resources.h"
+
+namespace bmp {
+namespace {
+
+int ReadFileHeader(HANDLE file, ImageSource& image) {
+  Block<kFileHeaderSize> bytes{};
+  if (!ReadBlock(file, bytes)) return STATUS_BAD_FORMAT;
+  const FileHeader header = DecodeFileHeader(bytes);
+  if (header.signature != kBitmapSignature) return STATUS_BAD_FORMAT;
+  image.pixelOffset = header.dataOffset;
+  return STATUS_OK;
+}
+
+bool ReadArrayHeader(HANDLE file) {
+  Block<kArrayHeaderSize> bytes{};
+  return ReadBlock(file, bytes) && LoadU16(View<kArrayHeaderSize>(bytes), 0) == kArraySignature;
+}
+
+/// Reads a header of 40 bytes, or the start of one of any other length but 12.
+bool ReadLongHeader(HANDLE file, uint32_t declaredSize, ImageHeader& header) {
+  const bool isInfo = declaredSize == kInfoHeaderSize;
+  Block<kLongHeaderSize> bytes{};
+  const uint32_t capacity = isInfo ? kInfoHeaderSize : kLongHeaderSize;
+  if (ReadBMPHeader(file, bytes.data(), capacity, declaredSize) == 0) return false;
+  header = DecodeInfoHeader(Slice<kInfoHeaderSize>(bytes, 0));
+  return declaredSize >= kLeastLongHeader;
+}
+
+int ReadImageHeader(HANDLE file, ImageSource& image) {
+  Block<kCoreHeaderSize> start{};
+  if (!ReadBlock(file, start)) return STATUS_BAD_FORMAT;
+  const uint32_t declaredSize = DeclaredHeaderSize(start);
+  if (KindOfHeader(declaredSize) == HeaderKind::kCore) {
+    image.header = DecodeCoreHeader(start);
+    return STATUS_OK;
+  }
+  if (!SeekTo(file, ImageHeaderOffset(image.signature))) return STATUS_SEEK_ERROR;
+  return ReadLongHeader(file, declaredSize, image.header) ? STATUS_OK : STATUS_BAD_FORMAT;
+}
+
+}  // namespace
+
+bool ReadSignature(HANDLE file, uint16_t& signature) {
+  Block<2> bytes{};
+  if (!ReadBlock(file, bytes)) return false;
+  signature = LoadU16(View<2>(bytes), 0);
+  if (signature != kBitmapSignature && signature != kArraySignature && signature != kIconSignature)
+    return false;
+  SeekTo(file, 0);
+  return true;
+}
+
+int FindBitmap(HANDLE file, uint16_t signature, ImageSource& image) {
+  image.signature = signature;
+  if (signature == kArraySignature && !ReadArrayHeader(file)) return STATUS_BAD_FORMAT;
+  const int status = ReadFileHeader(file, image);
+  return status == STATUS_OK ? ReadImageHeader(file, image) : status;
+}
+
+int FindPage(HANDLE file, int page, ICONDIRENTRY& entry, bool& isPng) {
+  Block<kDirectorySize> directoryBytes{};
+  if (!ReadBlock(file, directoryBytes)) return STATUS_BAD_FORMAT;
+  const ICONDIR directory = DecodeDirectory(directoryBytes);
+  if (!IsValidDirectory(directory)) return STATUS_BAD_FORMAT;
+
+  Block<kEntrySize> entryBytes{};
+  SeekTo(file, EntryOffset(ClampPage(page, directory.Count)));
+  if (!ReadBlock(file, entryBytes)) return STATUS_BAD_FORMAT;
+  entry = DecodeEntry(entryBytes);
+
+  Block<kPngSignatureSize> signature{};
+  SeekTo(file, entry.ImageOffset);
+  if (!ReadBlock(file, signature)) return STATUS_READ_ERROR;
+  isPng = IsPNGHeader(signature.data()) != 0;
+  return STATUS_OK;
+}
+
+int FindIconImage(HANDLE file, const ICONDIRENTRY& entry, ImageSource& image) {
+  Block<kInfoHeaderSize> bytes{};
+  SeekTo(file, entry.ImageOffset);
+  if (!ReadBlock(file, bytes)) return STATUS_BAD_FORMAT;
+  ImageHeader header = DecodeInfoHeader(bytes);
+  if (header.Kind() != HeaderKind::kInfo) return STATUS_BAD_FORMAT;
+  image.signature = kIconSignature;
+  image.pixelOffset = IconPixelOffset(entry, header);
+  header.height = IconHeight(header);
+  image.header = header;
+  return STATUS_OK;
+}
+
+}  // namespace bmp

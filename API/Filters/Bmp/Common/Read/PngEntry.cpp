@@ -1,0 +1,84 @@
+// Icon pages stored as PNG streams: hands the stream to the kernel's decoder and the decoded rows to the
+// row callback. It decodes nothing itself.
+#include "../Bmp.h"
+#include "../Resources.h"
+
+namespace bmp {
+namespace {
+
+constexpr unsigned int kDecodingPng = 0x1000;  // IMAGEINFO.Flags
+
+/// The kernel's decoded picture; released where the kernel gave it pixels.
+class DecodedBitmap {
+ public:
+  DecodedBitmap() = default;
+  ~DecodedBitmap() { Release(); }
+  DecodedBitmap(const DecodedBitmap&) = delete;
+  DecodedBitmap& operator=(const DecodedBitmap&) = delete;
+
+  void Release() {
+    if ((record_.Flags & BITMAP_ALLOCATED) != 0) VX_FreeBitmap(&record_);
+    record_.Flags &= ~BITMAP_ALLOCATED;
+  }
+
+  [[nodiscard]] _BITMAPHANDLE& Get() { return record_; }
+
+ private:
+  _BITMAPHANDLE record_{};
+};
+
+/// Decodes the entry's stream. While the kernel is at it, the file information speaks of a PNG.
+int DecodeStream(_LOADDISPATCH& dispatch, HANDLE file, const ICONDIRENTRY& entry, _BITMAPHANDLE& decoded) {
+  const Buffer stream(entry.BytesInRes);
+  if (!stream) return STATUS_NO_MEMORY;
+  SeekTo(file, entry.ImageOffset);
+  if (!ReadExactly(file, stream.Get(), entry.BytesInRes)) return STATUS_READ_ERROR;
+
+  IMAGEINFO& info = *dispatch.FileInfo;
+  info.Flags = kDecodingPng;
+  info.Format = FMT_PNG;
+  const int status = dispatch.LoadPngFromMemory(stream.Get(), &decoded, sizeof(decoded), entry.BitCount, 1,
+                                                entry.BytesInRes, 0, &info);
+  info.Format = FMT_VISTA_ICO;
+  return status;
+}
+
+void DescribeTarget(_BITMAPHANDLE& target, const ICONDIRENTRY& entry, const _BITMAPHANDLE& decoded) {
+  target.ColorCount = entry.ColorCount;
+  target.XResolution = decoded.XResolution;
+  target.YResolution = decoded.YResolution;
+  target.Orientation = decoded.Orientation;
+  target.ColorOrder = decoded.ColorOrder;
+  if (decoded.BitsPerPixel <= 8 && decoded.ColorCount > 0) {
+    VX_SetBitmapNewPalette(&target, decoded.Palette, decoded.ColorCount);
+  }
+}
+
+int DeliverRows(_LOADDISPATCH& dispatch, _BITMAPHANDLE& decoded, uint8_t* row) {
+  for (int r = 0; r < decoded.Height; ++r) {
+    VX_GetBitmapRow(&decoded, row, r, static_cast<uint32_t>(decoded.BytesPerLine));
+    const bool isLast = r == decoded.Height - 1 || r == dispatch.Bitmap->Height - 1;
+    const unsigned int flags =
+        ROW_FLAGS_BASE | (r == 0 ? ROW_FLAG_FIRST : 0U) | (isLast ? ROW_FLAG_LAST : 0U);
+    const int status =
+        dispatch.RowCallback(dispatch.FileInfo, dispatch.Bitmap, row, flags, r, 1, dispatch.UserData);
+    if (status != STATUS_OK) return status;
+  }
+  return STATUS_OK;
+}
+
+}  // namespace
+}  // namespace bmp
+
+int ReadPngImage(_LOADDISPATCH* dispatch, HANDLE file, ICONDIRENTRY* entry) {
+  bmp::DecodedBitmap decoded;
+  const int status = bmp::DecodeStream(*dispatch, file, *entry, decoded.Get());
+  if (status != STATUS_OK) return status;
+  bmp::DescribeTarget(*dispatch->Bitmap, *entry, decoded.Get());
+
+  const bmp::Buffer row(static_cast<uint32_t>(decoded.Get().BytesPerLine));
+  if (!row) return STATUS_NO_MEMORY;
+  const int delivered = bmp::DeliverRows(*dispatch, decoded.Get(), row.Get());
+  if (delivered == STATUS_OK) decoded.Release();  // before its row buffer, once all rows are out
+  return delivered;
+}

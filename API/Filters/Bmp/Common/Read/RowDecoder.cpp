@@ -1,0 +1,142 @@
+// The row decoder: one read buffer, one row buffer, one row at a time into the callback. It neither
+// opens nor closes the file and holds no more than one row.
+#include <algorithm>
+
+#include "../Bmp.h"
+#include "../Format/Geometry.h"
+#include "../Format/Rules.h"
+#include "../Resources.h"
+#include "BitFields.h"
+#include "IconMask.h"
+#include "ReadBuffer.h"
+#include "RunLength.h"
+
+namespace bmp {
+namespace {
+
+constexpr int kBytesPerPixel = 4;     // room for a row of any depth
+constexpr int kLongestRow = 1 << 28;  // pixels; a longer row does not fit the address space of 32 bits
+
+/// Stored rows to deliver: from `first` up to but not including `end`.
+struct Band {
+  int first = 0;
+  int end = 0;
+
+  [[nodiscard]] bool IsEmpty() const { return first >= end; }
+  [[nodiscard]] bool IsLast(int row) const { return row == end - 1; }
+};
+
+/// What the steps of one call share.
+struct Decoding {
+  _LOADDISPATCH& dispatch;
+  int height;  // stored rows
+  int stride;
+  bool hasMask;  // an icon mask follows the rows
+  uint8_t* row;
+  ReadBuffer input;
+  Band band{};
+  unsigned int flags = ROW_FLAGS_BASE;
+};
+
+/// The band that the caller asks for, unclamped: keeping it inside the image is the caller's part.
+Band RequestedBand(const _LOADDISPATCH& dispatch, int height) {
+  if (dispatch.BandEnabled == 0) return {.first = 0, .end = height};
+  const bool bottomUp = dispatch.Bitmap->Orientation == ORIENT_BOTTOM_UP;
+  const int first = bottomUp ? WrapSubtract(height, WrapAdd(dispatch.BandTopRow, dispatch.BandRowCount))
+                             : dispatch.BandFirstRow;
+  return {.first = first, .end = WrapAdd(first, dispatch.BandRowCount)};
+}
+
+int Deliver(Decoding& decoding, int row) {
+  const _LOADDISPATCH& dispatch = decoding.dispatch;
+  if (decoding.hasMask && row == decoding.height - 1) {
+    if (const int status = ReadIconMask(*dispatch.Bitmap, decoding.input); status != STATUS_OK) return status;
+  }
+  const unsigned int flags =
+      decoding.flags | (row == 0 ? ROW_FLAG_FIRST : 0U) | (decoding.band.IsLast(row) ? ROW_FLAG_LAST : 0U);
+  return dispatch.RowCallback(dispatch.FileInfo, dispatch.Bitmap, decoding.row, flags,
+                              WrapSubtract(row, decoding.band.first), 1, dispatch.UserData);
+}
+
+/// Builds and delivers every row of the band. `build` makes row n of the row buffer.
+template <class BuildRow>
+int DeliverRows(Decoding& decoding, BuildRow build) {
+  for (int row = decoding.band.first; row < decoding.band.end; ++row) {
+    if (const int status = build(row); status != STATUS_OK) return status;
+    if (const int status = Deliver(decoding, row); status != STATUS_OK) return status;
+  }
+  return STATUS_OK;
+}
+
+template <class DecodeRow>
+int DeliverRunLengthRows(Decoding& decoding, DecodeRow decodeRow) {
+  RunLengthState state;
+  decoding.band = {.first = 0, .end = decoding.height};
+  return DeliverRows(decoding, [&](int) {
+    decodeRow(decoding.input, state, decoding.row, decoding.stride);
+    return STATUS_OK;
+  });
+}
+
+/// A row that ends early keeps the bytes of the row before; it is accepted when it is the last one, or
+/// when the caller accepts a file that ends early.
+int ReadPlainRow(Decoding& decoding, int row) {
+  const int read = ReadBuffered(decoding.input, decoding.row, decoding.stride);
+  const bool mayBeShort =
+      decoding.band.IsLast(row) || (decoding.dispatch.LoadOptions->Flags & LOAD_ALLOW_TRUNCATED) != 0;
+  return read == decoding.stride || mayBeShort ? STATUS_OK : STATUS_READ_ERROR;
+}
+
+int DeliverPlainRows(Decoding& decoding, bool convert) {
+  const _LOADDISPATCH& dispatch = decoding.dispatch;
+  decoding.flags |= ROW_FLAG_UNCOMPRESSED;
+  decoding.band = RequestedBand(dispatch, decoding.height);
+  if (decoding.band.first != 0) {
+    VX_RedirectedSeek(decoding.input.file, WrapMultiply(decoding.band.first, decoding.stride),
+                      VX_SEEK_CURRENT);
+  }
+  if (decoding.band.IsEmpty()) return STATUS_OK;
+  if (!convert) return DeliverRows(decoding, [&](int row) { return ReadPlainRow(decoding, row); });
+
+  const BitFieldConverter converter(
+      {.red = dispatch.RedMask, .green = dispatch.GreenMask, .blue = dispatch.BlueMask});
+  return DeliverRows(decoding, [&](int row) {
+    const int status = ReadPlainRow(decoding, row);
+    if (status == STATUS_OK) converter.ConvertRow(decoding.row, decoding.stride);
+    return status;
+  });
+}
+
+}  // namespace
+}  // namespace bmp
+
+int GetBytesPerLine(int bitsPerPixel, int width, int /*height*/) {
+  return bmp::Stride(bitsPerPixel, width);
+}
+
+int ReadRawData(_LOADDISPATCH* dispatch, HANDLE file, int width, int height, int bitsPerPixel,
+                int compression, int convert, unsigned short signature) {
+  if (width < 0 || width > bmp::kLongestRow) return STATUS_NO_MEMORY;
+  const auto rowSize = static_cast<uint32_t>(width * bmp::kBytesPerPixel);
+  const int readSize = std::max(dispatch->ReadBufferSize, 0);
+
+  const bmp::Buffer row(rowSize);
+  if (!row) return STATUS_NO_MEMORY;
+  const bmp::Buffer readBuffer(static_cast<uint32_t>(readSize));
+  if (!readBuffer) return STATUS_NO_MEMORY;
+  VX_MemorySet(row.Get(), 0, rowSize);
+
+  bmp::Decoding decoding{.dispatch = *dispatch,
+                         .height = height,
+                         .stride = GetBytesPerLine(bitsPerPixel, width, height),
+                         .hasMask = signature == bmp::kIconSignature,
+                         .row = row.Get(),
+                         .input = bmp::ReadBuffer(file, readBuffer.Get(), readSize)};
+  switch (bmp::CodingOf(bitsPerPixel, compression)) {
+    case bmp::RowCoding::kPlain: return bmp::DeliverPlainRows(decoding, convert != 0);
+    case bmp::RowCoding::kRle8: return bmp::DeliverRunLengthRows(decoding, bmp::DecodeRle8Row);
+    case bmp::RowCoding::kRle4: return bmp::DeliverRunLengthRows(decoding, bmp::DecodeRle4Row);
+    case bmp::RowCoding::kUnknown: break;
+  }
+  return STATUS_BAD_FORMAT;
+}
