@@ -1,0 +1,19 @@
+// The families of samples that make up All(), and what they share.
+#pragma once
+
+#include <vector>
+
+#include "samples/Picture.h"
+#include "samples/Samples.h"
+
+namespace samples {
+
+std::vector<Sample> BitmapSamples();
+std::vector<Sample> IconSamples();
+std::vector<Sample> RawSamples();
+std::vector<Sample> DamagedSamples();
+
+/// @return a good sample that loads as `expected`.
+Sample MakeSample(std::string name, std::string title, std::vector<uint8_t> bytes, const Picture& expected);
+
+}  // namespace samples
