@@ -65,15 +65,11 @@ void SetResolution(_BITMAPHANDLE& bitmap, const ImageHeader& header) {
   bitmap.YResolution = DotsPerInch(header.yPixelsPerMetre);
 }
 
-/// The caller's colour order stands if it is one; otherwise the file's is set.
-void SetColorOrder(_BITMAPHANDLE& bitmap, int bitCount, bool is565) {
-  const int prior = bitmap.ColorOrder;
-  if (prior == ORDER_RGB || prior == ORDER_BGR || prior == ORDER_565) return;
-  if (is565) {
-    bitmap.ColorOrder = ORDER_565;
-  } else {
-    bitmap.ColorOrder = HasPalette(bitCount) ? ORDER_RGB : ORDER_BGR;
-  }
+/// The colour order that the target had stands if it is one; otherwise the file's is set.
+int FinalColorOrder(int prior, int bitCount, bool is565) {
+  if (prior == ORDER_RGB || prior == ORDER_BGR || prior == ORDER_565) return prior;
+  if (is565) return ORDER_565;
+  return HasPalette(bitCount) ? ORDER_RGB : ORDER_BGR;
 }
 
 /// Rows are never narrower than the target's, whose layout the callback expects.
@@ -95,10 +91,11 @@ int LoadImage(_LOADDISPATCH& dispatch, HANDLE file, const ImageSource& image) {
   if (const int seek = SeekToPixels(file, image.pixelOffset); seek != STATUS_OK) return seek;
 
   _BITMAPHANDLE& bitmap = *dispatch.Bitmap;
+  const int priorOrder = bitmap.ColorOrder;
   SetPalette(bitmap, header, palette);
   SetResolution(bitmap, header);
   bitmap.Orientation = header.height < 0 ? ORIENT_TOP_DOWN : ORIENT_BOTTOM_UP;
-  SetColorOrder(bitmap, header.bitCount, masks.is565 != 0);
+  bitmap.ColorOrder = FinalColorOrder(priorOrder, header.bitCount, masks.is565 != 0);
   return ReadRawData(&dispatch, file, RowWidth(bitmap, header.width), WrapAbsolute(header.height),
                      header.bitCount, static_cast<int>(header.compression), masks.convert, image.signature);
 }

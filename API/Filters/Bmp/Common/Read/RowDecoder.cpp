@@ -78,13 +78,15 @@ int DeliverRunLengthRows(Decoding& decoding, DecodeRow decodeRow) {
   });
 }
 
-/// A row that ends early keeps the bytes of the row before; it is accepted when it is the last one, or
-/// when the caller accepts a file that ends early.
+/// Whether a row may end early: the last one, or any where the caller accepts files that do.
+bool MayEndEarly(const Decoding& decoding, int row) {
+  return decoding.band.IsLast(row) || (decoding.dispatch.LoadOptions->Flags & LOAD_ALLOW_TRUNCATED) != 0;
+}
+
+/// What a row that ends early does not bring stays as the row before left it.
 int ReadPlainRow(Decoding& decoding, int row) {
-  const int read = ReadBuffered(decoding.input, decoding.row, decoding.stride);
-  const bool mayBeShort =
-      decoding.band.IsLast(row) || (decoding.dispatch.LoadOptions->Flags & LOAD_ALLOW_TRUNCATED) != 0;
-  return read == decoding.stride || mayBeShort ? STATUS_OK : STATUS_READ_ERROR;
+  const bool isWhole = ReadBuffered(decoding.input, decoding.row, decoding.stride) == decoding.stride;
+  return isWhole || MayEndEarly(decoding, row) ? STATUS_OK : STATUS_READ_ERROR;
 }
 
 int DeliverPlainRows(Decoding& decoding, bool convert) {

@@ -1,0 +1,43 @@
+// Loads pictures the way an application does, and gives back what came out as plain values. Every call
+// checks that the library holds no memory afterwards.
+#pragma once
+
+#include <vx/vx.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace loading {
+
+using Bytes = std::vector<uint8_t>;
+
+/// What became of one page.
+struct Outcome {
+  int status = VX_OK;
+  std::string detail;  // of a failure
+  vx_info info{};
+  int width = 0;
+  int height = 0;
+  Bytes rgba;  // 4 bytes a pixel, top row first
+};
+
+/// Describes and loads one page of a file held in memory; options->page is the page.
+Outcome Load(std::span<const uint8_t> file, vx_load_options options);
+Outcome LoadPage(std::span<const uint8_t> file, int page = 1, bool allowTruncated = false);
+
+/// How many pages the file has; 0 when it cannot be described.
+int PageCount(std::span<const uint8_t> file);
+
+/// Loads every page, with and without tolerance for files that end early, and expects each to end in a
+/// status that has a name, a failure with its reason. At most `maxPages` pages are looked at.
+void ExpectDefinedOutcomes(std::span<const uint8_t> file, int maxPages = 8);
+
+Bytes ReadFile(const std::filesystem::path& path);
+
+/// Where two pictures first differ, in words; "" when they are the same.
+std::string FirstDifference(const Outcome& picture, int width, int height, const Bytes& rgba);
+
+}  // namespace loading
