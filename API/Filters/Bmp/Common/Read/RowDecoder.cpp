@@ -15,7 +15,7 @@ namespace bmp {
 namespace {
 
 constexpr int kBytesPerPixel = 4;     // room for a row of any depth
-constexpr int kLongestRow = 1 << 28;  // pixels; a longer row does not fit the address space of 32 bits
+constexpr int kLongestRow = 1 << 28;  // pixels: 1 GiB of row, for which no caller has room
 
 /// Stored rows to deliver: from `first` up to but not including `end`.
 struct Band {
