@@ -1,0 +1,341 @@
+// What fltInfo tells about a file: every kind of header, icon directories, PNG pages, and what it
+// leaves alone.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <ostream>
+
+#include "Rig.h"
+
+namespace {
+
+struct Description {
+  int format = 0;
+  int width = 0;
+  int height = 0;
+  int bits = 0;
+  int dataSize = 0;
+  int orientation = 0;
+  int order = 0;
+  int xResolution = 0;
+  int yResolution = 0;
+  std::string compression = {};
+  bool operator==(const Description&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const Description& d) {
+  return out << d.format << ": " << d.width << 'x' << d.height << 'x' << d.bits << " data " << d.dataSize
+             << " orientation " << d.orientation << " order " << d.order << " dpi " << d.xResolution << ','
+             << d.yResolution << " '" << d.compression << '\'';
+}
+
+Description Describe(const IMAGEINFO& info) {
+  return {info.Format,      info.Width,      info.Height,      info.BitsPerPixel, info.DataSize,
+          info.Orientation, info.ColorOrder, info.XResolution, info.YResolution,  info.Compression};
+}
+
+const Bytes k565 = Words({0xF800, 0x07E0, 0x001F});
+const Bytes k555 = Words({0x7C00, 0x03E0, 0x001F});
+constexpr int kUp = ORIENT_BOTTOM_UP;
+constexpr int kDown = ORIENT_TOP_DOWN;
+
+TEST(Identify, EveryBitmapHeader) {
+  struct Case {
+    const char* name;
+    BitmapFile file;
+    Description expected;
+  };
+  const Case cases[] = {
+      {"24 bits, top-down",
+       {{.width = 10, .height = -3}},
+       {FMT_BMP, 10, 3, 24, 90, kDown, ORDER_BGR, 96, 96}},
+      {"1 bit, rows to whole bytes",
+       {{.width = 9, .height = 3, .bits = 1}},
+       {FMT_BMP, 9, 3, 1, 6, kUp, ORDER_RGB, 96, 96}},
+      {"resolutions, one of them 0",
+       {{.bits = 32, .xPixelsPerMetre = 11811}},
+       {FMT_BMP, 4, 2, 32, 32, kUp, ORDER_BGR, 300, 96}},
+      {"resolutions that round to 0 or wrap",
+       {{.bits = 8, .xPixelsPerMetre = 19, .yPixelsPerMetre = 0x7FFFFFFF}},
+       {FMT_BMP, 4, 2, 8, 8, kUp, ORDER_RGB, 96, 96}},
+      {"negative resolution",
+       {{.bits = 8, .xPixelsPerMetre = 0U - 3780U, .yPixelsPerMetre = 2835}},
+       {FMT_BMP, 4, 2, 8, 8, kUp, ORDER_RGB, -95, 72}},
+      {"RLE8",
+       {{.bits = 8, .compression = 1}},
+       {FMT_BMP_RLE, 4, 2, 8, 8, kUp, ORDER_RGB, 96, 96, "Run Length"}},
+      {"RLE4",
+       {{.width = 5, .bits = 4, .compression = 2}},
+       {FMT_BMP_RLE, 5, 2, 4, 6, kUp, ORDER_RGB, 96, 96, "Run Length"}},
+      {"a compression nobody knows",
+       {{.compression = 0x80000001}},
+       {FMT_BMP_RLE, 4, 2, 24, 24, kUp, ORDER_BGR, 96, 96, "Run Length"}},
+      {"5-6-5", {{.bits = 16, .compression = 3}, k565}, {FMT_BMP, 4, 2, 16, 16, kUp, ORDER_565, 96, 96}},
+      {"5-5-5", {{.bits = 16, .compression = 3}, k555}, {FMT_BMP, 4, 2, 16, 16, kUp, ORDER_BGR, 96, 96}},
+      {"5-6-5 masks, but no bit fields",
+       {{.bits = 16}, k565},
+       {FMT_BMP, 4, 2, 16, 16, kUp, ORDER_BGR, 96, 96}},
+      {"5-6-5 masks at 32 bits",
+       {{.bits = 32, .compression = 3}, k565},
+       {FMT_BMP, 4, 2, 32, 32, kUp, ORDER_BGR, 96, 96}},
+      {"5-6-5 in an array: past the block",
+       {{.bits = 16, .compression = 3}, k565, {}, true},
+       {FMT_BMP, 4, 2, 16, 16, kUp, ORDER_BGR, 96, 96}},
+      {"5-6-5 after 20 bytes, in an array",
+       {{.size = 20, .bits = 16, .compression = 3}, k565, {}, true},
+       {FMT_OS2_2, 4, 2, 16, 16, kUp, ORDER_565, 96, 96}},
+      {"5-6-5 after 41 bytes: one past the block",
+       {{.size = 41, .bits = 16, .compression = 3}, k565},
+       {FMT_OS2_2, 4, 2, 16, 16, kUp, ORDER_BGR, 96, 96}},
+      {"core header, unsigned sides",
+       {{.size = 12, .width = 0xFFFF, .height = 0x8000, .bits = 1}},
+       {FMT_OS2, 0xFFFF, 0x8000, 1, 0x10000000, kUp, ORDER_RGB, 96, 96}},
+      {"core header in an array",
+       {{.size = 12, .bits = 4}, {}, {}, true},
+       {FMT_OS2, 4, 2, 4, 4, kUp, ORDER_RGB, 96, 96}},
+      {"16 bytes", {{.size = 16, .bits = 4}}, {FMT_OS2_2, 4, 2, 4, 4, kUp, ORDER_RGB, 96, 96}},
+      {"19 bytes: no compression field",
+       {{.size = 19, .bits = 8}, Repeat(4, 1)},
+       {FMT_OS2_2, 4, 2, 8, 8, kUp, ORDER_RGB, 96, 96}},
+      {"20 bytes: a compression field",
+       {{.size = 20, .bits = 8, .compression = 1}},
+       {FMT_OS2_2, 4, 2, 8, 8, kUp, ORDER_RGB, 96, 96, "Run Length"}},
+      {"31 bytes: no resolutions",
+       {{.size = 31, .xPixelsPerMetre = 2835, .yPixelsPerMetre = 2835}},
+       {FMT_OS2_2, 4, 2, 24, 24, kUp, ORDER_BGR, 96, 96}},
+      {"32 bytes: resolutions",
+       {{.size = 32, .xPixelsPerMetre = 2835, .yPixelsPerMetre = 3780}},
+       {FMT_OS2_2, 4, 2, 24, 24, kUp, ORDER_BGR, 72, 96}},
+      {"64 bytes, top-down",
+       {{.size = 64, .height = -2, .xPixelsPerMetre = 2835, .yPixelsPerMetre = 11811}},
+       {FMT_OS2_2, 4, 2, 24, 24, kDown, ORDER_BGR, 72, 300}},
+      {"108 bytes", {{.size = 108, .bits = 32}}, {FMT_OS2_2, 4, 2, 32, 32, kUp, ORDER_BGR, 96, 96}},
+      {"a size whose end wraps to the block's start",
+       {{.size = 0xFFFFFFF2, .bits = 16, .compression = 3}, k565},
+       {FMT_OS2_2, 4, 2, 16, 16, kUp, ORDER_BGR, 96, 96}},
+      {"the greatest size",
+       {{.size = 0xFFFFFFFF, .bits = 16, .compression = 3}, k565},
+       {FMT_OS2_2, 4, 2, 16, 16, kUp, ORDER_BGR, 96, 96}},
+      {"a data size that wraps",
+       {{.width = 0x10000, .height = 0x10000, .bits = 32}},
+       {FMT_BMP, 0x10000, 0x10000, 32, 0, kUp, ORDER_BGR, 96, 96}},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.name);
+    Rig rig;
+    rig.kernel.file = each.file.Encode();
+    EXPECT_EQ(rig.Identify(), STATUS_OK);
+    EXPECT_EQ(Describe(rig.info), each.expected);
+    EXPECT_EQ(rig.info.PageNumber + rig.info.TotalPages, 0);
+  }
+}
+
+TEST(Identify, RefusalsAndWhatTheyLeaveWritten) {
+  struct Case {
+    const char* name;
+    Bytes file;
+    int status;
+    Description left;
+  };
+  const Case cases[] = {
+      {"empty", {}, STATUS_READ_ERROR, {}},
+      {"one byte", Hex("42"), STATUS_BAD_FORMAT, {}},
+      {"another signature", Hex("4D42 0000"), STATUS_BAD_FORMAT, {}},
+      {"file header alone", Repeat(14, 0x42), STATUS_BAD_FORMAT, {}},
+      {"array without a bitmap", Join({Hex("4241"), Repeat(40, 0)}), STATUS_BAD_FORMAT, {}},
+      {"array of 14 bytes", Join({Hex("4241"), Repeat(12, 0)}), STATUS_BAD_FORMAT, {}},
+      {"header of 11 bytes", BitmapFile{{.size = 11}}.Encode(), STATUS_BAD_FORMAT, {}},
+      {"header of 13 bytes",
+       Join({BitmapFile{{.size = 13, .width = 7, .height = -9}}.Encode(), Repeat(8, 0xFF)}),
+       STATUS_FAILURE,
+       {FMT_OS2_2, 7, -9}},
+      {"header of 15 bytes", BitmapFile{{.size = 15}}.Encode(), STATUS_FAILURE, {FMT_OS2_2, 4, 2}},
+      {"2 bits", BitmapFile{{.bits = 2}}.Encode(), STATUS_BAD_FORMAT, {FMT_BMP, 4, 2}},
+      {"0 bits, top-down",
+       BitmapFile{{.height = -2, .bits = 0}}.Encode(),
+       STATUS_BAD_FORMAT,
+       {FMT_BMP, 4, -2}},
+      {"33 bits", BitmapFile{{.bits = 33}}.Encode(), STATUS_BAD_FORMAT, {FMT_BMP, 4, 2}},
+      {"65535 bits", BitmapFile{{.size = 12, .bits = 0xFFFF}}.Encode(), STATUS_BAD_FORMAT, {FMT_OS2, 4, 2}},
+      {"directory of type 0", Hex("0000 0000 0100"), STATUS_BAD_FORMAT, {}},
+      {"directory of type 3", Hex("0000 0300 0100"), STATUS_BAD_FORMAT, {}},
+      {"directory without entries", Hex("0000 0100 0000"), STATUS_BAD_FORMAT, {}},
+      {"directory without its entry", Hex("0000 0100 0100"), STATUS_READ_ERROR, {}},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.name);
+    Rig rig;
+    rig.kernel.file = each.file;
+    EXPECT_EQ(rig.Identify(), each.status);
+    EXPECT_EQ(Describe(rig.info), each.left);
+  }
+  EXPECT_EQ(TheFilter().info(nullptr), STATUS_BAD_PARAMETER);
+}
+
+TEST(Identify, KeepsWhatTheFileDoesNotSay) {
+  struct Case {
+    std::uint32_t headerSize;
+    int xResolution;  // afterwards, of 300 supplied
+  };
+  for (const auto& each : {Case{12, 300}, Case{31, 300}, Case{32, 96}, Case{40, 300}, Case{64, 96}}) {
+    SCOPED_TRACE(each.headerSize);
+    Rig rig;
+    rig.kernel.file = BitmapFile{{.size = each.headerSize}}.Encode();
+    std::memset(&rig.info, 0x55, sizeof rig.info);
+    std::strcpy(rig.info.Compression, "as supplied");
+    rig.info.XResolution = 300;
+    rig.info.YResolution = 0;
+    const IMAGEINFO before = rig.info;
+    EXPECT_EQ(rig.Identify(), STATUS_OK);
+    EXPECT_EQ(rig.info.XResolution, each.xResolution);
+    EXPECT_EQ(rig.info.YResolution, 96);
+    EXPECT_STREQ(rig.info.Compression, "as supplied");
+    EXPECT_EQ(rig.info.StructSize, before.StructSize);
+    EXPECT_EQ(rig.info.Flags, before.Flags);
+    EXPECT_EQ(rig.info.TotalPages, before.TotalPages);
+    EXPECT_EQ(rig.info.PageNumber, before.PageNumber);
+    EXPECT_EQ(std::memcmp(rig.info.Reserved3, before.Reserved3, sizeof before.Reserved3), 0);
+  }
+}
+
+IconPage Page(int width, int storedHeight, unsigned bits, std::uint32_t compression = 0) {
+  const Header header{.width = width, .height = storedHeight, .bits = bits, .compression = compression};
+  return {header.Encode()};
+}
+
+TEST(Identify, IconAndCursorPages) {
+  struct Case {
+    const char* name;
+    unsigned type;
+    std::vector<IconPage> pages;
+    int page;
+    int status;
+    Description expected;
+  };
+  const Description small{FMT_ICO, 16, 16, 4, 128, kUp, ORDER_RGB, 96, 96};
+  Description vista = small;
+  vista.format = FMT_VISTA_ICO;
+  Description cursor = small;
+  cursor.format = FMT_CUR;
+  const IconPage page = Page(16, 32, 4);
+  IconPage unsized = page;
+  unsized.width = 0;
+  IconPage shortHeader = {Header{.size = 20}.Encode()};
+  shortHeader.body.resize(40);
+  IconPage wide = Page(256, 64, 1);
+  IconPage wideUnsized = wide;
+  wideUnsized.height = 0;
+  const std::vector<IconPage> truncated = {{Bytes(39, 40)}};
+  const Case cases[] = {
+      {"icon", 1, {page}, 1, STATUS_OK, small},
+      {"cursor", 2, {page}, 1, STATUS_OK, cursor},
+      {"PNG on another page", 1, {page, {PngBody()}}, 1, STATUS_OK, vista},
+      {"PNG on another page of a cursor", 2, {page, {PngBody()}}, 1, STATUS_OK, cursor},
+      {"256 wide", 1, {wide}, 1, STATUS_OK, {FMT_VISTA_ICO, 256, 32, 1, 1024, kUp, ORDER_RGB, 96, 96}},
+      {"256 wide, in a cursor", 2, {wide}, 1, STATUS_OK, {FMT_CUR, 256, 32, 1, 1024, kUp, ORDER_RGB, 96, 96}},
+      {"stored height 256",
+       1,
+       {Page(8, 256, 8)},
+       1,
+       STATUS_OK,
+       {FMT_VISTA_ICO, 8, 128, 8, 1024, kUp, ORDER_RGB, 96, 96}},
+      {"256 wide on another page, entry says so", 1, {page, wideUnsized}, 1, STATUS_OK, vista},
+      {"256 wide on another page, entry says 16", 1, {page, wide}, 1, STATUS_OK, small},
+      {"entry says 256, image does not", 1, {page, unsized}, 1, STATUS_OK, small},
+      {"odd negative height",
+       1,
+       {Page(8, -7, 24)},
+       1,
+       STATUS_OK,
+       {FMT_ICO, 8, 3, 24, 72, kDown, ORDER_BGR, 96, 96}},
+      {"bit fields: the masks are not looked at",
+       1,
+       {{Join({Header{.bits = 16, .compression = 3}.Encode(), k565})}},
+       1,
+       STATUS_OK,
+       {FMT_ICO, 4, 1, 16, 8, kUp, ORDER_BGR, 96, 96}},
+      {"run-length",
+       1,
+       {Page(16, 32, 4, 2)},
+       1,
+       STATUS_OK,
+       {FMT_ICO, 16, 16, 4, 128, kUp, ORDER_RGB, 96, 96, "Run Length"}},
+      {"header of another size", 1, {shortHeader}, 1, STATUS_FAILURE, {}},
+      {"header of another size on another page", 1, {page, shortHeader}, 1, STATUS_OK, small},
+      {"depth 5", 1, {Page(16, 32, 5)}, 1, STATUS_BAD_FORMAT, {FMT_ICO, 16, 16}},
+      {"header cut", 1, truncated, 1, STATUS_READ_ERROR, {}},
+      {"body past the end", 1, {{{}, 16, 16, 0, 0, 40, 0xFFFFFFF0}}, 1, STATUS_READ_ERROR, {}},
+      {"PNG in a cursor", 2, {{PngBody()}}, 1, STATUS_BAD_FORMAT, {}},
+      {"PNG cut", 1, {{PngBody(), 16, 16, 0, 0, 21}}, 1, STATUS_READ_ERROR, {}},
+      {"PNG of 4 GiB", 1, {{PngBody(), 16, 16, 0, 0, 0xFFFFFFFF}}, 1, STATUS_NO_MEMORY, {}},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.name);
+    Rig rig;
+    rig.kernel.file = IconFile(each.type, each.pages);
+    rig.options.PageNumber = each.page;
+    EXPECT_EQ(rig.Identify(), each.status);
+    EXPECT_EQ(Describe(rig.info), each.expected);
+  }
+}
+
+TEST(Identify, PageIsClampedAndWrittenBackEvenWhenIdentificationFails) {
+  struct Case {
+    int wanted;
+    int page;
+  };
+  for (const auto& each :
+       {Case{INT_MIN, 1}, Case{0, 1}, Case{1, 1}, Case{2, 2}, Case{7, 2}, Case{INT_MAX, 2}}) {
+    SCOPED_TRACE(each.wanted);
+    Rig rig;
+    rig.kernel.file = IconFile(1, {Page(1, 2, 2), Page(2, 2, 2)});
+    rig.options.PageNumber = each.wanted;
+    EXPECT_EQ(rig.Identify(), STATUS_BAD_FORMAT);
+    EXPECT_EQ(rig.options.PageNumber, each.page);
+    EXPECT_EQ(rig.info.PageNumber, each.page);
+    EXPECT_EQ(rig.info.TotalPages, 2);
+    EXPECT_EQ(rig.info.Width, each.page);
+  }
+}
+
+TEST(Identify, PngPageComesFromTheKernel) {
+  for (const unsigned entryBits : {0U, 24U}) {
+    Rig rig;
+    rig.kernel.file = IconFile(1, {{PngBody(50), 0, 0, 0, entryBits}});
+    rig.kernel.pngInfo.Width = 100;
+    rig.kernel.pngInfo.Height = 5;
+    rig.kernel.pngInfo.BitsPerPixel = 2;  // no depth of bitmaps: it is passed on all the same
+    rig.kernel.pngInfo.Orientation = ORIENT_TOP_DOWN;
+    rig.kernel.pngInfo.ColorOrder = ORDER_BGR;
+    rig.kernel.pngInfo.YResolution = 77;
+    std::strcpy(rig.kernel.pngInfo.Compression, "PNG by the kernel!!");
+    EXPECT_EQ(rig.Identify(), STATUS_OK);
+    const int bits = entryBits == 0 ? 2 : 24;
+    const Description expected{FMT_VISTA_ICO, 100,       5, bits, 5 * ((bits * 100 + 7) / 8),
+                               kDown,         ORDER_BGR, 0, 77,   "PNG by the kernel!!"};
+    EXPECT_EQ(Describe(rig.info), expected);
+    EXPECT_EQ(rig.kernel.stream, PngBody(50));
+    EXPECT_EQ(rig.info.Flags, 0U);
+    EXPECT_EQ(rig.kernel.Log({Kind::kAlloc, Kind::kPngInfo, Kind::kFree}),
+              "alloc #1 50, describe png 1668 50, free #1");
+  }
+}
+
+TEST(Identify, ReadsInOrderAndStopsTheScanAtTheFirstPng) {
+  Rig rig;
+  rig.kernel.file = IconFile(1, {Page(16, 32, 4), {PngBody()}, Page(16, 32, 4)});
+  rig.options.PageNumber = 1;
+  EXPECT_EQ(rig.Identify(), STATUS_OK);
+  EXPECT_EQ(rig.kernel.Log({Kind::kRead, Kind::kSeek}),
+            "seek 0 0, read 66, seek 6 0, read 16, seek 54 0, read 8, seek 54 0, read 40, "
+            "seek 6 0, read 16, seek 54 0, read 8, seek 22 0, read 16, seek 94 0, read 8");
+}
+
+TEST(Identify, PngSignatures) {
+  EXPECT_EQ(TheFilter().isPng(Hex("89504e470d0a1a0a").data()), 1);
+  EXPECT_EQ(TheFilter().isPng(Hex("89504e470d0a0d05").data()), 1);
+  for (const char* other : {"89504e470d0a1a00", "89504e470d0a1a05", "89504e470d0a0d0a", "00504e470d0a1a0a"})
+    EXPECT_EQ(TheFilter().isPng(Hex(other).data()), 0) << other;
+}
+
+}  // namespace

@@ -1,0 +1,386 @@
+// The load driver on whole files: what is read in which order, what the target is given, which page is
+// chosen, and what each refusal leaves untouched.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "Rig.h"
+
+namespace {
+
+const std::initializer_list<Kind> kStory = {Kind::kOpen,  Kind::kRead, Kind::kSeek,    Kind::kClose,
+                                            Kind::kAlloc, Kind::kFree, Kind::kPalette, Kind::kRow};
+
+BitmapFile Fields(unsigned bits, std::initializer_list<std::uint32_t> masks) {
+  return {{.width = 2, .bits = bits, .compression = 3}, Words(masks), Repeat(16, 0x5A)};
+}
+
+IconPage Icon(const Header& header, const Bytes& rest) {
+  return {Join({header.Encode(), rest})};
+}
+
+TEST(Load, ReadsEachKindOfFileInOrder) {
+  struct Case {
+    const char* name;
+    Bytes file;
+    int bits;
+    int format;
+    const char* story;
+  };
+  const Bytes two = Repeat(8, 0);  // a palette of two, or two rows of 4 bytes
+  Bytes os2Fields = BitmapFile{{.size = 64, .width = 2, .bits = 16, .compression = 3}, {}, two}.Encode();
+  const Bytes masks = Words({0x7C00, 0x03E0, 0x001F});
+  std::copy(masks.begin(), masks.end(), os2Fields.begin() + 54);
+  const Bytes maskRows = Repeat(8, 0);
+  const Case cases[] = {
+      {"40 bytes, two colours used", BitmapFile{{.bits = 8, .colorsUsed = 2}, two, two}.Encode(), 8, FMT_BMP,
+       "open picture 0 256, read 2, seek 0 0, read 14, read 12, seek 14 0, read 40, read 8, seek 0 1, "
+       "palette of target 256, alloc #1 16, alloc #2 64, read 64, row 0 39, row 1 43, free #2, free #1, "
+       "close"},
+      {"core header in an array", BitmapFile{{.size = 12, .bits = 8}, Repeat(768, 1), two, true}.Encode(), 8,
+       FMT_OS2,
+       "open picture 0 256, read 2, seek 0 0, read 14, read 14, read 12, alloc #1 768, read 768, free #1, "
+       "seek 0 1, palette of target 256, alloc #2 16, alloc #3 64, read 64, row 0 39, row 1 43, "
+       "free #3, free #2, close"},
+      {"40 bytes in an array, pixels elsewhere",
+       BitmapFile{{.bits = 32}, {}, Repeat(50, 0), true, 70}.Encode(), 32, FMT_BMP,
+       "open picture 0 256, read 2, seek 0 0, read 14, read 14, read 12, seek 28 0, read 40, seek 0 1, "
+       "seek 70 0, alloc #1 16, alloc #2 64, read 64, row 0 39, row 1 43, free #2, free #1, close"},
+      {"108 bytes, 4 bits", BitmapFile{{.size = 108, .bits = 4}, Repeat(64, 0), two}.Encode(), 4, FMT_OS2_2,
+       "open picture 0 256, read 2, seek 0 0, read 14, read 12, seek 14 0, read 64, seek 44 1, alloc #1 64, "
+       "read 64, free #1, seek 0 1, palette of target 16, alloc #2 16, alloc #3 64, read 64, row 0 39, "
+       "row 1 43, free #3, free #2, close"},
+      {"masks inside a 64-byte header", os2Fields, 16, FMT_OS2_2,
+       "open picture 0 256, read 2, seek 0 0, read 14, read 12, seek 14 0, read 64, seek 54 0, read 12, "
+       "seek 0 1, read 12, seek 0 1, alloc #1 8, alloc #2 64, read 64, row 0 39, row 1 43, free #2, free #1, "
+       "close"},
+      {"icon with masks, its pixels taken to lie right after the header",
+       IconFile(1, {Icon({.width = 2, .height = 4, .bits = 16, .compression = 3}, Join({masks, maskRows}))}),
+       16, FMT_ICO,
+       "open picture 0 256, read 2, seek 0 0, read 6, seek 6 0, read 16, seek 22 0, read 8, seek 22 0, read "
+       "40, "
+       "read 12, seek 0 1, seek 62 0, alloc #1 8, alloc #2 64, read 64, row 0 39, alloc #3 216, alloc #4 4, "
+       "palette of mask 2, free #3, free #4, row 1 43, free #2, free #1, close"},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.name);
+    Rig rig;
+    rig.kernel.file = each.file;
+    rig.Target(each.bits == 16 ? 2 : 4, 2, each.bits);
+    rig.info.Format = each.format;
+    EXPECT_EQ(rig.Load(), STATUS_OK);
+    EXPECT_EQ(rig.kernel.Log(kStory), each.story);
+  }
+}
+
+// After the masks at 54 the driver reads on to the end of the header it was promised, 24 bytes at most.
+TEST(Load, SkipsTheRestOfAHeaderWithMasks) {
+  struct Case {
+    std::uint32_t headerSize;
+    const char* reads;  // of the header, the masks and the rest
+  };
+  for (const auto& each :
+       {Case{64, "read 64, read 12, read 12"}, Case{56, "read 56, read 12, read 4"},
+        Case{53, "read 53, read 12, read 1"}, Case{52, "read 52, read 12"},
+        Case{20, "read 20, read 12, read 24"}, Case{40, "read 40, read 12, read 24"},
+        Case{0xFFFFFFFF, "read 64, read 12, read 24"}, Case{108, "read 64, read 12, read 24"}}) {
+    SCOPED_TRACE(each.headerSize);
+    Rig rig;
+    rig.kernel.file =
+        BitmapFile{{.size = each.headerSize, .width = 2, .bits = 16, .compression = 3}}.Encode();
+    rig.kernel.file.resize(200);
+    const Bytes masks = Words({0xF00, 0xF0, 0xF});
+    std::copy(masks.begin(), masks.end(), rig.kernel.file.begin() + 54);
+    rig.Target(2, 2, 16);
+    rig.info.Format = FMT_OS2_2;
+    EXPECT_EQ(rig.Load(), STATUS_OK);
+    EXPECT_EQ(rig.kernel.Log({Kind::kRead}),
+              "read 2, read 14, read 12, " + std::string(each.reads) + ", read 64");
+    EXPECT_EQ(rig.load.RedMask, 0xF00U);
+  }
+}
+
+TEST(Load, Palettes) {
+  struct Case {
+    const char* name;
+    Bytes file;
+    int bits;
+    const char* palette;  // without the black entries at its end
+  };
+  const Bytes pixels = Repeat(16, 0);
+  const Case cases[] = {
+      {"4-byte entries lose their fourth byte",
+       BitmapFile{{.bits = 1}, Hex("010203ff 040506ff"), pixels}.Encode(), 1, "0102030004050600"},
+      {"fewer colours used", BitmapFile{{.bits = 4, .colorsUsed = 1}, Hex("010203ff"), pixels}.Encode(), 4,
+       "01020300"},
+      {"more colours used than the depth holds",
+       BitmapFile{{.bits = 1, .colorsUsed = 0xFFFFFFFF}, Hex("010203ff 040506ff"), pixels}.Encode(), 1,
+       "0102030004050600"},
+      {"3-byte entries", BitmapFile{{.size = 12, .bits = 1}, Hex("010203 040506"), pixels}.Encode(), 1,
+       "0102030004050600"},
+      {"colours used mean nothing in other headers",
+       BitmapFile{{.size = 64, .bits = 1, .colorsUsed = 1}, Hex("010203ff 040506ff"), pixels}.Encode(), 1,
+       "0102030004050600"},
+      {"icon",
+       IconFile(1, {Icon({.height = 4, .bits = 8, .colorsUsed = 1}, Join({Hex("010203ff"), pixels}))}), 8,
+       "01020300"},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.name);
+    Rig rig;
+    rig.kernel.file = each.file;
+    rig.Target(4, 2, each.bits, ORDER_RGB);
+    EXPECT_EQ(rig.Load(), STATUS_OK);
+    EXPECT_EQ(rig.kernel.target.ColorCount, 1 << each.bits);
+    Bytes expected = Hex(each.palette);
+    expected.resize(std::size_t{4} << each.bits);
+    EXPECT_EQ(ToHex(rig.kernel.palette), ToHex(expected));
+  }
+}
+
+TEST(Load, ResolutionsByHeader) {
+  struct Case {
+    std::uint32_t size, x, y;
+    int xResolution, yResolution;  // afterwards, of 300 and 301
+  };
+  for (const auto& each :
+       {Case{40, 2835, 3780, 72, 96}, Case{40, 0, 3780, 300, 301}, Case{40, 2835, 0, 72, 0},
+        Case{40, 19, 0x7FFFFFFF, 0, 0}, Case{31, 2835, 2835, 300, 301}, Case{32, 0, 0, 0, 0},
+        Case{64, 3780, 0U - 3780U, 96, -95}, Case{12, 0, 0, 300, 301}}) {
+    SCOPED_TRACE(testing::Message() << each.size << ' ' << each.x << ' ' << each.y);
+    Rig rig;
+    rig.kernel.file =
+        BitmapFile{
+            {.size = each.size, .xPixelsPerMetre = each.x, .yPixelsPerMetre = each.y}, {}, Repeat(24, 0)}
+            .Encode();
+    rig.kernel.target.XResolution = 300;
+    rig.kernel.target.YResolution = 301;
+    EXPECT_EQ(rig.Load(), STATUS_OK);
+    EXPECT_EQ(rig.kernel.target.XResolution, each.xResolution);
+    EXPECT_EQ(rig.kernel.target.YResolution, each.yResolution);
+  }
+}
+
+TEST(Load, OrientationAndColourOrder) {
+  struct Case {
+    const char* name;
+    BitmapFile file;
+    int prior;
+    int orientation;
+    int order;
+  };
+  constexpr int kOther = 5;  // an order that no bitmap file has
+  const BitmapFile plain{{.height = 2}, {}, Repeat(24, 0)};
+  const BitmapFile down{{.height = -2}, {}, Repeat(24, 0)};
+  const BitmapFile gray{{.bits = 8}, Repeat(1024, 0), Repeat(8, 0)};
+  const BitmapFile f565 = Fields(16, {0xF800, 0x07E0, 0x001F});
+  const Case cases[] = {{"bottom-up", plain, kOther, ORIENT_BOTTOM_UP, ORDER_BGR},
+                        {"top-down", down, kOther, ORIENT_TOP_DOWN, ORDER_BGR},
+                        {"palette", gray, kOther, ORIENT_BOTTOM_UP, ORDER_RGB},
+                        {"5-6-5", f565, kOther, ORIENT_BOTTOM_UP, ORDER_565},
+                        {"5-6-5, but the kernel had RGB", f565, ORDER_RGB, ORIENT_BOTTOM_UP, ORDER_RGB},
+                        {"5-6-5, but the kernel had BGR", f565, ORDER_BGR, ORIENT_BOTTOM_UP, ORDER_BGR},
+                        {"24 bits, but the kernel had 5-6-5", plain, ORDER_565, ORIENT_BOTTOM_UP, ORDER_565}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.name);
+    Rig rig;
+    rig.kernel.file = each.file.Encode();
+    rig.Target(each.file.header.width, 2, static_cast<int>(each.file.header.bits), each.prior);
+    rig.kernel.target.Orientation = ORIENT_TOP_DOWN + ORIENT_BOTTOM_UP;
+    rig.kernel.target.ColorCount = 99;
+    EXPECT_EQ(rig.Load(), STATUS_OK);
+    EXPECT_EQ(rig.kernel.target.Orientation, each.orientation);
+    EXPECT_EQ(rig.kernel.target.ColorOrder, each.order);
+    EXPECT_EQ(rig.kernel.target.ColorCount, each.file.header.bits == 8 ? 256 : 0);
+    EXPECT_EQ(rig.kernel.rows.size(), 2U);
+  }
+}
+
+TEST(Load, MasksAreJudgedThenStoredThenApplied) {
+  struct Case {
+    const char* name;
+    BitmapFile file;
+    int status;
+    bool stored;
+    const char* firstRow;
+  };
+  const Case cases[] = {
+      {"5-5-5", Fields(16, {0x7C00, 0x03E0, 0x001F}), STATUS_OK, true, "5a5a5a5a"},
+      {"5-6-5", Fields(16, {0xF800, 0x07E0, 0x001F}), STATUS_OK, true, "5a5a5a5a"},
+      {"4-4-4 is converted", Fields(16, {0xF00, 0xF0, 0xF}), STATUS_OK, true, "54515451"},
+      {"8-8-8", Fields(32, {0xFF0000, 0xFF00, 0xFF}), STATUS_OK, true, "5a5a5a5a5a5a5a5a"},
+      {"8-8-8 reversed", Fields(32, {0xFF, 0xFF00, 0xFF0000}), STATUS_BAD_FORMAT, false, ""},
+      {"24 bits", Fields(24, {0xFF0000, 0xFF00, 0xFF}), STATUS_BAD_FORMAT, false, ""}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.name);
+    Rig rig;
+    rig.kernel.file = each.file.Encode();
+    rig.Target(2, 2, static_cast<int>(each.file.header.bits), 5);
+    rig.load.RedMask = rig.load.GreenMask = rig.load.BlueMask = 1;
+    const _BITMAPHANDLE before = rig.kernel.target;
+    EXPECT_EQ(rig.Load(), each.status);
+    EXPECT_EQ(rig.load.RedMask != 1 && rig.load.GreenMask != 1 && rig.load.BlueMask != 1, each.stored);
+    if (each.stored) {
+      EXPECT_EQ(ToHex(rig.kernel.rows.at(0).bytes), each.firstRow);
+    } else {
+      EXPECT_EQ(std::memcmp(&before, &rig.kernel.target, sizeof before), 0);
+    }
+  }
+}
+
+TEST(Load, RowsAreAsWideAsTheWiderOfFileAndTarget) {
+  struct Case {
+    int fileWidth, targetWidth;
+    const char* rowBuffer;
+    int status;
+  };
+  for (const auto& each : {Case{4, 4, "alloc #1 16", STATUS_OK}, Case{9, 4, "alloc #1 36", STATUS_OK},
+                           Case{3, 4, "alloc #1 32", STATUS_OK}, Case{-5, 4, "alloc #1 32", STATUS_OK},
+                           Case{INT_MAX, 4, "", STATUS_NO_MEMORY}, Case{3, INT_MAX, "", STATUS_NO_MEMORY}}) {
+    SCOPED_TRACE(testing::Message() << each.fileWidth << " of " << each.targetWidth);
+    Rig rig;
+    rig.kernel.file = BitmapFile{{.width = each.fileWidth}, {}, Repeat(200, 0)}.Encode();
+    rig.kernel.target.Width = each.targetWidth;
+    EXPECT_EQ(rig.Load(), each.status);
+    if (each.status == STATUS_OK) {
+      EXPECT_EQ(rig.kernel.Log({Kind::kAlloc}).substr(0, 11), each.rowBuffer);
+    }
+  }
+}
+
+TEST(Load, IconPageIsClampedAndNotWrittenBack) {
+  std::vector<IconPage> pages;
+  for (std::uint8_t page = 1; page <= 3; ++page)
+    pages.push_back(Icon({.width = 1, .height = 2}, Repeat(8, page)));
+  struct Case {
+    int wanted, page;
+  };
+  for (const auto& each :
+       {Case{INT_MIN, 1}, Case{0, 1}, Case{1, 1}, Case{2, 2}, Case{3, 3}, Case{INT_MAX, 3}}) {
+    Rig rig;
+    rig.kernel.file = IconFile(2, pages);
+    rig.Target(1, 1, 24);
+    rig.options.PageNumber = each.wanted;
+    EXPECT_EQ(rig.Load(), STATUS_OK);
+    EXPECT_EQ(rig.kernel.rows.at(0).bytes.at(0), each.page);
+    EXPECT_EQ(rig.options.PageNumber, each.wanted);
+  }
+}
+
+TEST(Load, RefusalsLeaveTheTargetUntouched) {
+  struct Case {
+    const char* name;
+    Bytes file;
+    int status;
+    int format = FMT_BMP;
+  };
+  const Bytes good = BitmapFile{{}, {}, Repeat(24, 0)}.Encode();
+  const auto cut = [](const Bytes& whole, std::size_t length) {
+    return Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+  };
+  const Bytes array = BitmapFile{{}, {}, {}, true}.Encode();
+  const Bytes icon = IconFile(1, {Icon({}, {})});
+  Bytes brokenArray = array;
+  brokenArray[14] = 'X';
+  const Case cases[] = {
+      {"empty", {}, STATUS_BAD_FORMAT},
+      {"one byte", Hex("42"), STATUS_BAD_FORMAT},
+      {"another signature", Hex("4d424d424d42"), STATUS_BAD_FORMAT},
+      {"array header cut", cut(array, 13), STATUS_BAD_FORMAT},
+      {"array without a bitmap", brokenArray, STATUS_BAD_FORMAT},
+      {"file header cut", cut(good, 13), STATUS_BAD_FORMAT},
+      {"12 bytes of the header cut", cut(good, 25), STATUS_BAD_FORMAT},
+      {"40-byte header cut", cut(good, 53), STATUS_BAD_FORMAT},
+      {"64-byte header cut", cut(BitmapFile{{.size = 64}}.Encode(), 77), STATUS_BAD_FORMAT},
+      {"header of 15 bytes", BitmapFile{{.size = 15}, {}, Repeat(40, 0)}.Encode(), STATUS_BAD_FORMAT},
+      {"depth 2", BitmapFile{{.bits = 2}}.Encode(), STATUS_BAD_FORMAT},
+      {"depth 0", BitmapFile{{.size = 12, .bits = 0}}.Encode(), STATUS_BAD_FORMAT},
+      {"palette cut", BitmapFile{{.bits = 1}, Repeat(7, 0)}.Encode(), STATUS_READ_ERROR},
+      {"core palette cut", BitmapFile{{.size = 12, .bits = 1}, Repeat(5, 0)}.Encode(), STATUS_READ_ERROR},
+      {"OS/2 palette cut", BitmapFile{{.size = 64, .bits = 1}, Repeat(7, 0)}.Encode(), STATUS_READ_ERROR},
+      {"rest of a header with masks cut",
+       cut(BitmapFile{{.size = 108, .bits = 16, .compression = 3}}.Encode(), 89), STATUS_READ_ERROR,
+       FMT_OS2_2},
+      {"masks cut", BitmapFile{{.bits = 16, .compression = 3}, Repeat(11, 0)}.Encode(), STATUS_READ_ERROR},
+      {"pixels at the greatest offset", BitmapFile{{}, {}, {}, false, 0xFFFFFFFF}.Encode(),
+       STATUS_SEEK_ERROR},
+      {"directory cut", Hex("0000 0100 01"), STATUS_BAD_FORMAT},
+      {"directory of type 3", Join({Hex("0000 0300 0100"), Repeat(90, 0)}), STATUS_BAD_FORMAT},
+      {"directory without entries", Join({Hex("0000 0100 0000"), Repeat(90, 0)}), STATUS_BAD_FORMAT},
+      {"entry cut", cut(icon, 21), STATUS_BAD_FORMAT},
+      {"image cut before its eighth byte", cut(icon, 29), STATUS_READ_ERROR},
+      {"image header cut", cut(icon, 61), STATUS_BAD_FORMAT},
+      {"image header of 64 bytes", IconFile(1, {Icon({.size = 64}, {})}), STATUS_BAD_FORMAT},
+      {"image past the end", IconFile(1, {{{}, 16, 16, 0, 0, 40, 0xFFFFFFFF}}), STATUS_READ_ERROR},
+      {"image depth 63", IconFile(1, {Icon({.bits = 63}, Repeat(99, 0))}), STATUS_BAD_FORMAT},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.name);
+    Rig rig;
+    rig.kernel.file = each.file;
+    rig.info.Format = each.format;
+    const _BITMAPHANDLE before = rig.kernel.target;
+    EXPECT_EQ(rig.Load(), each.status);
+    EXPECT_EQ(std::memcmp(&before, &rig.kernel.target, sizeof before), 0);
+    EXPECT_EQ(rig.kernel.LastEvent(), Kind::kClose);
+  }
+}
+
+TEST(Load, RefusalsBeforeTheFileIsOpen) {
+  EXPECT_EQ(TheFilter().load(nullptr), STATUS_BAD_PARAMETER);
+  for (const int bits : {INT_MIN, -1, 0, 2, 31, 33, 64, INT_MAX}) {
+    Rig rig;
+    rig.kernel.target.BitsPerPixel = bits;
+    EXPECT_EQ(rig.Load(), STATUS_BAD_BPP) << bits;
+    EXPECT_EQ(rig.kernel.LastEvent(), Kind::kKinds) << bits;
+  }
+  Rig rig;
+  rig.load.FileName = "nothing of that name";
+  EXPECT_EQ(rig.Load(), STATUS_OPEN_ERROR);
+  EXPECT_EQ(rig.kernel.LastEvent(), Kind::kOpen);
+}
+
+TEST(Load, OnlyTheNamedSeeksAreChecked) {
+  struct Case {
+    const char* name;
+    int nth;
+    int status;
+  };
+  Rig rig;
+  rig.kernel.file = BitmapFile{{}, {}, Repeat(48, 0), false, 60}.Encode();
+  for (const auto& each : {Case{"to the header", 2, STATUS_SEEK_ERROR}, Case{"where are we", 3, STATUS_OK},
+                           Case{"to the pixels", 4, STATUS_SEEK_ERROR}}) {
+    SCOPED_TRACE(each.name);
+    rig.kernel.fault = Fault{Kind::kSeek, each.nth};
+    EXPECT_EQ(rig.Load(), each.status);
+    EXPECT_TRUE(rig.kernel.faultStruck);
+  }
+}
+
+TEST(Load, HeaderReaderFillsUpToItsCapacityAndSkipsTheRest) {
+  struct Case {
+    unsigned capacity, size;
+    std::size_t fileSize;
+    int result;
+    std::uint32_t position;
+    std::size_t filled;
+  };
+  for (const auto& each :
+       {Case{8, 8, 10, 1, 8, 8}, Case{8, 5, 10, 1, 5, 5}, Case{8, 8, 7, 0, 7, 7}, Case{8, 20, 30, 1, 20, 8},
+        Case{8, 20, 8, 1, 20, 8}, Case{8, 20, 7, 0, 7, 7}, Case{8, 0, 9, 1, 0, 0},
+        Case{8, 0xFFFFFFFF, 10, 0, 8, 8}, Case{8, 0x7FFFFFFF, 10, 1, 0x7FFFFFFF, 8}}) {
+    SCOPED_TRACE(testing::Message() << each.size << " of " << each.fileSize);
+    FakeKernel kernel;
+    kernel.file = Repeat(each.fileSize, 1);
+    const HANDLE file = kernel.HandOver();
+    Bytes buffer = Repeat(10, 9);
+    const int result = TheFilter().readHeader(file, buffer.data(), each.capacity, each.size);
+    EXPECT_EQ(result, each.result);
+    EXPECT_EQ(FakeKernel::Position(file), each.position);
+    EXPECT_EQ(buffer, Join({Repeat(each.filled, 1), Repeat(10 - each.filled, 9)}));
+    EXPECT_EQ(kernel.Verdict(), "");
+  }
+}
+
+}  // namespace

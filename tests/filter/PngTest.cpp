@@ -1,0 +1,147 @@
+// Icon pages stored as PNG streams: the kernel decodes, the filter passes on rows and properties.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "Rig.h"
+
+namespace {
+
+const std::initializer_list<Kind> kStory = {Kind::kAlloc,   Kind::kFree, Kind::kFreeBitmap, Kind::kPngLoad,
+                                            Kind::kPalette, Kind::kGet,  Kind::kRow,        Kind::kClose};
+
+void Prepare(Rig& rig, const DecodedPng& png) {
+  rig.kernel.file = IconFile(1, {{PngBody(30), 0, 0, 9, 32}});
+  rig.kernel.png = png;
+  rig.Target(png.width, png.height, png.bits);
+  rig.info.Format = FMT_VISTA_ICO;
+}
+
+TEST(PngPage, RowsGoOutInStoredOrder) {
+  Rig rig;
+  Prepare(rig, {.width = 4, .height = 3, .bits = 32});
+  EXPECT_EQ(rig.Load(), STATUS_OK);
+  EXPECT_EQ(rig.kernel.Log(kStory),
+            "alloc #1 30, load png 32 30, free #1, alloc #2 16, get 0 16, row 0 7, get 1 16, row 1 3, "
+            "get 2 16, row 2 11, free bitmap, free #2, close");
+  EXPECT_EQ(ToHex(rig.kernel.rows.at(1).bytes), "101112131415161718191a1b1c1d1e1f");
+  EXPECT_EQ(rig.kernel.stream, PngBody(30));
+  EXPECT_EQ(rig.info.Format, FMT_VISTA_ICO);
+  EXPECT_EQ(rig.info.Flags, 0x1000U);
+  const _BITMAPHANDLE& target = rig.kernel.target;
+  EXPECT_EQ(target.ColorCount, 9);
+  EXPECT_EQ(target.XResolution, 72);
+  EXPECT_EQ(target.YResolution, 144);
+  EXPECT_EQ(target.Orientation, ORIENT_TOP_DOWN);
+  EXPECT_EQ(target.ColorOrder, ORDER_BGR);
+  EXPECT_EQ(rig.kernel.Log({Kind::kOpen, Kind::kRead, Kind::kSeek}),
+            "open picture 0 256, read 2, seek 0 0, read 6, seek 6 0, read 16, seek 22 0, read 8, "
+            "seek 22 0, read 30");
+}
+
+TEST(PngPage, PaletteOnlyAtEightBitsOrLess) {
+  struct Case {
+    int bits, colors;
+    const char* log;
+  };
+  for (const auto& each : {Case{8, 3, "palette of target 3"}, Case{1, 2, "palette of target 2"},
+                           Case{8, 0, ""}, Case{24, 3, ""}}) {
+    Rig rig;
+    Prepare(rig, {.height = 1, .bits = each.bits, .colors = each.colors});
+    EXPECT_EQ(rig.Load(), STATUS_OK);
+    EXPECT_EQ(rig.kernel.Log({Kind::kPalette}), each.log) << each.bits;
+    if (each.colors == 2) {
+      EXPECT_EQ(ToHex(rig.kernel.palette), "00ff070001fe0700");
+    }
+    EXPECT_EQ(rig.kernel.Log({Kind::kRow}), "row 0 15");
+  }
+}
+
+TEST(PngPage, LastIsTheLastRowOfEitherBitmap) {
+  Rig rig;
+  Prepare(rig, {.height = 4});
+  rig.kernel.target.Height = 2;
+  EXPECT_EQ(rig.Load(), STATUS_OK);
+  EXPECT_EQ(rig.kernel.Log({Kind::kRow}), "row 0 7, row 1 11, row 2 3, row 3 11");
+  rig.kernel.target.Height = 1;
+  rig.kernel.png.height = 0;
+  EXPECT_EQ(rig.Load(), STATUS_OK);
+  EXPECT_EQ(rig.kernel.Log({Kind::kRow}), "");
+}
+
+TEST(PngPage, FailuresReleaseInTheirOrder) {
+  struct Case {
+    const char* name;
+    Fault fault;
+    int status;
+    int format;
+    const char* story;
+  };
+  for (const auto& each :
+       {Case{"stream buffer", {Kind::kAlloc, 1}, STATUS_NO_MEMORY, FMT_BMP, "alloc #1 30, close"},
+        Case{"entry",
+             {Kind::kRead, 5, false, Fault::kHalfRead},
+             STATUS_READ_ERROR,
+             FMT_BMP,
+             "alloc #1 30, free #1, close"},
+        Case{"decoding",
+             {Kind::kPngLoad, 1, false, -1234},
+             -1234,
+             FMT_VISTA_ICO,
+             "alloc #1 30, load png 32 30, free #1, close"},
+        Case{"row buffer",
+             {Kind::kAlloc, 2},
+             STATUS_NO_MEMORY,
+             FMT_VISTA_ICO,
+             "alloc #1 30, load png 32 30, free #1, alloc #2 16, free bitmap, close"},
+        Case{"row",
+             {Kind::kRow, 2, false, -1234},
+             -1234,
+             FMT_VISTA_ICO,
+             "alloc #1 30, load png 32 30, free #1, alloc #2 16, get 0 16, row 0 7, get 1 16, row 1 3, "
+             "free #2, free bitmap, close"},
+        Case{"row fetched: not checked",
+             {Kind::kGet, 1, false, -1234},
+             STATUS_OK,
+             FMT_VISTA_ICO,
+             "alloc #1 30, load png 32 30, free #1, alloc #2 16, get 0 16, row 0 7, get 1 16, row 1 3, "
+             "get 2 16, row 2 11, free bitmap, free #2, close"}}) {
+    SCOPED_TRACE(each.name);
+    Rig rig;
+    Prepare(rig, {});
+    rig.info.Format = FMT_BMP;
+    rig.kernel.fault = each.fault;
+    const _BITMAPHANDLE before = rig.kernel.target;
+    EXPECT_EQ(rig.Load(), each.status);
+    EXPECT_EQ(rig.kernel.Log(kStory), each.story);
+    EXPECT_EQ(rig.info.Format, each.format);
+    EXPECT_EQ(rig.info.Flags, each.format == FMT_BMP ? 0U : 0x1000U);
+    if (rig.kernel.Log({Kind::kGet}).empty() && each.fault.kind != Kind::kAlloc) {
+      EXPECT_EQ(std::memcmp(&before, &rig.kernel.target, sizeof before), 0);
+    }
+  }
+}
+
+TEST(PngPage, LengthsTheFileCannotHold) {
+  struct Case {
+    std::uint32_t length;
+    int status;
+  };
+  for (const auto& each : {Case{0, STATUS_OK}, Case{31, STATUS_READ_ERROR},
+                           Case{0xFFFFFFFF, STATUS_NO_MEMORY}, Case{0x80000000, STATUS_NO_MEMORY}}) {
+    Rig rig;
+    Prepare(rig, {});
+    rig.kernel.file = IconFile(2, {{PngBody(30), 0, 0, 0, 0, each.length}});
+    EXPECT_EQ(rig.Load(), each.status) << each.length;
+  }
+}
+
+// A decoded bitmap that owns no pixels is not the filter's to free.
+TEST(PngPage, FreesOnlyWhatTheKernelAllocated) {
+  Rig rig;
+  Prepare(rig, {.height = 0, .allocated = false});
+  EXPECT_EQ(rig.Load(), STATUS_OK);
+  EXPECT_EQ(rig.kernel.Log({Kind::kFreeBitmap}), "");
+}
+
+}  // namespace
