@@ -1,0 +1,154 @@
+// vx/image.hpp - vx.h for C++20, with ownership and exceptions taken care of. Holds no logic of its own.
+//
+//     vx::Source source = vx::Source::File("app.ico");
+//     for (int page = 1; page <= source.Describe().page_count; ++page) {
+//       vx::Bitmap bitmap = source.Load(page);
+//       std::vector<std::uint8_t> pixels = bitmap.Rgba();
+//     }
+//
+// Functions throw vx::Error where their C counterparts fail.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "vx/vx.h"
+
+namespace vx {
+
+/// A failed call: its status, and in what() the status's name and the library's detail.
+class Error : public std::runtime_error {
+ public:
+  explicit Error(int status) : Error(status, vx_error_detail()) {}
+  Error(int status, const std::string& detail)
+      : std::runtime_error(vx_status_name(status) + (detail.empty() ? detail : ": " + detail)),
+        status_(status) {}
+
+  /// The vx_status.
+  [[nodiscard]] int status() const noexcept { return status_; }
+
+ private:
+  int status_;
+};
+
+/// Throws unless the call worked.
+inline void Check(int status) {
+  if (status != VX_OK) throw Error(status);
+}
+
+/// Load options that start from the defaults.
+struct LoadOptions : vx_load_options {
+  LoadOptions() noexcept : vx_load_options VX_LOAD_OPTIONS_DEFAULT {}
+};
+
+/// Bytes that the library allocated.
+class Buffer {
+ public:
+  Buffer(std::uint8_t* bytes, std::size_t size) noexcept : bytes_(bytes), size_(size) {}
+  [[nodiscard]] std::span<const std::uint8_t> Bytes() const noexcept { return {bytes_.get(), size_}; }
+
+ private:
+  struct Free {
+    void operator()(std::uint8_t* bytes) const noexcept { vx_free(bytes); }
+  };
+  std::unique_ptr<std::uint8_t[], Free> bytes_;
+  std::size_t size_;
+};
+
+/// A picture in memory.
+class Bitmap {
+ public:
+  /// Takes ownership.
+  explicit Bitmap(vx_bitmap* bitmap) noexcept : bitmap_(bitmap) {}
+
+  [[nodiscard]] vx_bitmap_info Describe() const {
+    vx_bitmap_info info;
+    Check(vx_bitmap_describe(bitmap_.get(), &info));
+    return info;
+  }
+  /// One row as stored; lives as long as the bitmap. @throws Error when row is out of range.
+  [[nodiscard]] std::span<const std::uint8_t> Row(int row) const {
+    const std::uint8_t* bytes = vx_bitmap_row(bitmap_.get(), row);
+    if (bytes == nullptr) throw Error(VX_BAD_PARAMETER, "there is no row " + std::to_string(row));
+    return {bytes, static_cast<std::size_t>(Describe().bytes_per_line)};
+  }
+  /// The palette, 4 bytes an entry (blue, green, red, 0); empty above 8 bits.
+  [[nodiscard]] std::span<const std::uint8_t> Palette() const {
+    return {vx_bitmap_palette(bitmap_.get()), static_cast<std::size_t>(Describe().palette_count) * 4};
+  }
+  /// One row as red, green, blue, alpha. @param rgba 4 x width bytes
+  void ReadRgba(int row, std::uint8_t* rgba) const { Check(vx_bitmap_read_rgba(bitmap_.get(), row, rgba)); }
+  /// All rows from the top as red, green, blue, alpha.
+  [[nodiscard]] std::vector<std::uint8_t> Rgba() const {
+    const vx_bitmap_info info = Describe();
+    const std::size_t rowBytes = static_cast<std::size_t>(info.width) * 4;
+    std::vector<std::uint8_t> pixels(rowBytes * static_cast<std::size_t>(info.height));
+    for (int row = 0; row < info.height; ++row) {
+      ReadRgba(row, pixels.data() + rowBytes * static_cast<std::size_t>(row));
+    }
+    return pixels;
+  }
+  [[nodiscard]] Buffer EncodePng() const {
+    std::uint8_t* png = nullptr;
+    std::size_t size = 0;
+    Check(vx_bitmap_encode_png(bitmap_.get(), &png, &size));
+    return {png, size};
+  }
+  [[nodiscard]] vx_bitmap* Get() const noexcept { return bitmap_.get(); }
+
+ private:
+  struct Free {
+    void operator()(vx_bitmap* bitmap) const noexcept { vx_bitmap_free(bitmap); }
+  };
+  std::unique_ptr<vx_bitmap, Free> bitmap_;
+};
+
+/// A file or memory block that images are read from.
+class Source {
+ public:
+  [[nodiscard]] static Source File(const std::string& path) {
+    vx_source* source = nullptr;
+    Check(vx_open_file(path.c_str(), &source));
+    return Source(source);
+  }
+  /// The bytes are not copied and must outlive the source. @param name for messages
+  [[nodiscard]] static Source Memory(std::span<const std::uint8_t> bytes,
+                                     const std::string& name = "memory") {
+    vx_source* source = nullptr;
+    Check(vx_open_memory(bytes.data(), bytes.size(), name.c_str(), &source));
+    return Source(source);
+  }
+  /// Takes ownership.
+  explicit Source(vx_source* source) noexcept : source_(source) {}
+
+  /// Describes one page; pages count from 1.
+  [[nodiscard]] vx_info Describe(int page = 1) const {
+    vx_info info;
+    Check(vx_describe(source_.get(), page, &info));
+    return info;
+  }
+  [[nodiscard]] Bitmap Load(const vx_load_options& options) const {
+    vx_bitmap* bitmap = nullptr;
+    Check(vx_load(source_.get(), &options, &bitmap));
+    return Bitmap(bitmap);
+  }
+  [[nodiscard]] Bitmap Load(int page = 1) const {
+    LoadOptions options;
+    options.page = page;
+    return Load(options);
+  }
+  [[nodiscard]] vx_source* Get() const noexcept { return source_.get(); }
+
+ private:
+  struct Close {
+    void operator()(vx_source* source) const noexcept { vx_close(source); }
+  };
+  std::unique_ptr<vx_source, Close> source_;
+};
+
+}  // namespace vx

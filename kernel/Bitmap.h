@@ -1,0 +1,47 @@
+// Bitmap records from the kernel's inside: geometry, direct rows, and ownership in C++. Knows neither files
+// nor formats.
+#pragma once
+
+#include <cstddef>
+
+#include "Contract.h"
+
+namespace vxkrn {
+
+/// Bytes the pixels of a row take, without padding.
+constexpr std::int64_t PixelBytes(int width, int bitsPerPixel) noexcept {
+  return (std::int64_t{width} * bitsPerPixel + 7) / 8;
+}
+/// Bytes from one stored row to the next: whole groups of 4.
+constexpr std::int64_t Stride(int width, int bitsPerPixel) noexcept {
+  return (PixelBytes(width, bitsPerPixel) + 3) / 4 * 4;
+}
+/// Bytes of all rows; for sides up to INT_MAX this cannot overflow.
+constexpr std::uint64_t PictureBytes(int width, int height, int bitsPerPixel) noexcept {
+  return static_cast<std::uint64_t>(Stride(width, bitsPerPixel)) * static_cast<std::uint64_t>(height);
+}
+
+/// Stored row `row`, which must exist.
+inline unsigned char* StoredRow(const _BITMAPHANDLE& bitmap, int row) noexcept {
+  return bitmap.Pixels + static_cast<std::ptrdiff_t>(row) * bitmap.BytesPerLine;
+}
+/// The bits of the region that belong to stored row `row`; null without a region.
+inline unsigned char* StoredRegionRow(const _BITMAPHANDLE& bitmap, int row) noexcept {
+  if (bitmap.Region == nullptr) return nullptr;
+  return bitmap.Region + static_cast<std::ptrdiff_t>(row) * bitmap.RegionBytesPerLine;
+}
+
+/// The stored number of a row counted from the top, and the other way round.
+constexpr int FlipRow(int row, int height, int orientation) noexcept {
+  return orientation == ORIENT_BOTTOM_UP ? height - 1 - row : row;
+}
+
+/// A record that frees what is attached to it.
+struct OwnedBitmap : _BITMAPHANDLE {
+  OwnedBitmap() noexcept : _BITMAPHANDLE{} {}
+  ~OwnedBitmap() { VX_FreeBitmap(this); }
+  OwnedBitmap(const OwnedBitmap&) = delete;
+  OwnedBitmap& operator=(const OwnedBitmap&) = delete;
+};
+
+}  // namespace vxkrn

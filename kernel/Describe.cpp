@@ -1,0 +1,130 @@
+// Identification on behalf of an application: vx_describe, and the first half of vx_load.
+#include "Describe.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "Bitmap.h"
+#include "CallContext.h"
+#include "Errors.h"
+#include "Explain.h"
+#include "Files.h"
+#include "FilterLoader.h"
+#include "PngCallbacks.h"
+
+namespace vxkrn {
+namespace {
+
+/// Has the filter look at the source. page is clamped into the file.
+int AskFilter(const Filter& filter, vx_source& source, int* page, IMAGEINFO* info, ReadTrace* trace) {
+  const Backend view = source.View();
+  const BackendScope scope(view);
+  HANDLE file = VX_RedirectedOpen(source.Name(), VX_OPEN_READ, 0);
+  if (file == InvalidHandle()) return FailForMemory("opening it", sizeof(OpenFile));
+
+  LOADOPTIONS options = {};
+  options.StructSize = sizeof options;
+  options.PageNumber = *page;
+  _INFODISPATCH dispatch = {};
+  dispatch.StructSize = sizeof dispatch;
+  dispatch.File = file;
+  dispatch.FileInfo = info;
+  dispatch.LoadOptions = &options;
+  dispatch.GetPngInfoFromMemory = DescribePngPage;
+  const int status = filter.info(&dispatch);
+  *page = options.PageNumber;
+  *trace = TraceOf(file);
+  (void)VX_RedirectedClose(file);
+  return status;
+}
+
+int PageCount(const IMAGEINFO& info) {
+  return std::max(info.TotalPages, 1);
+}
+
+int FailForPage(const vx_source& source, int page, int pageCount) {
+  return Fail(STATUS_BAD_PAGE, source.Name(), " has no page ", page, ": its pages are 1 to ", pageCount);
+}
+
+/// A PNG page is described with its directory entry's depth, which may be one that no bitmap has.
+void CorrectPngDepth(const CallContext& context, IMAGEINFO* info) {
+  if (!context.sawPng || IsDepth(info->BitsPerPixel)) return;
+  info->BitsPerPixel = context.png.bitsPerPixel;
+  const auto rowBytes = static_cast<std::uint64_t>(PixelBytes(info->Width, info->BitsPerPixel));
+  info->DataSize =
+      static_cast<int>(static_cast<std::uint32_t>(rowBytes * static_cast<std::uint64_t>(info->Height)));
+}
+
+int CheckPicture(const vx_source& source, int page, const IMAGEINFO& info) {
+  const auto isSide = [](int side) { return side >= 1 && side <= kMaxSide; };
+  if (!isSide(info.Width) || !isSide(info.Height)) {
+    Fail(STATUS_BAD_DIMENSIONS, "its header says ", info.Width, " x ", info.Height,
+         " pixels; a side can have 1 to ", kMaxSide);
+    return Explain(STATUS_BAD_DIMENSIONS, source, page, {});
+  }
+  if (IsDepth(info.BitsPerPixel)) return STATUS_OK;
+  Fail(STATUS_BAD_BPP, "its header says ", info.BitsPerPixel, " bits per pixel");
+  return Explain(STATUS_BAD_BPP, source, page, {});
+}
+
+}  // namespace
+
+bool IsPngPage(const IMAGEINFO& info) noexcept {
+  return std::strcmp(info.Compression, "PNG") == 0;
+}
+
+bool IsIcon(const IMAGEINFO& info) noexcept {
+  return info.Format == FMT_ICO || info.Format == FMT_CUR || info.Format == FMT_VISTA_ICO;
+}
+
+int Identify(vx_source& source, int page, IMAGEINFO* info) {
+  const Filter* filter = nullptr;
+  int status = LoadFilter(&filter);
+  if (status != STATUS_OK) return status;
+  if (page < 1) return Fail(STATUS_BAD_PAGE, "page ", page, " was asked for; pages count from 1");
+
+  CallContext context;
+  const CallScope scope(&context);
+  *info = IMAGEINFO{};
+  info->StructSize = sizeof *info;
+  int found = page;
+  ReadTrace trace;
+  status = AskFilter(*filter, source, &found, info, &trace);
+  info->Compression[sizeof info->Compression - 1] = '\0';
+  if (found != page) return FailForPage(source, page, found);
+  const int pageWorthSaying = info->TotalPages > 1 ? page : 0;
+  if (status != STATUS_OK) return Explain(status, source, pageWorthSaying, trace);
+  if (page > PageCount(*info)) return FailForPage(source, page, PageCount(*info));
+
+  info->XResolution = DpiOrDefault(info->XResolution);
+  info->YResolution = DpiOrDefault(info->YResolution);
+  CorrectPngDepth(context, info);
+  return CheckPicture(source, pageWorthSaying, *info);
+}
+
+}  // namespace vxkrn
+
+int vx_describe(vx_source* source, int page, vx_info* info) {
+  return vxkrn::Guarded([&]() -> int {
+    if (source == nullptr || info == nullptr) {
+      return vxkrn::Fail(VX_BAD_PARAMETER, "the source and the record to fill must be given");
+    }
+    *info = vx_info{};
+    IMAGEINFO found;
+    const int status = vxkrn::Identify(*source, page, &found);
+    if (status != STATUS_OK) return status;
+    info->format = found.Format;
+    info->width = found.Width;
+    info->height = found.Height;
+    info->bits_per_pixel = found.BitsPerPixel;
+    info->orientation = found.Orientation;
+    info->color_order = found.ColorOrder;
+    info->x_dpi = found.XResolution;
+    info->y_dpi = found.YResolution;
+    info->page = page;
+    info->page_count = vxkrn::PageCount(found);
+    info->data_size = static_cast<std::uint32_t>(found.DataSize);
+    std::memcpy(info->compression, found.Compression, sizeof info->compression);
+    return VX_OK;
+  });
+}

@@ -1,0 +1,119 @@
+// What applications do with a bitmap once it is loaded: describe it, look at rows, read them as colours,
+// encode it.
+#include "Picture.h"
+
+#include <cstring>
+
+#include "Errors.h"
+#include "Memory.h"
+#include "Png.h"
+#include "Region.h"
+#include "Rows.h"
+
+void vx_bitmap::TakeColors() noexcept {
+  colors.fill(vxkrn::Rgba{0, 0, 0, 255});
+  for (int i = 0; i < record.ColorCount; ++i) {
+    const RGBQUAD& color = record.Palette[i];
+    colors[static_cast<std::size_t>(i)] = {color.Red, color.Green, color.Blue, 255};
+  }
+}
+
+void vx_bitmap::ConvertOrder(int order) noexcept {
+  if (record.BitsPerPixel != 16 || record.ColorOrder == order) return;
+  for (int row = 0; row < record.Height; ++row) {
+    vxkrn::ConvertRow16(vxkrn::StoredRow(record, row), record.Width, order);
+  }
+  record.ColorOrder = order;
+}
+
+namespace {
+
+bool HasRow(const vx_bitmap* bitmap, int row) {
+  return bitmap != nullptr && row >= 0 && row < bitmap->record.Height;
+}
+
+const unsigned char* RowOfIndices(const void* owner, int row, unsigned char* /*scratch*/) {
+  return vx_bitmap_row(static_cast<const vx_bitmap*>(owner), row);
+}
+
+const unsigned char* RowOfColors(const void* owner, int row, unsigned char* scratch) {
+  vxkrn::ReadRgba(*static_cast<const vx_bitmap*>(owner), row, scratch);
+  return scratch;
+}
+
+/// How bitmap goes into a PNG stream: rows as they are for opaque palettes, colours for all else.
+vxkrn::PngPicture PngOf(const vx_bitmap& bitmap) {
+  const _BITMAPHANDLE& record = bitmap.record;
+  const bool isTransparent = bitmap.hasAlpha || vxkrn::HasOutside(record);
+  const bool asIndices = record.BitsPerPixel <= 8 && !isTransparent;
+  return {record.Width,
+          record.Height,
+          record.XResolution,
+          record.YResolution,
+          asIndices ? record.BitsPerPixel : 0,
+          isTransparent,
+          record.Palette,
+          &bitmap,
+          asIndices ? RowOfIndices : RowOfColors,
+          nullptr};
+}
+
+}  // namespace
+
+int vx_bitmap_describe(const vx_bitmap* bitmap, vx_bitmap_info* info) {
+  vxkrn::BeginCall();
+  if (bitmap == nullptr || info == nullptr) {
+    return vxkrn::Fail(VX_BAD_PARAMETER, "the bitmap and the record to fill must be given");
+  }
+  const _BITMAPHANDLE& record = bitmap->record;
+  *info = {record.Width,
+           record.Height,
+           record.BitsPerPixel,
+           record.BytesPerLine,
+           record.ColorOrder,
+           record.XResolution,
+           record.YResolution,
+           record.ColorCount,
+           bitmap->hasAlpha ? 1 : 0,
+           record.Region != nullptr ? 1 : 0};
+  return VX_OK;
+}
+
+const uint8_t* vx_bitmap_row(const vx_bitmap* bitmap, int row) {
+  return HasRow(bitmap, row) ? vxkrn::StoredRow(bitmap->record, bitmap->Stored(row)) : nullptr;
+}
+
+const uint8_t* vx_bitmap_palette(const vx_bitmap* bitmap) {
+  return bitmap == nullptr || bitmap->record.Palette == nullptr ? nullptr : &bitmap->record.Palette->Blue;
+}
+
+int vx_bitmap_read_rgba(const vx_bitmap* bitmap, int row, uint8_t* rgba) {
+  vxkrn::BeginCall();
+  if (!HasRow(bitmap, row) || rgba == nullptr) {
+    return vxkrn::Fail(VX_BAD_PARAMETER, "row ", row, " was asked for; the bitmap has rows 0 to ",
+                       bitmap == nullptr ? -1 : bitmap->record.Height - 1);
+  }
+  vxkrn::ReadRgba(*bitmap, row, rgba);
+  return VX_OK;
+}
+
+int vx_bitmap_encode_png(const vx_bitmap* bitmap, uint8_t** png, size_t* size) {
+  return vxkrn::Guarded([&]() -> int {
+    if (png != nullptr) *png = nullptr;
+    if (size != nullptr) *size = 0;
+    if (bitmap == nullptr || png == nullptr || size == nullptr) {
+      return vxkrn::Fail(VX_BAD_PARAMETER, "the bitmap and the places for stream and size must be given");
+    }
+    vxkrn::PngPicture picture = PngOf(*bitmap);
+    const std::size_t rowBytes = static_cast<std::size_t>(picture.width) * sizeof(vxkrn::Rgba);
+    const vxkrn::memory::Bytes scratch =
+        vxkrn::memory::MakeBytes(picture.paletteDepth == 0 ? rowBytes : 0, {"kernel/Picture", __LINE__});
+    if (scratch == nullptr) return vxkrn::FailForMemory("a row of colours", rowBytes);
+    picture.scratch = scratch.get();
+    return vxkrn::EncodePng(picture, png, size);
+  });
+}
+
+void vx_bitmap_free(vx_bitmap* bitmap) {
+  if (bitmap != nullptr) vxkrn::memory::Release{}(bitmap);
+}

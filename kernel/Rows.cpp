@@ -1,0 +1,121 @@
+// One loop a depth, without branches a pixel. Must not look at anything but one row.
+#include "Rows.h"
+
+#include <cstring>
+
+namespace vxkrn {
+namespace {
+
+using Bytes = const unsigned char*;
+
+void Put(std::uint8_t* rgba, Rgba color) noexcept {
+  std::memcpy(rgba, &color, sizeof color);
+}
+
+template <int Depth>
+void ExpandIndices(Bytes row, int width, const Rgba* colors, std::uint8_t* rgba) noexcept {
+  constexpr int kPerByte = 8 / Depth;
+  constexpr unsigned int kLast = (1U << Depth) - 1;
+  const int whole = width / kPerByte;
+  for (int byte = 0; byte < whole; ++byte) {
+    const unsigned int indices = row[byte];
+    for (int i = 0; i < kPerByte; ++i, rgba += 4) {
+      Put(rgba, colors[(indices >> (8 - Depth - i * Depth)) & kLast]);
+    }
+  }
+  for (int i = 0; i < width % kPerByte; ++i, rgba += 4) {
+    Put(rgba, colors[(static_cast<unsigned int>(row[whole]) >> (8 - Depth - i * Depth)) & kLast]);
+  }
+}
+
+/// A channel of `Bits` bits as 8, rounded.
+template <unsigned int Bits>
+constexpr std::uint8_t Scale(unsigned int channel) noexcept {
+  constexpr unsigned int kLast = (1U << Bits) - 1;
+  return static_cast<std::uint8_t>((channel * 255 + kLast / 2) / kLast);
+}
+
+template <unsigned int GreenBits>
+void Expand16(Bytes row, int width, std::uint8_t* rgba) noexcept {
+  constexpr unsigned int kGreenLast = (1U << GreenBits) - 1;
+  for (int x = 0; x < width; ++x, row += 2, rgba += 4) {
+    const unsigned int pixel = row[0] | (static_cast<unsigned int>(row[1]) << 8);
+    rgba[0] = Scale<5>((pixel >> (5 + GreenBits)) & 31);
+    rgba[1] = Scale<GreenBits>((pixel >> 5) & kGreenLast);
+    rgba[2] = Scale<5>(pixel & 31);
+    rgba[3] = 255;
+  }
+}
+
+template <int Step>
+void ExpandColors(Bytes row, int width, std::uint8_t* rgba) noexcept {
+  for (int x = 0; x < width; ++x, row += Step, rgba += 4) {
+    rgba[0] = row[2];
+    rgba[1] = row[1];
+    rgba[2] = row[0];
+    rgba[3] = 255;
+  }
+}
+
+void ExpandWithAlpha(Bytes row, int width, std::uint8_t* rgba) noexcept {
+  for (int x = 0; x < width; ++x, row += 4, rgba += 4) {
+    rgba[0] = row[2];
+    rgba[1] = row[1];
+    rgba[2] = row[0];
+    rgba[3] = row[3];
+  }
+}
+
+void ApplyRegion(Bytes inside, int width, std::uint8_t* rgba) noexcept {
+  for (int x = 0; x < width; ++x) {
+    const unsigned int bit = (static_cast<unsigned int>(inside[x / 8]) >> (7 - x % 8)) & 1;
+    rgba[4 * static_cast<std::ptrdiff_t>(x) + 3] = static_cast<std::uint8_t>(bit * 255);
+  }
+}
+
+void Expand(const vx_bitmap& bitmap, Bytes row, std::uint8_t* rgba) noexcept {
+  const int width = bitmap.record.Width;
+  switch (bitmap.record.BitsPerPixel) {
+    case 1: ExpandIndices<1>(row, width, bitmap.colors.data(), rgba); break;
+    case 4: ExpandIndices<4>(row, width, bitmap.colors.data(), rgba); break;
+    case 8: ExpandIndices<8>(row, width, bitmap.colors.data(), rgba); break;
+    case 16:
+      if (bitmap.record.ColorOrder == ORDER_565) {
+        Expand16<6>(row, width, rgba);
+      } else {
+        Expand16<5>(row, width, rgba);
+      }
+      break;
+    case 24: ExpandColors<3>(row, width, rgba); break;
+    default:
+      if (bitmap.hasAlpha) {
+        ExpandWithAlpha(row, width, rgba);
+      } else {
+        ExpandColors<4>(row, width, rgba);
+      }
+      break;
+  }
+}
+
+}  // namespace
+
+void ReadRgba(const vx_bitmap& bitmap, int row, std::uint8_t* rgba) noexcept {
+  const int stored = bitmap.Stored(row);
+  Expand(bitmap, StoredRow(bitmap.record, stored), rgba);
+  const unsigned char* inside = StoredRegionRow(bitmap.record, stored);
+  if (inside != nullptr && !bitmap.hasAlpha) ApplyRegion(inside, bitmap.record.Width, rgba);
+}
+
+void ConvertRow16(unsigned char* row, int width, int order) noexcept {
+  for (int x = 0; x < width; ++x, row += 2) {
+    const unsigned int pixel = row[0] | (static_cast<unsigned int>(row[1]) << 8);
+    const unsigned int blue = pixel & 31;
+    // The green channel's sixth bit repeats its highest, so that white stays white.
+    const unsigned int converted = order == ORDER_565 ? ((pixel & 0x7FE0) << 1) | ((pixel >> 4) & 0x20) | blue
+                                                      : ((pixel >> 1) & 0x7FE0) | blue;
+    row[0] = static_cast<unsigned char>(converted);
+    row[1] = static_cast<unsigned char>(converted >> 8);
+  }
+}
+
+}  // namespace vxkrn

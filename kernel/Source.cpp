@@ -1,0 +1,120 @@
+// Opens and closes sources, and lends them to the filter as files. Must not read pictures.
+#include "Source.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "Errors.h"
+#include "OpenFile.h"
+
+namespace {
+
+vx_source* SourceOf(void* user) {
+  return static_cast<vx_source*>(user);
+}
+
+void* OpenView(void* user, const char* /*name*/, int flags) {
+  return flags == VX_OPEN_READ ? user : nullptr;
+}
+
+int64_t ReadView(void* user, void* /*file*/, void* buffer, uint32_t count, uint64_t position) {
+  const vx_source* source = SourceOf(user);
+  return source->backend.functions.read_at(source->backend.user, source->file, buffer, count, position);
+}
+
+int64_t SizeOfView(void* user, void* /*file*/) {
+  return SourceOf(user)->Size();
+}
+
+int CloseView(void* /*user*/, void* /*file*/) {
+  return 0;
+}
+
+constexpr const char* kMemoryName = "memory";
+
+/// A source with a copy of its name but no file yet; null without memory.
+vxkrn::memory::Owned<vx_source> NewSource(const char* name) {
+  auto source = vxkrn::memory::Make<vx_source>({"kernel/Source", __LINE__});
+  if (source == nullptr) return source;
+  const std::size_t size = std::strlen(name) + 1;
+  source->name.reset(
+      static_cast<std::uint8_t*>(vxkrn::memory::AllocateRecord(size, {"kernel/Source", __LINE__})));
+  if (source->name == nullptr) return nullptr;
+  std::memcpy(source->name.get(), name, size);
+  return source;
+}
+
+const char* WhyNot(int error) {
+  return error == 0 ? "the file functions refused it" : std::strerror(error);
+}
+
+}  // namespace
+
+vx_source::vx_source() noexcept : backend{}, file(nullptr), memory{} {}
+
+vx_source::~vx_source() {
+  if (file != nullptr) (void)backend.functions.close(backend.user, file);
+}
+
+const char* vx_source::Name() const noexcept {
+  const void* text = name.get();
+  return static_cast<const char*>(text);
+}
+
+std::int64_t vx_source::Size() const noexcept {
+  return backend.functions.size(backend.user, file);
+}
+
+std::uint32_t vx_source::Peek(void* buffer, std::uint32_t count, std::uint64_t offset) const noexcept {
+  vxkrn::OpenFile reader(backend, file, false);
+  if (!reader.MoveTo(static_cast<std::int64_t>(offset))) return 0;
+  const int got = reader.Read(static_cast<std::uint8_t*>(buffer), count);
+  return got < 0 ? 0 : static_cast<std::uint32_t>(got);
+}
+
+vxkrn::Backend vx_source::View() noexcept {
+  return {{OpenView, ReadView, nullptr, SizeOfView, nullptr, CloseView}, this};
+}
+
+int vx_open_file(const char* path, vx_source** source) {
+  return vxkrn::Guarded([&]() -> int {
+    if (source != nullptr) *source = nullptr;
+    if (path == nullptr || source == nullptr) {
+      return vxkrn::Fail(VX_BAD_PARAMETER, "the path and the place for the source must be given");
+    }
+    auto opened = NewSource(path);
+    if (opened == nullptr) return vxkrn::FailForMemory("opening a file", sizeof(vx_source));
+    opened->backend = vxkrn::InstalledBackend();
+    errno = 0;
+    opened->file = opened->backend.functions.open(opened->backend.user, path, VX_OPEN_READ);
+    if (opened->file == nullptr) {
+      return vxkrn::Fail(VX_OPEN_ERROR, path, " cannot be opened: ", WhyNot(errno));
+    }
+    *source = opened.release();
+    return VX_OK;
+  });
+}
+
+int vx_open_memory(const void* bytes, size_t size, const char* name, vx_source** source) {
+  return vxkrn::Guarded([&]() -> int {
+    if (source != nullptr) *source = nullptr;
+    if ((bytes == nullptr && size > 0) || source == nullptr) {
+      return vxkrn::Fail(VX_BAD_PARAMETER, "the bytes and the place for the source must be given");
+    }
+    if (size > vxkrn::kLastPosition) {
+      return vxkrn::Fail(VX_BAD_PARAMETER, "the block has ", size, " bytes; at most ", vxkrn::kLastPosition,
+                         " can be read");
+    }
+    auto opened = NewSource(name == nullptr ? kMemoryName : name);
+    if (opened == nullptr) return vxkrn::FailForMemory("opening a block of memory", sizeof(vx_source));
+    opened->memory = {static_cast<const unsigned char*>(bytes), size};
+    opened->backend = vxkrn::MemoryBackend(&opened->memory);
+    opened->file = &opened->memory;
+    *source = opened.release();
+    return VX_OK;
+  });
+}
+
+void vx_close(vx_source* source) {
+  if (source != nullptr) vxkrn::memory::Release{}(source);
+}

@@ -1,0 +1,26 @@
+// An open source of images: a file or block of memory that stays the same one until it is closed. A filter
+// that opens "the file" by name gets this very source, whatever has become of the name.
+#pragma once
+
+#include "Backend.h"
+#include "Memory.h"
+
+struct vx_source {
+  vxkrn::Backend backend;     ///< what the file came from
+  void* file;                 ///< the backend's file
+  vxkrn::MemoryFile memory;   ///< behind backend, for sources in memory
+  vxkrn::memory::Bytes name;  ///< for messages, NUL-terminated
+
+  vx_source() noexcept;
+  ~vx_source();
+  vx_source(const vx_source&) = delete;
+  vx_source& operator=(const vx_source&) = delete;
+
+  [[nodiscard]] const char* Name() const noexcept;
+  /// Bytes, or below 0 when that cannot be told.
+  [[nodiscard]] std::int64_t Size() const noexcept;
+  /// Reads up to count bytes at offset, as many as there are. @return how many.
+  std::uint32_t Peek(void* buffer, std::uint32_t count, std::uint64_t offset) const noexcept;
+  /// A backend that opens this source, for reading, under any name. The source must outlive it.
+  [[nodiscard]] vxkrn::Backend View() noexcept;
+};
