@@ -1,0 +1,47 @@
+// The table of commands.
+#include "Command.h"
+
+namespace cli {
+namespace {
+
+constexpr Command kCommands[] = {
+    {"info", "say what is in bitmap, icon and cursor files",
+     R"(One line a page: its kind, size in pixels, bits a pixel, coding, the order its rows
+are stored in, the order of its colours, and dots per inch. A file named - is standard
+input. Files that cannot be read are named on standard error; the others are still listed.
+
+Examples:
+  vxbmp info *.bmp
+  vxbmp info app.ico --page 3
+  vxbmp info --json icons/*.ico | jq -r 'select(.width >= 48) | .file'
+)",
+     DeclareInfo},
+    {"convert", "turn a page, or headerless pixel data, into a PNG file",
+     R"(The PNG file appears whole or not at all. Masks and alpha of icons and cursors become
+transparency. IN may be - for standard input, OUT may be - for standard output.
+
+Headerless data: the coding is rle4, rle8 or bitfields; without one it is uncompressed.
+--palette names a file of 4 bytes a colour (blue, green, red, 0), or one of 768 or 772
+bytes with 3 bytes a colour (red, green, blue), for pixels of up to 8 bits; without it
+they take the library's fixed colours. --masks are three numbers, decimal or 0x
+hexadecimal, for pixels of 16 bits; without them these are 5-5-5.
+
+Examples:
+  vxbmp convert photo.bmp photo.png
+  vxbmp convert app.ico large.png --page 4
+  vxbmp convert survey.bmp strip.png --band 2000:500
+  vxbmp convert damaged.bmp rescued.png --allow-truncated
+  unzip -p icons.zip app.ico | vxbmp convert - app.png
+  vxbmp convert dump.bin out.png --raw 640x480x16:bitfields \
+      --masks 0xF800,0x07E0,0x001F --offset 512 --top-down
+)",
+     DeclareConvert},
+};
+
+}  // namespace
+
+std::span<const Command> AllCommands() {
+  return kCommands;
+}
+
+}  // namespace cli

@@ -1,0 +1,98 @@
+// vxbmp convert: one page, a band of it, or headerless data, into a PNG file.
+#include <fmt/format.h>
+
+#include <charconv>
+#include <memory>
+#include <string>
+
+#include "Command.h"
+#include "Input.h"
+#include "Output.h"
+#include "RawArguments.h"
+#include "Report.h"
+#include "Text.h"
+
+namespace cli {
+namespace {
+
+struct ConvertArguments {
+  std::string in;
+  std::string out;
+  int page = 1;
+  bool pageGiven = false;
+  bool allowTruncated = false;
+  std::string band;
+  RawArguments raw;
+};
+
+/// FIRST:COUNT, both whole numbers; rows count from 0.
+void ParseBand(const std::string& band, vx_load_options& options) {
+  const char* end = band.data() + band.size();
+  const auto [colon, error] = std::from_chars(band.data(), end, options.band_first);
+  if (error == std::errc() && colon != end && *colon == ':') {
+    const auto [stop, countError] = std::from_chars(colon + 1, end, options.band_count);
+    if (countError == std::errc() && stop == end && options.band_first >= 0 && options.band_count >= 1)
+      return;
+  }
+  throw UsageError(
+      fmt::format("--band {}: FIRST:COUNT is needed, such as 0:100 for the top 100 rows", Printable(band)));
+}
+
+vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescription* raw) {
+  vx::LoadOptions options;
+  options.page = arguments.page;
+  options.allow_truncated = arguments.allowTruncated ? 1 : 0;
+  if (!arguments.band.empty()) ParseBand(arguments.band, options);
+  if (raw != nullptr) options.raw = &raw->Get();
+  return options;
+}
+
+/// People who forget that an icon has several pages get the first; where they watch, they are told.
+void RemarkOnOtherPages(vx::Source& source, const ConvertArguments& arguments) {
+  if (arguments.pageGiven) return;
+  const int pages = source.Describe(1).page_count;
+  if (pages < 2) return;
+  Remark(fmt::format("{}: page 1 of {}; --page N takes another", Printable(InputName(arguments.in.c_str())),
+                     pages));
+}
+
+ExitCode Convert(const ConvertArguments& arguments) {
+  const std::unique_ptr<RawDescription> raw = arguments.raw.Describe();
+  const vx::LoadOptions options = OptionsFor(arguments, raw.get());
+  RefuseTerminal(arguments.out.c_str());
+  const std::string name = InputName(arguments.in.c_str());
+  try {
+    Input input(arguments.in.c_str());
+    const vx::Buffer png = input.Source().Load(options).EncodePng();
+    WriteWhole(arguments.out.c_str(), png.Bytes());
+    if (raw == nullptr) RemarkOnOtherPages(input.Source(), arguments);
+  } catch (const vx::Error& error) {
+    ReportFailure(error, {.file = name,
+                          .isLoading = true,
+                          .allowTruncated = arguments.allowTruncated,
+                          .isRaw = raw != nullptr});
+    return kExitFailed;
+  }
+  return kExitOk;
+}
+
+}  // namespace
+
+Action DeclareConvert(CLI::App& command) {
+  auto arguments = std::make_shared<ConvertArguments>();
+  command.add_option("IN", arguments->in, "file to read; - is standard input")->required();
+  command.add_option("OUT.png", arguments->out, "file to write; - is standard output")->required();
+  CLI::Option* page = command.add_option("--page", arguments->page, "page of an icon or cursor, from 1")
+                          ->type_name("N")
+                          ->check(CLI::PositiveNumber);
+  command.add_flag("--allow-truncated", arguments->allowTruncated, "take what is there of a file cut short");
+  command.add_option("--band", arguments->band, "convert COUNT rows only, from row FIRST; the top row is 0")
+      ->type_name("FIRST:COUNT");
+  arguments->raw.Declare(command)->excludes(page);
+  return [arguments, page] {
+    arguments->pageGiven = page->count() > 0;
+    return Convert(*arguments);
+  };
+}
+
+}  // namespace cli

@@ -1,0 +1,29 @@
+// Wording of the failures that concern files of the system.
+#include "Errors.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "Text.h"
+
+namespace cli {
+
+FileError::FileError(std::string_view fileName, std::string_view problem)
+    : std::runtime_error(fmt::format("{}: {}", Printable(fileName), problem)) {}
+
+FileError FileError::FromErrno(std::string_view fileName, std::string_view what) {
+  const std::error_code code(errno, std::generic_category());
+  return {fileName, fmt::format("{}: {}", what, code.message())};
+}
+
+std::string ProblemOf(const vx::Error& error) {
+  // The library's own record of the detail may be gone: closing the source was a call as well.
+  const std::string_view text = error.what();
+  const std::string prefix = fmt::format("{}: ", vx_status_name(error.status()));
+  if (text.starts_with(prefix)) return std::string(text.substr(prefix.size()));
+  return vx_status_text(error.status());
+}
+
+}  // namespace cli

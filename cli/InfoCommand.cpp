@@ -1,0 +1,223 @@
+// vxbmp info: what is in the files, a line a page, as a table or as JSON.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "Command.h"
+#include "Facts.h"
+#include "Input.h"
+#include "Output.h"
+#include "Report.h"
+#include "Text.h"
+
+namespace cli {
+namespace {
+
+constexpr std::string_view kAllPages = "all";
+
+struct InfoArguments {
+  std::vector<std::string> files;
+  std::string page{kAllPages};
+  bool json = false;
+};
+
+/// Where the facts go.
+class Listing {
+ public:
+  Listing() = default;
+  Listing(const Listing&) = delete;
+  Listing& operator=(const Listing&) = delete;
+  virtual ~Listing() = default;
+
+  virtual void Add(const std::string& file, const vx_info& info) = 0;
+  virtual void AddFailure(const std::string& file, int page, int status, const std::string& message) = 0;
+  virtual void Finish() = 0;
+};
+
+/// Columns can only be aligned once all is known, so nothing is printed before the end.
+class Table final : public Listing {
+ public:
+  void Add(const std::string& file, const vx_info& info) override {
+    rows_.push_back({Printable(file), fmt::format("{}/{}", info.page, info.page_count),
+                     vx_format_name(info.format), SizeText(info), fmt::to_string(info.bits_per_pixel),
+                     CompressionText(info), OrientationText(info), ColorOrderText(info),
+                     ResolutionText(info)});
+  }
+
+  void AddFailure(const std::string& /*file*/, int /*page*/, int /*status*/,
+                  const std::string& /*message*/) override {}
+
+  void Finish() override {
+    if (rows_.empty()) return;
+    rows_.insert(rows_.begin(), {"FILE", "PAGE", "KIND", "SIZE", "BITS", "CODING", "ROWS", "COLOURS", "DPI"});
+    Row text;
+    std::array<size_t, kColumns> widths{};
+    for (const Row& row : rows_) {
+      for (size_t i = 0; i < kColumns; ++i) widths[i] = std::max(widths[i], DisplayWidth(row[i]));
+    }
+    std::string table;
+    for (const Row& row : rows_) table += Line(row, widths);
+    PrintToStandardOutput(table);
+  }
+
+ private:
+  static constexpr size_t kColumns = 9;
+  using Row = std::array<std::string, kColumns>;
+
+  static std::string Line(const Row& row, const std::array<size_t, kColumns>& widths) {
+    std::string line;
+    for (size_t i = 0; i + 1 < kColumns; ++i) line += PadRight(row[i], widths[i] + 2);
+    return line + row.back() + "\n";
+  }
+
+  std::vector<Row> rows_;
+};
+
+class JsonLines final : public Listing {
+ public:
+  void Add(const std::string& file, const vx_info& info) override {
+    Print({{"file", file},
+           {"page", info.page},
+           {"pages", info.page_count},
+           {"kind", vx_format_name(info.format)},
+           {"format", info.format},
+           {"width", info.width},
+           {"height", info.height},
+           {"bits_per_pixel", info.bits_per_pixel},
+           {"compression", CompressionText(info)},
+           {"orientation", OrientationText(info)},
+           {"color_order", ColorOrderText(info)},
+           {"x_dpi", info.x_dpi},
+           {"y_dpi", info.y_dpi},
+           {"data_size", info.data_size}});
+  }
+
+  void AddFailure(const std::string& file, int page, int status, const std::string& message) override {
+    Json line{{"file", file}};
+    if (page > 0) line["page"] = page;
+    line["error"] = vx_status_name(status);
+    line["status"] = status;
+    line["message"] = message;
+    Print(line);
+  }
+
+  void Finish() override {}
+
+ private:
+  using Json = nlohmann::ordered_json;
+
+  /// Names need not be UTF-8, JSON has to be.
+  static void Print(const Json& line) {
+    PrintToStandardOutput(line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+  }
+};
+
+class InfoCommand {
+ public:
+  explicit InfoCommand(const InfoArguments& arguments)
+      : page_(ParsePage(arguments.page)), files_(arguments.files) {
+    if (arguments.json) {
+      listing_ = std::make_unique<JsonLines>();
+    } else {
+      listing_ = std::make_unique<Table>();
+    }
+  }
+
+  ExitCode Run() {
+    for (const std::string& file : files_) ListFile(file);
+    listing_->Finish();
+    return exitCode_;
+  }
+
+ private:
+  static constexpr int kAll = 0;
+
+  static int ParsePage(const std::string& page) {
+    if (page == kAllPages) return kAll;
+    int number = 0;
+    if (!CLI::detail::lexical_cast(page, number) || number < 1) {
+      throw UsageError(fmt::format("--page {}: a number from 1, or all, is needed", Printable(page)));
+    }
+    return number;
+  }
+
+  void ListFile(const std::string& file) try {
+    Input input(file.c_str());
+    if (page_ != kAll) {
+      ListPage(file, input.Source(), page_);
+    } else {
+      ListAllPages(file, input.Source());
+    }
+  } catch (const vx::Error& error) {
+    Fail(error, file, kAll);
+  } catch (const FileError& error) {
+    ReportMessage(error.what());
+    listing_->AddFailure(file, 0, VX_OPEN_ERROR, error.what());
+    exitCode_ = kExitFailed;
+  }
+
+  bool ListPage(const std::string& file, vx::Source& source, int page) try {
+    listing_->Add(file, source.Describe(page));
+    return true;
+  } catch (const vx::Error& error) {
+    Fail(error, file, page);
+    return false;
+  }
+
+  /// A hostile directory may announce 65535 pages of nothing: after a few failures the rest is only counted.
+  void ListAllPages(const std::string& file, vx::Source& source) {
+    constexpr int kFailuresShown = 3;
+    const int pages = CountPages(source);
+    int failures = 0;
+    for (int page = 1; page <= pages; ++page) {
+      if (!ListPage(file, source, page)) ++failures;
+      if (failures == kFailuresShown && page < pages) {
+        ReportMessage(
+            fmt::format("{}: left alone after {} bad pages of {}", Printable(file), failures, pages));
+        return;
+      }
+    }
+  }
+
+  /// Every good page knows how many there are, so one that can be read is looked for. A file without any
+  /// counts as one page, whose failure then speaks for the file.
+  static int CountPages(vx::Source& source) {
+    constexpr int kPagesTried = 4;
+    for (int page = 1; page <= kPagesTried; ++page) {
+      try {
+        return source.Describe(page).page_count;
+      } catch (const vx::Error& error) {
+        if (error.status() == VX_BAD_PAGE) return std::max(page - 1, 1);
+      }
+    }
+    return 1;
+  }
+
+  void Fail(const vx::Error& error, const std::string& file, int page) {
+    ReportFailure(error, {.file = InputName(file.c_str())});
+    listing_->AddFailure(file, page, error.status(), ProblemOf(error));
+    exitCode_ = kExitFailed;
+  }
+
+  int page_;
+  const std::vector<std::string>& files_;
+  std::unique_ptr<Listing> listing_;
+  ExitCode exitCode_ = kExitOk;
+};
+
+}  // namespace
+
+Action DeclareInfo(CLI::App& command) {
+  auto arguments = std::make_shared<InfoArguments>();
+  command.add_option("FILE", arguments->files, "files to look into; - is standard input")->required();
+  command.add_option("--page", arguments->page, "show this page only, instead of all")->type_name("N|all");
+  command.add_flag("--json", arguments->json, "print one JSON object a line, for scripts");
+  return [arguments] { return InfoCommand(*arguments).Run(); };
+}
+
+}  // namespace cli

@@ -1,0 +1,149 @@
+// Reading WxHxBITS, masks and palette files. What the numbers lead to is the library's business; here they
+// only have to be numbers of the right kind.
+#include "RawArguments.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <climits>
+#include <optional>
+#include <string_view>
+
+#include "Errors.h"
+#include "Input.h"
+#include "Text.h"
+
+namespace cli {
+namespace {
+
+struct Coding {
+  std::string_view name;
+  int format;
+};
+
+constexpr Coding kCodings[] = {{"", VX_FORMAT_RAW},
+                               {"rle4", VX_FORMAT_RAW_RLE4},
+                               {"rle8", VX_FORMAT_RAW_RLE8},
+                               {"bitfields", VX_FORMAT_RAW_BITFIELDS}};
+constexpr int kDepths[] = {1, 4, 8, 16, 24, 32};
+
+constexpr size_t kMaxEntries = 256;
+constexpr size_t kEntrySize = 4;
+// Colour tables of 3 bytes an entry, red first; the longer kind ends with a count and an index.
+constexpr size_t kTripletFileSizes[] = {768, 772};
+
+/// @return what stands before the first `separator`, which is taken off `rest` together with it.
+std::string_view TakeUntil(std::string_view& rest, char separator) {
+  const size_t end = std::min(rest.find(separator), rest.size());
+  const std::string_view taken = rest.substr(0, end);
+  rest.remove_prefix(std::min(end + 1, rest.size()));
+  return taken;
+}
+
+/// Decimal, or hexadecimal after 0x.
+std::optional<uint32_t> ParseNumber(std::string_view text) {
+  const bool isHex = text.starts_with("0x") || text.starts_with("0X");
+  if (isHex) text.remove_prefix(2);
+  uint32_t value = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value, isHex ? 16 : 10);
+  return !text.empty() && error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
+}
+
+int ParseSide(std::string_view text, std::string_view shape) {
+  const std::optional<uint32_t> number = ParseNumber(text);
+  if (number && *number >= 1 && *number <= INT_MAX) return static_cast<int>(*number);
+  throw UsageError(
+      fmt::format("--raw {}: WIDTHxHEIGHTxBITS[:CODING] is needed, such as 640x480x24", Printable(shape)));
+}
+
+int ParseCoding(std::string_view name, std::string_view shape) {
+  const auto* coding = std::find_if(std::begin(kCodings), std::end(kCodings),
+                                    [&](const Coding& each) { return each.name == name; });
+  if (coding != std::end(kCodings)) return coding->format;
+  throw UsageError(fmt::format("--raw {}: the coding is one of rle4, rle8 and bitfields", Printable(shape)));
+}
+
+void ParseShape(std::string_view shape, vx_raw& raw) {
+  std::string_view coding = shape;
+  std::string_view sides = TakeUntil(coding, ':');
+  raw.format = ParseCoding(coding, shape);
+  raw.width = ParseSide(TakeUntil(sides, 'x'), shape);
+  raw.height = ParseSide(TakeUntil(sides, 'x'), shape);
+  raw.bits_per_pixel = ParseSide(sides, shape);
+  if (std::find(std::begin(kDepths), std::end(kDepths), raw.bits_per_pixel) == std::end(kDepths)) {
+    throw UsageError(fmt::format("--raw {}: pixels have 1, 4, 8, 16, 24 or 32 bits", Printable(shape)));
+  }
+}
+
+void ParseMasks(std::string_view masks, vx_raw& raw) {
+  if (raw.bits_per_pixel != 16) throw UsageError("--masks is for pixels of 16 bits");
+  std::string_view rest = masks;
+  raw.has_masks = 1;
+  for (uint32_t* mask : {&raw.red_mask, &raw.green_mask, &raw.blue_mask}) {
+    const std::optional<uint32_t> number = ParseNumber(TakeUntil(rest, ','));
+    if (!number || *number > 0xFFFF) {
+      throw UsageError(fmt::format("--masks {}: three masks of 16 bits are needed, such as 0xF800,0x7E0,0x1F",
+                                   Printable(masks)));
+    }
+    *mask = *number;
+  }
+  if (!rest.empty()) throw UsageError(fmt::format("--masks {}: three masks are enough", Printable(masks)));
+}
+
+std::vector<uint8_t> FromTriplets(const std::vector<uint8_t>& file) {
+  std::vector<uint8_t> palette;
+  for (size_t i = 0; i < kMaxEntries; ++i) {
+    const uint8_t* entry = file.data() + i * 3;
+    palette.insert(palette.end(), {entry[2], entry[1], entry[0], 0});
+  }
+  return palette;
+}
+
+std::vector<uint8_t> ReadPalette(const std::string& path) {
+  std::vector<uint8_t> file = ReadWhole(path.c_str(), kMaxEntries * kEntrySize);
+  const bool isTriplets = std::find(std::begin(kTripletFileSizes), std::end(kTripletFileSizes),
+                                    file.size()) != std::end(kTripletFileSizes);
+  if (isTriplets) return FromTriplets(file);
+  if (!file.empty() && file.size() % kEntrySize == 0) return file;
+  throw FileError(path, fmt::format("not a palette: {}, not 4 an entry for 1 to 256 entries, nor 768 or 772",
+                                    ByteCount(file.size())));
+}
+
+}  // namespace
+
+CLI::Option* RawArguments::Declare(CLI::App& command) {
+  CLI::Option* raw = command.add_option("--raw", shape_, "read headerless pixel data of this size and depth")
+                         ->type_name("WxHxBITS[:CODING]");
+  command.add_option("--offset", offset_, "headerless data: byte at which the pixels begin")
+      ->type_name("BYTES")
+      ->check(CLI::Range(0U, static_cast<uint32_t>(INT_MAX)))
+      ->needs(raw);
+  command.add_option("--palette", palettePath_, "headerless data: file of its colours")
+      ->type_name("FILE")
+      ->needs(raw);
+  command.add_option("--masks", masks_, "headerless data: bits that hold red, green and blue")
+      ->type_name("R,G,B")
+      ->needs(raw);
+  command.add_flag("--top-down", topDown_, "headerless data: its first row is the top one")->needs(raw);
+  return raw;
+}
+
+std::unique_ptr<RawDescription> RawArguments::Describe(const std::filesystem::path& folder) const {
+  if (shape_.empty()) return nullptr;
+  auto description = std::make_unique<RawDescription>();
+  vx_raw& raw = description->raw_;
+  ParseShape(shape_, raw);
+  raw.offset = offset_;
+  raw.orientation = topDown_ ? VX_TOP_DOWN : VX_BOTTOM_UP;
+  if (!masks_.empty()) ParseMasks(masks_, raw);
+  if (!palettePath_.empty()) {
+    description->palette_ = ReadPalette((folder / palettePath_).string());
+    raw.palette = description->palette_.data();
+    raw.palette_count = static_cast<int>(description->palette_.size() / kEntrySize);
+  }
+  return description;
+}
+
+}  // namespace cli

@@ -1,0 +1,45 @@
+// The arguments that describe headerless pixel data, and the description made of them.
+#pragma once
+
+#include <vx/vx.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace cli {
+
+/// A description of headerless data that owns its palette.
+class RawDescription {
+ public:
+  const vx_raw& Get() const { return raw_; }
+
+ private:
+  friend class RawArguments;
+  vx_raw raw_{};
+  std::vector<uint8_t> palette_;
+};
+
+class RawArguments {
+ public:
+  /// Adds the options to a command. The object must stay where it is until the arguments are parsed.
+  /// @return the option that stands for all of them, --raw.
+  CLI::Option* Declare(CLI::App& command);
+
+  /// @param folder where a palette file with a relative name is looked for
+  /// @return null when --raw was not given.
+  /// @throws UsageError where the values make no sense, FileError where the palette cannot be read.
+  std::unique_ptr<RawDescription> Describe(const std::filesystem::path& folder = {}) const;
+
+ private:
+  std::string shape_;
+  uint32_t offset_ = 0;
+  std::string palettePath_;
+  std::string masks_;
+  bool topDown_ = false;
+};
+
+}  // namespace cli
