@@ -7,19 +7,34 @@
 namespace vxkrn {
 namespace {
 
-struct Start {
-  unsigned char bytes[2];
-  std::uint32_t count;
+/// What a file begins with.
+class Start {
+ public:
+  explicit Start(const vx_source& source) noexcept : count_(source.Peek(bytes_, sizeof bytes_, 0)) {}
 
-  [[nodiscard]] bool Is(unsigned char first, unsigned char second) const {
-    return count == 2 && bytes[0] == first && bytes[1] == second;
+  [[nodiscard]] bool Is(unsigned char first, unsigned char second) const noexcept {
+    return count_ == 2 && bytes_[0] == first && bytes_[1] == second;
   }
+  /// Where a bitmap file has its image header; 0 for other files.
+  [[nodiscard]] std::uint64_t HeaderOffset() const noexcept {
+    if (Is('B', 'M')) return 14;
+    return Is('B', 'A') ? 28 : 0;
+  }
+  [[nodiscard]] std::uint32_t Count() const noexcept { return count_; }
+  [[nodiscard]] unsigned char operator[](std::size_t i) const noexcept { return bytes_[i]; }
+
+ private:
+  unsigned char bytes_[2] = {};
+  std::uint32_t count_;
 };
 
-Start StartOf(const vx_source& source) {
-  Start start = {};
-  start.count = source.Peek(start.bytes, sizeof start.bytes, 0);
-  return start;
+/// The little-endian number of `count` bytes at offset; bytes beyond the end count as 0.
+std::uint32_t NumberAt(const vx_source& source, std::uint64_t offset, std::uint32_t count) {
+  unsigned char bytes[4] = {};
+  (void)source.Peek(bytes, count, offset);
+  std::uint32_t number = 0;
+  for (std::uint32_t i = count; i-- > 0;) number = number << 8 | bytes[i];
+  return number;
 }
 
 std::string_view Hexadecimal(unsigned char byte, char (&text)[3]) {
@@ -45,35 +60,42 @@ void ExplainShortRead(const vx_source& source, const ReadTrace& trace) {
   }
 }
 
+void ExplainBitmapHeader(const vx_source& source, std::uint64_t header) {
+  const std::uint32_t length = NumberAt(source, header, 4);
+  if (source.Size() < static_cast<std::int64_t>(header + length)) {
+    Fail(STATUS_BAD_FORMAT, "its image header is said to have ", length, " bytes at byte ", header,
+         ", but the file ends after ", source.Size(), " bytes");
+    return;
+  }
+  const bool isCore = length == 12;
+  const std::uint32_t depth = NumberAt(source, header + (isCore ? 10 : 14), 2);
+  Fail(STATUS_BAD_FORMAT, "no reader takes its image header (", length, " bytes at byte ", header, ": ",
+       depth, " bits per pixel");
+  if (!isCore && length >= 20) Detail() << ", compression " << NumberAt(source, header + 16, 4);
+  Detail() << ") or the colour masks after it";
+}
+
 void ExplainBadFormat(const vx_source& source, const ReadTrace& trace) {
-  const Start start = StartOf(source);
+  const Start start(source);
   char first[3];
   char second[3];
-  if (start.count < 2) {
-    Fail(STATUS_BAD_FORMAT, "the file has ", start.count, " bytes, too few for any picture");
-  } else if (!start.Is('B', 'M') && !start.Is('B', 'A') && !start.Is(0, 0)) {
-    Fail(STATUS_BAD_FORMAT, "it begins with the bytes ", Hexadecimal(start.bytes[0], first), " ",
-         Hexadecimal(start.bytes[1], second),
-         "; bitmaps begin with 42 4D or 42 41, icons and cursors with 00 00");
-  } else if (trace.got < trace.asked) {
-    Fail(STATUS_BAD_FORMAT, "a header at byte ", trace.offset,
-         " is cut off or holds impossible values: the file has ", source.Size(), " bytes");
+  if (start.Count() < 2) {
+    Fail(STATUS_BAD_FORMAT, "the file has ", start.Count(), " bytes, too few for any picture");
+  } else if (start.HeaderOffset() == 0 && !start.Is(0, 0)) {
+    Fail(STATUS_BAD_FORMAT, "it begins with the bytes ", Hexadecimal(start[0], first), " ",
+         Hexadecimal(start[1], second), "; bitmaps begin with 42 4D or 42 41, icons and cursors with 00 00");
+  } else if (start.HeaderOffset() != 0) {
+    ExplainBitmapHeader(source, start.HeaderOffset());
   } else {
-    Fail(STATUS_BAD_FORMAT, "a header before byte ", trace.offset + trace.got,
-         " holds a value that no reader takes, such as a depth other than 1, 4, 8, 16, 24 or 32");
+    Fail(STATUS_BAD_FORMAT, "no reader takes its directory (type ", NumberAt(source, 2, 2), ", ",
+         NumberAt(source, 4, 2), " pages) or the page's header, read up to byte ", trace.offset + trace.got);
   }
 }
 
 void ExplainHeaderLength(const vx_source& source, const ReadTrace& trace) {
-  const Start start = StartOf(source);
-  std::uint64_t offset = trace.offset;
-  if (start.Is('B', 'M')) offset = 14;
-  if (start.Is('B', 'A')) offset = 28;
-  unsigned char bytes[4] = {};
-  (void)source.Peek(bytes, sizeof bytes, offset);
-  std::uint32_t length = 0;
-  for (int i = 3; i >= 0; --i) length = length << 8 | bytes[i];
-  Fail(STATUS_FAILURE, "the image header at byte ", offset, " says it is ", length,
+  const std::uint64_t bitmapHeader = Start(source).HeaderOffset();
+  const std::uint64_t offset = bitmapHeader != 0 ? bitmapHeader : trace.offset;
+  Fail(STATUS_FAILURE, "the image header at byte ", offset, " says it is ", NumberAt(source, offset, 4),
        " bytes long, a length that no reader knows");
 }
 

@@ -69,7 +69,6 @@ void WriteHeader(PngSession& session, const PngPicture& picture) {
 void WritePicture(PngSession& session, void* argument) {
   const auto& picture = *static_cast<const PngPicture*>(argument);
   png_structp png = session.Png();
-  png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
   WriteHeader(session, picture);
   if (picture.paletteDepth == 0 && !picture.hasAlpha) png_set_filler(png, 0, PNG_FILLER_AFTER);
   for (int row = 0; row < picture.height; ++row) {

@@ -24,7 +24,6 @@ PngSession::PngSession(Direction direction) noexcept : direction_(direction) {
                                                                    OnWarning, this, OnAllocate, OnFree);
   if (png_ == nullptr) return;
   info_ = png_create_info_struct(png_);
-  if (info_ != nullptr && direction == Direction::kRead) SetReadLimits();
 }
 
 PngSession::~PngSession() {
@@ -35,7 +34,13 @@ PngSession::~PngSession() {
   }
 }
 
-void PngSession::SetReadLimits() noexcept {
+void PngSession::SetLimits() {
+  if (hasLimits_) return;
+  hasLimits_ = true;
+  if (direction_ == Direction::kWrite) {
+    png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+    return;
+  }
   png_set_user_limits(png_, kMaxSide, kMaxSide);
   png_set_chunk_malloc_max(png_, kLargestChunk);
   png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, kIgnoredChunks, kIgnoredChunkCount);
@@ -44,6 +49,7 @@ void PngSession::SetReadLimits() noexcept {
 int PngSession::Run(Step step, void* argument) noexcept {
   if (png_ == nullptr || info_ == nullptr) return STATUS_NO_MEMORY;
   if (setjmp(png_jmpbuf(png_)) != 0) return outOfMemory_ ? STATUS_NO_MEMORY : STATUS_BAD_FORMAT;
+  SetLimits();
   step(*this, argument);
   return STATUS_OK;
 }

@@ -35,11 +35,12 @@ class PngSession {
   static png_voidp OnAllocate(png_structp png, png_alloc_size_t size);
   static void OnFree(png_structp png, png_voidp block);
 
-  void SetReadLimits() noexcept;
+  void SetLimits();
 
   Direction direction_;
   png_structp png_ = nullptr;
   png_infop info_ = nullptr;
+  bool hasLimits_ = false;
   bool outOfMemory_ = false;
   std::array<char, 160> message_{};
 };

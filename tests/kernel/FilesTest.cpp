@@ -1,0 +1,257 @@
+// The file services over every backend, held against a plain vector of bytes; then the limits of positions,
+// and writes that fail after they seemed to work.
+#include "Files.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <random>
+
+#include "Leaks.h"
+#include "Source.h"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+/// An application's one file, in a vector, that can be told to run full.
+struct VectorFile {
+  Bytes bytes;
+  std::size_t room = SIZE_MAX;
+  bool closeFails = false;
+
+  static VectorFile* Of(void* file) { return static_cast<VectorFile*>(file); }
+  static void* Open(void* user, const char* /*name*/, int /*flags*/) { return user; }
+  static int64_t ReadAt(void* /*user*/, void* file, void* buffer, uint32_t count, uint64_t position) {
+    const Bytes& bytes = Of(file)->bytes;
+    if (position >= bytes.size()) return 0;
+    // In portions, as pipes and networks do.
+    const std::size_t portion = std::min({std::size_t{count}, bytes.size() - position, std::size_t{3000}});
+    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(position), portion,
+                static_cast<unsigned char*>(buffer));
+    return static_cast<int64_t>(portion);
+  }
+  static int64_t WriteAt(void* /*user*/, void* file, const void* buffer, uint32_t count, uint64_t position) {
+    VectorFile* self = Of(file);
+    if (position + count > self->room) {
+      errno = ENOSPC;
+      return -1;
+    }
+    if (self->bytes.size() < position + count) self->bytes.resize(position + count);
+    std::copy_n(static_cast<const unsigned char*>(buffer), count,
+                self->bytes.begin() + static_cast<std::ptrdiff_t>(position));
+    return count;
+  }
+  static int64_t Size(void* /*user*/, void* file) { return static_cast<int64_t>(Of(file)->bytes.size()); }
+  static int Truncate(void* /*user*/, void* file, uint64_t size) {
+    Of(file)->bytes.resize(size);
+    return 0;
+  }
+  static int Close(void* /*user*/, void* file) { return Of(file)->closeFails ? -1 : 0; }
+  static constexpr vx_file_functions kFunctions = {Open, ReadAt, WriteAt, Size, Truncate, Close};
+};
+
+class Files : public Leaks {
+ protected:
+  void SetUp() override {
+    path_ = std::filesystem::path(testing::TempDir()) / ("vxkrn-files-" + std::to_string(getpid()));
+    std::filesystem::remove(path_);
+  }
+  void TearDown() override {
+    vx_redirect_files(nullptr, nullptr);
+    std::filesystem::remove(path_);
+    Leaks::TearDown();
+  }
+  void Redirect() { ASSERT_EQ(vx_redirect_files(&VectorFile::kFunctions, &vector_), VX_OK); }
+  HANDLE Open(int flags) { return VX_RedirectedOpen(path_.c_str(), flags, 0); }
+
+  /// Does the same random things to a file and to a vector, and compares after each.
+  void CompareWithModel(int flags, Bytes model, unsigned int seed) {
+    HANDLE file = Open(flags);
+    ASSERT_NE(file, vxkrn::InvalidHandle());
+    auto random = [engine = std::mt19937(seed)]() mutable { return static_cast<unsigned int>(engine()); };
+    std::size_t position = 0;
+    constexpr unsigned int kCounts[] = {1, 1, 2, 7, 100, 511, 5000, 16384, 40000};
+    const unsigned int actions = flags == VX_OPEN_READ ? 3 : 7;
+    for (int step = 0; step < 4000; ++step) {
+      const unsigned int count = kCounts[random() % std::size(kCounts)];
+      const unsigned int action = random() % actions;
+      if (action < 2) {
+        Bytes got(count, 0xEE);
+        const std::size_t expected =
+            position < model.size() ? std::min<std::size_t>(count, model.size() - position) : 0;
+        ASSERT_EQ(VX_RedirectedRead(file, got.data(), count), static_cast<int>(expected)) << step;
+        for (std::size_t i = 0; i < expected; ++i) ASSERT_EQ(got[i], model[position + i]) << step;
+        position += expected;
+      } else if (action == 2) {
+        const int origin = static_cast<int>(random() % 3);
+        const std::size_t base = origin == 0 ? 0 : origin == 1 ? position : model.size();
+        const std::size_t target = random() % (model.size() + 1000);
+        const auto offset =
+            static_cast<int>(static_cast<std::ptrdiff_t>(target) - static_cast<std::ptrdiff_t>(base));
+        ASSERT_EQ(VX_RedirectedSeek(file, offset, origin), static_cast<int>(target)) << step;
+        position = target;
+      } else if (action < 6 || random() % 20 != 0) {
+        Bytes put(std::min(count, 20000U));
+        for (unsigned char& byte : put) byte = static_cast<unsigned char>(random());
+        ASSERT_EQ(VX_RedirectedWrite(file, put.data(), static_cast<unsigned int>(put.size())),
+                  static_cast<int>(put.size()));
+        if (model.size() < position + put.size()) model.resize(position + put.size());
+        std::copy(put.begin(), put.end(), model.begin() + static_cast<std::ptrdiff_t>(position));
+        position += put.size();
+      } else {
+        ASSERT_EQ(VX_RedirectedWrite(file, "", 0), 0);
+        model.resize(position);
+      }
+    }
+    ASSERT_EQ(VX_RedirectedSeek(file, 0, VX_SEEK_END), static_cast<int>(model.size()));
+    ASSERT_EQ(VX_RedirectedClose(file), 0);
+    expected_ = std::move(model);
+  }
+
+  std::filesystem::path path_;
+  VectorFile vector_;
+  Bytes expected_;
+};
+
+TEST_F(Files, OfTheSystemDoAsAVectorOfBytesDoes) {
+  for (unsigned int seed = 1; seed <= 3; ++seed) {
+    CompareWithModel(VX_OPEN_CREATE, std::exchange(expected_, {}), seed);
+    if (HasFatalFailure()) return;
+    EXPECT_EQ(std::filesystem::file_size(path_), expected_.size());
+  }
+  CompareWithModel(VX_OPEN_READ, expected_, 9);
+}
+
+TEST_F(Files, OfAnApplicationDoAsAVectorOfBytesDoes) {
+  Redirect();
+  CompareWithModel(VX_OPEN_UPDATE, {}, 4);
+  EXPECT_EQ(vector_.bytes, expected_);
+  vxkrn::memory::SetLimit(1);  // without memory for a window
+  CompareWithModel(VX_OPEN_UPDATE, vector_.bytes, 5);
+  EXPECT_EQ(vector_.bytes, expected_);
+}
+
+TEST_F(Files, InMemoryAreReadAndNotWritten) {
+  Bytes bytes(100000);
+  std::mt19937 random(6);
+  for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
+  vxkrn::MemoryFile memory = {bytes.data(), bytes.size()};
+  const vxkrn::Backend backend = vxkrn::MemoryBackend(&memory);
+  const vxkrn::BackendScope scope(backend);
+  CompareWithModel(VX_OPEN_READ, bytes, 7);
+  EXPECT_EQ(Open(VX_OPEN_UPDATE), vxkrn::InvalidHandle());
+}
+
+TEST_F(Files, PositionsEndTwoBelowTheirWord) {
+  HANDLE file = Open(VX_OPEN_CREATE);
+  ASSERT_EQ(VX_RedirectedWrite(file, "0123456789", 10), 10);
+  struct {
+    int offset, origin, expected;
+  } const seeks[] = {{4, VX_SEEK_START, 4},
+                     {-5, VX_SEEK_CURRENT, -1},
+                     {-1, VX_SEEK_CURRENT, 3},
+                     {-11, VX_SEEK_END, -1},
+                     {-1, VX_SEEK_START, -1},
+                     {0, 3, -1},
+                     {-2, VX_SEEK_START, -2},
+                     {1, VX_SEEK_CURRENT, -1},
+                     {INT32_MAX, VX_SEEK_CURRENT, -1},
+                     {INT32_MIN, VX_SEEK_CURRENT, INT32_MAX - 1},
+                     {INT32_MAX, VX_SEEK_START, INT32_MAX}};
+  for (const auto& seek : seeks) {
+    EXPECT_EQ(VX_RedirectedSeek(file, seek.offset, seek.origin), seek.expected)
+        << seek.offset << ' ' << seek.origin;
+  }
+  char byte = 0;
+  EXPECT_EQ(VX_RedirectedRead(file, &byte, 1), 0) << "beyond the end";
+  EXPECT_EQ(VX_RedirectedSeek(file, -3, VX_SEEK_START), -3);
+  EXPECT_EQ(VX_RedirectedWrite(file, "no", 2), -1) << "past the last position";
+  EXPECT_EQ(VX_RedirectedSeek(file, 0, VX_SEEK_CURRENT), -3) << "a failure does not move";
+  EXPECT_EQ(VX_RedirectedClose(file), 0);
+  EXPECT_EQ(std::filesystem::file_size(path_), 10U);
+}
+
+TEST_F(Files, ThatCannotBeFilesDoNotOpen) {
+  EXPECT_EQ(Open(VX_OPEN_READ), vxkrn::InvalidHandle()) << "missing";
+  EXPECT_EQ(Open(VX_OPEN_UPDATE), vxkrn::InvalidHandle()) << "missing";
+  EXPECT_EQ(Open(1), vxkrn::InvalidHandle()) << "unknown flags";
+  EXPECT_EQ(VX_RedirectedOpen(nullptr, VX_OPEN_READ, 0), vxkrn::InvalidHandle());
+  EXPECT_EQ(VX_RedirectedOpen(testing::TempDir().c_str(), VX_OPEN_READ, 0), vxkrn::InvalidHandle());
+  ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+  for (const int flags : {VX_OPEN_READ, VX_OPEN_UPDATE, VX_OPEN_CREATE}) {
+    EXPECT_EQ(Open(flags), vxkrn::InvalidHandle()) << "a pipe, which would wait for its other end";
+  }
+}
+
+TEST_F(Files, AreCreatedForAllAsTheUmaskLets) {
+  const mode_t old = umask(027);
+  EXPECT_EQ(VX_RedirectedClose(VX_RedirectedOpen(path_.c_str(), VX_OPEN_CREATE, 128)), 0);
+  umask(old);
+  struct stat status = {};
+  ASSERT_EQ(stat(path_.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0640U);
+}
+
+TEST_F(Files, WritesThatFailLaterAreToldAfterClosing) {
+  Redirect();
+  const auto writeTen = [&] {
+    HANDLE file = Open(VX_OPEN_UPDATE);
+    EXPECT_EQ(VX_RedirectedWrite(file, "0123456789", 10), 10);
+    return file;
+  };
+  EXPECT_EQ(VX_RedirectedClose(writeTen()), 0);
+  EXPECT_FALSE(vxkrn::TakeLateWrite().failed);
+
+  vector_.room = 5;
+  EXPECT_EQ(VX_RedirectedClose(writeTen()), -1);
+  const vxkrn::LateWrite late = vxkrn::TakeLateWrite();
+  EXPECT_TRUE(late.failed);
+  EXPECT_EQ(late.error, ENOSPC);
+  EXPECT_FALSE(vxkrn::TakeLateWrite().failed) << "asked for once";
+
+  HANDLE file = writeTen();
+  char byte = 0;
+  EXPECT_EQ(VX_RedirectedRead(file, &byte, 1), -1) << "what waits must be stored before reading";
+  EXPECT_EQ(VX_RedirectedWrite(file, "x", 1), -1) << "a handle that lost bytes takes no more";
+  EXPECT_EQ(VX_RedirectedClose(file), -1);
+  EXPECT_TRUE(vxkrn::TakeLateWrite().failed);
+
+  vector_ = {{}, SIZE_MAX, true};
+  EXPECT_EQ(VX_RedirectedClose(writeTen()), -1);
+  EXPECT_TRUE(vxkrn::TakeLateWrite().failed) << "closing itself failed";
+  EXPECT_EQ(VX_RedirectedClose(Open(VX_OPEN_READ)), 0) << "nothing was written that could be lost";
+}
+
+TEST_F(Files, FunctionsThatLieOrAreMissingAreCaught) {
+  vx_file_functions functions = VectorFile::kFunctions;
+  functions.read_at = [](void*, void*, void*, uint32_t count, uint64_t) -> int64_t {
+    return int64_t{count} + 1;
+  };
+  ASSERT_EQ(vx_redirect_files(&functions, &vector_), VX_OK);
+  HANDLE file = Open(VX_OPEN_READ);
+  char bytes[4];
+  EXPECT_EQ(VX_RedirectedRead(file, bytes, 4), -1);
+  EXPECT_EQ(VX_RedirectedClose(file), 0);
+  functions.size = nullptr;
+  EXPECT_EQ(vx_redirect_files(&functions, &vector_), VX_BAD_PARAMETER);
+}
+
+TEST_F(Files, TellTheirLastRead) {
+  Redirect();
+  vector_.bytes = Bytes(100);
+  HANDLE file = Open(VX_OPEN_READ);
+  Bytes buffer(64);
+  ASSERT_EQ(VX_RedirectedSeek(file, 60, VX_SEEK_START), 60);
+  ASSERT_EQ(VX_RedirectedRead(file, buffer.data(), 64), 40);
+  ASSERT_EQ(VX_RedirectedClose(file), 0);
+  const vxkrn::ReadTrace trace = vxkrn::TraceOfLastClosed();
+  EXPECT_EQ(trace.offset, 60U);
+  EXPECT_EQ(trace.asked, 64U);
+  EXPECT_EQ(trace.got, 40U);
+}
+
+}  // namespace

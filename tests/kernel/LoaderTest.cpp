@@ -1,0 +1,46 @@
+// Finding the filter: what is tried, in which order, and what is said when it fails.
+#include "FilterLoader.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "Errors.h"
+#include "vx/vx.h"
+
+namespace {
+
+std::string DetailFor(const std::string& searchPath) {
+  vxkrn::Filter filter;
+  EXPECT_EQ(vxkrn::FindFilter(searchPath.c_str(), &filter), VX_NO_FILTER);
+  EXPECT_EQ(filter.load, nullptr);
+  return vxkrn::Detail().CString();
+}
+
+TEST(FilterLoader, SaysWhereItLooked) {
+  const std::string detail = DetailFor("/nonesuch/a.so::" + testing::TempDir());
+  for (const char* place : {"/nonesuch/a.so", "/vxfbmp.so.18", "/filters/vxfbmp.so.18"}) {
+    EXPECT_NE(detail.find(place), std::string::npos) << place << " in " << detail;
+  }
+}
+
+TEST(FilterLoader, NamesTheEntryPointThatIsMissing) {
+  EXPECT_NE(DetailFor("/nonesuch:" VX_HALF_FILTER).find("fltLoad"), std::string::npos);
+}
+
+TEST(FilterLoader, TakesNoOtherWhenTheFirstIsBroken) {
+  const std::string detail = DetailFor("/proc/self/cmdline:" VX_HALF_FILTER);
+  EXPECT_NE(detail.find("cannot be loaded"), std::string::npos) << detail;
+}
+
+TEST(Libraries, LoadAndUnload) {
+  EXPECT_EQ(LoadLibrary(nullptr), nullptr);
+  EXPECT_EQ(LoadLibrary("/nonesuch/b.so"), nullptr);
+  HANDLE library = LoadLibrary(VX_HALF_FILTER);
+  ASSERT_NE(library, nullptr);
+  EXPECT_EQ(FreeLibrary(library), 1);
+  EXPECT_EQ(FreeLibrary(nullptr), 0);
+}
+
+}  // namespace

@@ -1,0 +1,78 @@
+// The allocator: products that overflow, the limit, and who holds what.
+#include "Memory.h"
+
+#include <cstring>
+#include <thread>
+
+#include "Contract.h"
+#include "Leaks.h"
+#include "vx/vx.h"
+
+namespace {
+
+class Memory : public Leaks {};
+
+TEST_F(Memory, RefusesProductsThatOverflow) {
+  vx_set_memory_limit(UINT64_MAX);
+  EXPECT_EQ(VX_LocalAlloc(0xFFFFFFFF, 0xFFFFFFFF, 1, "a"), nullptr);
+  EXPECT_EQ(VX_LocalAllocInit(0x80000000, 0x80000000, 1, "a"), nullptr);
+}
+
+TEST_F(Memory, NothingIsStillABlockAndInitMeansZero) {
+  void* nothing = VX_LocalAlloc(0, 216, 1, "a");
+  EXPECT_NE(nothing, nullptr);
+  VX_LocalFree(nothing, 1, "a");
+  auto* bytes = static_cast<unsigned char*>(VX_LocalAllocInit(3, 1000, 2, "a"));
+  ASSERT_NE(bytes, nullptr);
+  EXPECT_EQ(bytes[0], 0);
+  EXPECT_EQ(std::memcmp(bytes, bytes + 1, 2999), 0);
+  VX_LocalFree(bytes, 2, "a");
+  VX_LocalFree(nullptr, 3, nullptr);
+}
+
+TEST_F(Memory, TheLimitIsExactAndZeroRestoresTheDefault) {
+  vx_set_memory_limit(1000);
+  void* most = VX_LocalAlloc(999, 1, 1, "a");
+  ASSERT_NE(most, nullptr);
+  EXPECT_EQ(VX_LocalAlloc(2, 1, 2, "a"), nullptr);
+  EXPECT_EQ(vxkrn::memory::LastRefusal(), 2U);
+  void* last = VX_LocalAlloc(1, 1, 3, "a");
+  EXPECT_NE(last, nullptr);
+  EXPECT_EQ(vx_memory_in_use(), 1000U);
+  vx_set_memory_limit(10);
+  EXPECT_EQ(VX_LocalAlloc(0, 1, 4, "a"), nullptr) << "over a lowered limit";
+  VX_LocalFree(most, 1, "a");
+  VX_LocalFree(last, 3, "a");
+  vx_set_memory_limit(0);
+  EXPECT_EQ(vx_memory_limit(), uint64_t{1} << 30);
+}
+
+TEST_F(Memory, ListsWhatIsAliveByPlace) {
+  void* blocks[] = {VX_LocalAlloc(5, 1, 7, "one"), VX_LocalAlloc(6, 1, 7, "one"),
+                    VX_LocalAlloc(9, 2, 8, "two")};
+  const auto live = vxkrn::memory::LiveByTag();
+  ASSERT_EQ(live.size(), 2U);
+  const auto& one = live[std::strcmp(live[0].tag.file, "one") == 0 ? 0 : 1];
+  EXPECT_EQ(one.tag.line, 7);
+  EXPECT_EQ(one.blocks, 2U);
+  EXPECT_EQ(one.bytes, 11U);
+  for (void* block : blocks) VX_LocalFree(block, 1, "a");
+}
+
+TEST_F(Memory, CountsRightlyFromManyThreads) {
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([t] {
+      void* held[16] = {};
+      for (unsigned int i = 0; i < 4000; ++i) {
+        void*& slot = held[i * 7 % 16];
+        VX_LocalFree(slot, 1, "thread");
+        slot = VX_LocalAlloc(i % 300, 1, t, "thread");
+      }
+      for (void* block : held) VX_LocalFree(block, 1, "thread");
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
