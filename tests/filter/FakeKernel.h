@@ -66,6 +66,12 @@ struct DecodedPng {
   bool allocated = true;
 };
 
+struct tagHANDLE {
+  std::uint32_t position = 0;
+  bool open = true;
+  bool handedOver = false;
+};
+
 class FakeKernel {
  public:
   static constexpr const char* kFileName = "picture";
@@ -102,54 +108,33 @@ class FakeKernel {
   /** Opens the file as the kernel does before an identification. */
   HANDLE HandOver();
   void TakeBack(HANDLE handle);
-  static std::uint32_t Position(HANDLE handle);
 
-  // The services; the functions of the contract forward to these.
-  HANDLE Open(const char* name, int flags, int permission);
-  int Read(HANDLE handle, void* buffer, unsigned count);
-  int Seek(HANDLE handle, int offset, int origin);
-  void Close(HANDLE handle);
-  void* Allocate(unsigned count, unsigned size, int line, const char* tag);
-  void Free(void* memory, int line, const char* tag);
-  int InitBitmap(_BITMAPHANDLE* bitmap, unsigned recordSize, int width, int height, int bits);
-  int AllocateBitmap(_BITMAPHANDLE* bitmap, int option);
-  void FreeBitmap(_BITMAPHANDLE* bitmap);
-  int Access(_BITMAPHANDLE* bitmap, int option);
-  int Release(_BITMAPHANDLE* bitmap, int option, int status);
-  int GetRow(_BITMAPHANDLE* bitmap, unsigned char* buffer, int row, unsigned count);
-  int PutRow(_BITMAPHANDLE* bitmap, const unsigned char* buffer, int row, unsigned count);
-  void FixedPalette(RGBQUAD* colors, int bits);
-  int SetPalette(_BITMAPHANDLE* bitmap, const RGBQUAD* colors, int count);
-  int SetRegion(_BITMAPHANDLE* bitmap, int option, _BITMAPHANDLE* mask, int combine);
-  int TakeRow(_BITMAPHANDLE* bitmap, const unsigned char* row, unsigned flags, int number, int lineCount);
-  int LoadPng(_BITMAPHANDLE* bitmap, unsigned recordSize, int bits, unsigned size, const IMAGEINFO* info);
-  int DescribePng(IMAGEINFO* info, unsigned recordSize, unsigned size);
-  void Complain(const std::string& problem) { problems.push_back(problem); }
-
- private:
-  struct Block {
-    int id = 0;
-  };
-  struct BitmapState {
+  // For the services.
+  struct Bitmap {
     Bytes pixels;
     bool accessed = false;
   };
+  /** Logs and counts an event; gives the injected answer when it is this event's turn to fail. */
+  std::optional<int> Happens(Kind kind, const std::string& text, std::initializer_list<std::int64_t> numbers);
+  void Complain(const std::string& problem) { problems.push_back(problem); }
+  /** The bitmap's state; complains and gives null when the kernel never made it. */
+  Bitmap* Known(_BITMAPHANDLE* bitmap);
+  /** Whether the handle is open; complains when not. */
+  bool Usable(HANDLE handle);
+
+  std::map<void*, int> blocks;  // what is allocated, with its number
+  std::map<_BITMAPHANDLE*, Bitmap> bitmaps;
+  std::vector<std::unique_ptr<tagHANDLE>> handles;
+  int blocksMade = 0;
+
+ private:
   struct Event {
     Kind kind;
     std::string text;
   };
-
-  std::optional<int> Happens(Kind kind, const std::string& text);
-  BitmapState* Known(_BITMAPHANDLE* bitmap, const char* service);
-  bool Usable(HANDLE handle, const char* service);
-
   std::vector<Event> events;
   std::map<Kind, int> turns;
-  std::map<void*, Block> blocks;
-  std::map<_BITMAPHANDLE*, BitmapState> bitmaps;
-  std::vector<std::unique_ptr<tagHANDLE>> handles;
   std::vector<std::string> problems;
-  int blocksMade = 0;
 };
 
 // The callbacks for the dispatch records.

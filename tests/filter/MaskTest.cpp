@@ -87,16 +87,6 @@ TEST(Mask, ShortMaskRow) {
   }
 }
 
-TEST(Mask, UncheckedServicesDoNotMatter) {
-  for (const Kind kind : {Kind::kPut, Kind::kPalette, Kind::kFixedPalette}) {
-    Rig rig;
-    Prepare(rig);
-    rig.kernel.fault = Fault{kind, 1, true, -1234};
-    EXPECT_EQ(rig.Decode(kIcon), STATUS_OK);
-    EXPECT_TRUE(rig.kernel.faultStruck);
-  }
-}
-
 TEST(Mask, RowsAreThoseOfTheTarget) {
   struct Case {
     int width, height;

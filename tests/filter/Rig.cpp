@@ -21,10 +21,6 @@ void Put(Bytes& bytes, std::uint64_t value, int size) {
   for (int i = 0; i < size; ++i) bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
 }
 
-unsigned Digit(char c) {
-  return static_cast<unsigned>(c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10);
-}
-
 }  // namespace
 
 const Filter& TheFilter() {
@@ -111,14 +107,12 @@ int Rig::Decode(const RowImage& image) {
 
 Bytes Hex(std::string_view digits) {
   Bytes bytes;
-  bool second = false;
+  std::string pair;
   for (const char c : digits) {
-    if (c == ' ') continue;
-    if (second)
-      bytes.back() = static_cast<std::uint8_t>(bytes.back() * 16U + Digit(c));
-    else
-      bytes.push_back(static_cast<std::uint8_t>(Digit(c)));
-    second = !second;
+    if (c != ' ') pair += c;
+    if (pair.size() < 2) continue;
+    bytes.push_back(static_cast<std::uint8_t>(std::stoi(pair, nullptr, 16)));
+    pair.clear();
   }
   return bytes;
 }
