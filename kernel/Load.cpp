@@ -24,6 +24,8 @@ int PrepareTarget(const LoadPlan& plan, _BITMAPHANDLE* target) {
   if (status != STATUS_OK) return Fail(status, "no bitmap can hold the page");
   target->Orientation = info.Orientation;
   target->ColorOrder = plan.options.raw != nullptr ? info.ColorOrder : kOrderOfTheFile;
+  target->XResolution = info.XResolution;
+  target->YResolution = info.YResolution;
   target->ColorCount = info.BitsPerPixel <= 8 ? 1 << info.BitsPerPixel : 0;
   return STATUS_OK;
 }
@@ -44,6 +46,13 @@ void DescribeRawTo(const vx_raw& raw, _LOADDISPATCH* dispatch) {
     dispatch->GreenMask = raw.green_mask;
     dispatch->BlueMask = raw.blue_mask;
   }
+}
+
+/// Has the filter deliver the pixels as they are, as if they had no header.
+void TakeAsHeaderless(const WideFields& fields, _LOADDISPATCH* dispatch) {
+  dispatch->FileInfo->Format = FMT_RAW_BITFIELDS;
+  dispatch->RawHasOffset = 1;
+  dispatch->RawOffset = static_cast<int>(fields.pixelOffset);
 }
 
 int RunFilter(const Filter& filter, vx_source& source, LoadPlan* plan, _BITMAPHANDLE* target, RowSink* sink) {
@@ -67,6 +76,7 @@ int RunFilter(const Filter& filter, vx_source& source, LoadPlan* plan, _BITMAPHA
     dispatch.BandRowCount = plan->bandCount;
   }
   if (plan->options.raw != nullptr) DescribeRawTo(*plan->options.raw, &dispatch);
+  if (plan->wideFields) TakeAsHeaderless(*plan->wideFields, &dispatch);
   const Backend view = source.View();
   const BackendScope scope(view);
   return filter.load(&dispatch);
@@ -100,6 +110,7 @@ int Finish(const LoadPlan& plan, const _BITMAPHANDLE& target, vx_bitmap* picture
                               : plan.bandFirst;
   if (status == STATUS_OK) status = CopyRegionRows(target, firstStored, record);
   if (status != STATUS_OK) return status;
+  if (plan.wideFields) SortChannels(*plan.wideFields, record);
   picture->TakeColors();
   if (plan.options.color_order != VX_ORDER_FILE) picture->ConvertOrder(plan.options.color_order);
   return STATUS_OK;

@@ -104,6 +104,7 @@ int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) 
   if (status != STATUS_OK) return status;
   plan->isIcon = IsIcon(plan->info);
   plan->isPng = IsPngPage(plan->info);
+  if (raw == nullptr) plan->wideFields = FindWideFields(source, plan->info);
   // An icon's mask follows its last row, and a run cannot be started in the middle.
   plan->filterCutsBand =
       plan->bandCount < plan->info.Height && !plan->isIcon && plan->info.Compression[0] == '\0';

@@ -3,6 +3,7 @@
 
 #include "Contract.h"
 #include "Source.h"
+#include "WideFields.h"
 
 namespace vxkrn {
 
@@ -13,6 +14,7 @@ struct LoadPlan {
   int bandCount;
   bool isIcon;
   bool isPng;
+  std::optional<WideFields> wideFields;  ///< the pixels' channels have to be sorted here
   bool filterCutsBand;  ///< the filter is asked for the band's rows alone (and says in its flags if it was)
 };
 

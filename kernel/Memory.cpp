@@ -22,6 +22,9 @@ struct alignas(std::max_align_t) Header {
   Tag tag;
 };
 
+/// No object can be larger than what pointers into it can be apart.
+constexpr std::size_t kLargestBlock = PTRDIFF_MAX - sizeof(Header);
+
 struct alignas(64) Shard {
   std::mutex mutex;
   Header* first = nullptr;
@@ -74,7 +77,7 @@ void* Zeroed(std::size_t size) noexcept {
 }
 
 void* Obtain(std::size_t size, Tag tag, Source source, std::uint64_t ceiling) noexcept {
-  if (size > SIZE_MAX - sizeof(Header) || !Reserve(size, ceiling)) {
+  if (size > kLargestBlock || !Reserve(size, ceiling)) {
     lastRefusal = size;
     return nullptr;
   }

@@ -12,10 +12,10 @@ namespace {
 
 class Memory : public Leaks {};
 
-TEST_F(Memory, RefusesProductsThatOverflow) {
+TEST_F(Memory, RefusesProductsThatNoBlockCanHave) {
   vx_set_memory_limit(UINT64_MAX);
   EXPECT_EQ(VX_LocalAlloc(0xFFFFFFFF, 0xFFFFFFFF, 1, "a"), nullptr);
-  EXPECT_EQ(VX_LocalAllocInit(0x80000000, 0x80000000, 1, "a"), nullptr);
+  EXPECT_EQ(VX_LocalAllocInit(0xFFFFFFFF, 0x80000001, 1, "a"), nullptr);
 }
 
 TEST_F(Memory, NothingIsStillABlockAndInitMeansZero) {
