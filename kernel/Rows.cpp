@@ -28,28 +28,40 @@ void ExpandIndices(Bytes row, int width, const Rgba* colors, std::uint8_t* rgba)
   }
 }
 
-/// A channel of `Bits` bits as 8, rounded.
+static_assert(std::endian::native == std::endian::little, "pixels are read and written as words");
+
+/// A channel of `Bits` bits as 8, rounded. Without a division, so that loops over it can be vectorised.
 template <unsigned int Bits>
-constexpr std::uint8_t Scale(unsigned int channel) noexcept {
-  constexpr unsigned int kLast = (1U << Bits) - 1;
-  return static_cast<std::uint8_t>((channel * 255 + kLast / 2) / kLast);
+constexpr std::uint32_t Scale(std::uint32_t channel) noexcept {
+  return Bits == 5 ? (channel * 527 + 23) >> 6 : (channel * 259 + 33) >> 6;
 }
+
+template <unsigned int Bits>
+constexpr bool ScaleRounds() {
+  constexpr std::uint32_t kLast = (1U << Bits) - 1;
+  for (std::uint32_t i = 0; i <= kLast; ++i) {
+    if (Scale<Bits>(i) != (i * 255 * 2 + kLast) / (kLast * 2)) return false;
+  }
+  return true;
+}
+static_assert(ScaleRounds<5>() && ScaleRounds<6>());
+
+constexpr std::uint32_t kOpaque = 0xFF000000;
 
 template <unsigned int GreenBits>
 void Expand16(Bytes row, int width, std::uint8_t* rgba) noexcept {
-  constexpr unsigned int kGreenLast = (1U << GreenBits) - 1;
+  constexpr std::uint32_t kGreenLast = (1U << GreenBits) - 1;
   for (int x = 0; x < width; ++x, row += 2, rgba += 4) {
-    const unsigned int pixel = row[0] | (static_cast<unsigned int>(row[1]) << 8);
-    rgba[0] = Scale<5>((pixel >> (5 + GreenBits)) & 31);
-    rgba[1] = Scale<GreenBits>((pixel >> 5) & kGreenLast);
-    rgba[2] = Scale<5>(pixel & 31);
-    rgba[3] = 255;
+    const std::uint32_t pixel = row[0] | static_cast<std::uint32_t>(row[1]) << 8;
+    const std::uint32_t red = Scale<5>((pixel >> (5 + GreenBits)) & 31);
+    const std::uint32_t green = Scale<GreenBits>((pixel >> 5) & kGreenLast);
+    const std::uint32_t color = red | green << 8 | Scale<5>(pixel & 31) << 16 | kOpaque;
+    std::memcpy(rgba, &color, sizeof color);
   }
 }
 
-template <int Step>
-void ExpandColors(Bytes row, int width, std::uint8_t* rgba) noexcept {
-  for (int x = 0; x < width; ++x, row += Step, rgba += 4) {
+void Expand24(Bytes row, int width, std::uint8_t* rgba) noexcept {
+  for (int x = 0; x < width; ++x, row += 3, rgba += 4) {
     rgba[0] = row[2];
     rgba[1] = row[1];
     rgba[2] = row[0];
@@ -57,12 +69,13 @@ void ExpandColors(Bytes row, int width, std::uint8_t* rgba) noexcept {
   }
 }
 
-void ExpandWithAlpha(Bytes row, int width, std::uint8_t* rgba) noexcept {
+/// `fill` is set in every pixel: kOpaque, or 0 to keep the fourth byte.
+void Expand32(Bytes row, int width, std::uint32_t fill, std::uint8_t* rgba) noexcept {
   for (int x = 0; x < width; ++x, row += 4, rgba += 4) {
-    rgba[0] = row[2];
-    rgba[1] = row[1];
-    rgba[2] = row[0];
-    rgba[3] = row[3];
+    std::uint32_t pixel = 0;
+    std::memcpy(&pixel, row, sizeof pixel);
+    pixel = (pixel & 0xFF00FF00) | (pixel >> 16 & 0xFF) | (pixel & 0xFF) << 16 | fill;
+    std::memcpy(rgba, &pixel, sizeof pixel);
   }
 }
 
@@ -86,14 +99,8 @@ void Expand(const vx_bitmap& bitmap, Bytes row, std::uint8_t* rgba) noexcept {
         Expand16<5>(row, width, rgba);
       }
       break;
-    case 24: ExpandColors<3>(row, width, rgba); break;
-    default:
-      if (bitmap.hasAlpha) {
-        ExpandWithAlpha(row, width, rgba);
-      } else {
-        ExpandColors<4>(row, width, rgba);
-      }
-      break;
+    case 24: Expand24(row, width, rgba); break;
+    default: Expand32(row, width, bitmap.hasAlpha ? 0 : kOpaque, rgba); break;
   }
 }
 

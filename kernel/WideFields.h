@@ -25,7 +25,7 @@ struct WideFields {
 [[nodiscard]] std::optional<WideFields> FindWideFields(const vx_source& source,
                                                        const IMAGEINFO& info) noexcept;
 
-/// Rewrites every pixel as blue, green, red bytes and a fourth that is 0. Channels scale by rounding.
+/// Rewrites every pixel as blue, green, red bytes and a fourth that is 0. Channels scale to 8 bits.
 void SortChannels(const WideFields& fields, _BITMAPHANDLE* bitmap) noexcept;
 
 }  // namespace vxkrn
