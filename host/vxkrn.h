@@ -26,10 +26,10 @@ extern "C" {
 #define VX_STATIC_ASSERT(condition, text) _Static_assert(condition, text)
 #endif
 
-/* ---- Statuses -------------------------------------------------------------------------------- */
+/* ---- Statuses ---- */
 
 #define STATUS_OK 1                     /* success */
-#define STATUS_FAILURE 0                /* the image header has a length no reader knows */
+#define STATUS_FAILURE 0                /* an image header of unknown length; no display library */
 #define STATUS_NO_MEMORY (-1)           /* an allocation failed or went over the limit */
 #define STATUS_SEEK_ERROR (-4)          /* a seek did not land where it was asked to */
 #define STATUS_WRITE_ERROR (-5)         /* fewer bytes were stored than asked */
@@ -45,7 +45,7 @@ extern "C" {
 #define STATUS_BAD_PAGE (-310)          /* no such page */
 #define STATUS_LAST_PAGE (-311)         /* the only page of a file cannot be deleted */
 
-/* ---- Format identifiers: IMAGEINFO.Format, _SAVEDISPATCH.Format ------------------------------- */
+/* ---- Format identifiers: IMAGEINFO.Format, _SAVEDISPATCH.Format ---- */
 
 #define FMT_BMP 6             /* Windows bitmap, 40-byte header, uncompressed or bit fields */
 #define FMT_OS2 14            /* OS/2 1.x bitmap, 12-byte core header */
@@ -60,25 +60,25 @@ extern "C" {
 #define FMT_RAW_BITFIELDS 159 /* headerless data with colour masks */
 #define FMT_VISTA_ICO 321     /* icon file with a PNG entry or an entry of 256 pixels */
 
-/* ---- Orientation: the order in which rows are stored and delivered ---------------------------- */
+/* ---- Orientation: the order in which rows are stored and delivered ---- */
 
 #define ORIENT_TOP_DOWN 1  /* the first stored row is the top row */
 #define ORIENT_BOTTOM_UP 4 /* the first stored row is the bottom row */
 
-/* ---- Colour order ------------------------------------------------------------------------------ */
+/* ---- Colour order ---- */
 
 #define ORDER_RGB 0 /* palette images: 8 bits per pixel or less */
 #define ORDER_BGR 1 /* 9 bits per pixel or more: blue in the lowest byte or bits */
 #define ORDER_565 7 /* 16 bits per pixel with the masks 0xF800, 0x07E0, 0x001F */
 
-/* ---- Flags argument of ROWCALLBACK -------------------------------------------------------------- */
+/* ---- Flags argument of ROWCALLBACK ---- */
 
 #define ROW_FLAGS_BASE 0x3u         /* on every row */
 #define ROW_FLAG_FIRST 0x4u         /* stored row 0 of the image, whatever the band */
 #define ROW_FLAG_LAST 0x8u          /* the last row delivered */
 #define ROW_FLAG_UNCOMPRESSED 0x20u /* the row was not run-length decoded */
 
-/* ---- Flags in the records ------------------------------------------------------------------------ */
+/* ---- Flags in the records ---- */
 
 #define BITMAP_ALLOCATED 0x1u         /* _BITMAPHANDLE.Flags: owns pixel memory */
 #define LOAD_ALLOW_TRUNCATED 0x10000u /* LOADOPTIONS.Flags: accept uncompressed rows that end early */
@@ -90,7 +90,7 @@ extern "C" {
 #define SAVE_PAGE_REPLACE 0x400u      /* SAVEOPTIONS.Flags: write over page PageNumber */
 #define SAVE_PAGE_INSERT 0x800u       /* SAVEOPTIONS.Flags: insert at PageNumber; outranks the former */
 
-/* ---- Small records ------------------------------------------------------------------------------- */
+/* ---- Small records ---- */
 
 /** The structure behind a file or library handle; only the kernel knows what is in it. */
 struct tagHANDLE;
@@ -133,7 +133,7 @@ typedef struct ICONDIRENTRY {
 } ICONDIRENTRY;
 VX_STATIC_ASSERT(sizeof(ICONDIRENTRY) == 16, "a directory entry is 16 bytes");
 
-/* ---- IMAGEINFO ------------------------------------------------------------------------------------ */
+/* ---- IMAGEINFO ---- */
 
 /**
  * What a file (or one page of it) holds. The kernel clears it and sets StructSize; fltInfo fills it.
@@ -155,12 +155,12 @@ typedef struct IMAGEINFO {
   int TotalPages;       /**< pages in the file (icon and cursor files) */
   int XResolution;      /**< dots per inch; 96 where the file names none */
   int YResolution;      /**< dots per inch; 96 where the file names none */
-  unsigned int Flags;   /**< 0x1000 while the kernel decodes a PNG page, else 0 */
+  unsigned int Flags;   /**< 0x1000 from the moment a PNG page is decoded, else 0 */
   unsigned int Reserved3[396];
 } IMAGEINFO;
 VX_STATIC_ASSERT(sizeof(IMAGEINFO) == 1668, "IMAGEINFO is 1668 bytes at every width");
 
-/* ---- _BITMAPHANDLE --------------------------------------------------------------------------------- */
+/* ---- _BITMAPHANDLE ---- */
 
 /* A pointer that takes 8 bytes at every width, so that both have the same offsets. */
 #if UINTPTR_MAX == 0xFFFFFFFFu
@@ -198,7 +198,7 @@ typedef struct _BITMAPHANDLE {
 VX_STATIC_ASSERT(sizeof(_BITMAPHANDLE) == 216, "_BITMAPHANDLE is 216 bytes at every width");
 VX_STATIC_ASSERT(offsetof(_BITMAPHANDLE, XResolution) == 72, "the same offsets at every width");
 
-/* ---- Options ---------------------------------------------------------------------------------------- */
+/* ---- Options ---- */
 
 /** Options of a load or an identification. */
 typedef struct LOADOPTIONS {
@@ -223,12 +223,13 @@ typedef struct _SAVEFILESTRUCT {
   RGBQUAD Palette[256];    /**< 2^depth entries for depths up to 8 */
 } _SAVEFILESTRUCT;
 
-/* ---- Callbacks carried in the records ------------------------------------------------------------------ */
+/* ---- Callbacks carried in the records ---- */
 
 /**
  * Takes one decoded row.
  * row holds one row in the bitmap's layout, belongs to the filter and is valid during the call only.
- * rowNumber counts from the band's first stored row; lineCount is always 1.
+ * rowNumber counts stored rows, from the band's first where a band was cut; lineCount is always 1.
+ * The callback may change the row: what it leaves shows only where the next row comes short.
  * Anything but STATUS_OK stops the load and becomes its result.
  */
 typedef int (*ROWCALLBACK)(IMAGEINFO* info, _BITMAPHANDLE* bitmap, unsigned char* row, unsigned int flags,
@@ -273,8 +274,7 @@ typedef int (*ENDSAVE)(_BITMAPHANDLE* bitmap, _BITMAPHANDLE** converted, unsigne
 typedef int (*SAVETOMEMORY)(void** memory, _BITMAPHANDLE* bitmap, int format, int bitsPerPixel, int reserved0,
                             unsigned int* size, int reserved1);
 
-/* ---- Dispatch records: one for each entry point ----------------------------------------------------------
- */
+/* ---- Dispatch records: one for each entry point ---- */
 
 /** Argument of fltLoad. */
 typedef struct _LOADDISPATCH {
@@ -352,8 +352,7 @@ typedef struct _DISDISPATCH {
   void* Functions[16]; /**< the display library's entry points */
 } _DISDISPATCH;
 
-/* ---- Entry points a filter exports
- * ------------------------------------------------------------------------- */
+/* ---- Entry points a filter exports ---- */
 
 /** Identifies an open file. @return STATUS_OK, or the filter's or a callback's failure status. */
 int fltInfo(_INFODISPATCH* dispatch);
@@ -364,8 +363,7 @@ int fltSave(_SAVEDISPATCH* dispatch);
 /** Removes one page of an icon or cursor file. */
 int fltDeletePage(_DELETEPAGEDISPATCH* dispatch);
 
-/* ---- Kernel services: files
- * ------------------------------------------------------------------------------------ */
+/* ---- Kernel services: files ---- */
 
 #define VX_OPEN_READ 0    /* read only */
 #define VX_OPEN_UPDATE 2  /* read and write; the file must exist */
@@ -393,8 +391,7 @@ int VX_RedirectedSeek(HANDLE file, int offset, int origin);
 /** Stores what still waits in memory, closes the file and ends the handle. */
 int VX_RedirectedClose(HANDLE file);
 
-/* ---- Kernel services: memory
- * --------------------------------------------------------------------------------------- */
+/* ---- Kernel services: memory ---- */
 
 /**
  * Allocates count elements of size bytes, tagged with the place that asked.
@@ -414,8 +411,7 @@ void VX_MemoryCopy(void* destination, const void* source, unsigned int count);
 /** Compares count bytes. @return 0 when the ranges are equal. */
 int VX_MemoryCompare(const void* first, const void* second, unsigned int count);
 
-/* ---- Kernel services: bitmaps
- * ----------------------------------------------------------------------------------------- */
+/* ---- Kernel services: bitmaps ---- */
 
 /**
  * Makes bitmap an empty record (no pixels, no palette, bottom-up) of recordSize (216) bytes.
@@ -452,8 +448,7 @@ int VX_SetBitmapRgnFromMask(_BITMAPHANDLE* bitmap, int option, _BITMAPHANDLE* ma
  */
 int VX_CreateMaskFromBitmapRgn(_BITMAPHANDLE* bitmap, _BITMAPHANDLE* mask, unsigned int recordSize);
 
-/* ---- Kernel services: global memory blocks, display, libraries
- * ------------------------------------------------------------ */
+/* ---- Kernel services: global memory blocks, display, libraries ---- */
 
 /** Registers handle with the kernel's resource tracking under a kind (1 or 3). */
 int VX_ResourceAdd(int kind, void* handle, int line, const char* file);

@@ -1,4 +1,6 @@
 // Windows and OS/2 bitmap files: every depth, coding and header the reader knows, good files all of them.
+#include <utility>
+
 #include "samples/Families.h"
 #include "samples/Headers.h"
 #include "samples/Rows.h"
@@ -119,6 +121,18 @@ Sample BitFields32(std::string name, std::string title, std::string_view label, 
                     BitmapFile(Encode(header), masks, Rows32(picture, false)), picture);
 }
 
+/// Red lies where blue usually does.
+Sample SwappedFields32() {
+  const Picture picture = ColorWheel(kSmallWidth, kSmallHeight, "MRGB");
+  Picture swapped = picture;
+  for (Color& pixel : swapped.Pixels()) std::swap(pixel.red, pixel.blue);
+  ImageHeader header = HeaderFor(kSmallWidth, kSmallHeight, 32);
+  header.compression = Compression::BitFields;
+  const Masks masks{kMasks888.blue, kMasks888.green, kMasks888.red};
+  return MakeSample("win-32bit-masks-rgb.bmp", "Windows bitmap, 32 bits, red and blue masks changed over",
+                    BitmapFile(Encode(header), Encode(masks), Rows32(swapped, false)), picture);
+}
+
 Sample RunLengthSample(std::string name, std::string title, const Indexed& indexed, int bits,
                        Skipping skipping, uint32_t headerSize = 40) {
   const Bytes codes = RunLength(indexed, bits, skipping);
@@ -170,6 +184,7 @@ std::vector<Sample> BitmapSamples() {
       BitFields16("win-16bit-masks-565.bmp", "Windows bitmap, 16 bits, masks 5-6-5", "M565", kLayout565),
       BitFields16("win-16bit-masks-444.bmp", "Windows bitmap, 16 bits, masks 4-4-4", "M444", kLayout444),
       BitFields32("win-32bit-masks.bmp", "Windows bitmap, 32 bits, masks 8-8-8", "M888", 40),
+      SwappedFields32(),
       RunLengthSample("win-rle8.bmp", "Windows bitmap, RLE8: runs and literals", SunsetFor(8, "RLE8"), 8,
                       Skipping::None),
       RunLengthSample("win-rle8-deltas.bmp", "Windows bitmap, RLE8 with deltas over the empty parts",

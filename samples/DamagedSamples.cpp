@@ -76,12 +76,13 @@ Sample CodesEndEarly() {
   return sample;
 }
 
-Sample SwappedMasks() {
+Sample OverlappingMasks() {
   ImageHeader header = HeaderFor(32, Compression::BitFields);
-  const Masks swapped{kMasks888.blue, kMasks888.green, kMasks888.red};
-  return Broken("bad-32bit-masks.bmp", "32 bits with red and blue masks that have changed places",
-                BitmapFile(Encode(header), Encode(swapped), Rows32(Sunset(kWidth, kHeight, "BGR"), false)),
-                Outcome::Refused);
+  const Masks overlapping{kMasks888.red, kMasks888.red | kMasks888.green, kMasks888.blue};
+  return Broken(
+      "bad-32bit-masks.bmp", "32 bits with red and green masks that share bits",
+      BitmapFile(Encode(header), Encode(overlapping), Rows32(Sunset(kWidth, kHeight, "BGR"), false)),
+      Outcome::Refused);
 }
 
 Bytes WithEntryPastTheEnd() {
@@ -109,7 +110,7 @@ std::vector<Sample> DamagedSamples() {
              Outcome::NeedsAllowTruncated),
       RunsPastTheRow(),
       CodesEndEarly(),
-      SwappedMasks(),
+      OverlappingMasks(),
       Broken("bad-2bit.bmp", "2 bits a pixel, which no reader of this family takes",
              BitmapFile(Encode(twoBits), {}, Bytes(16 * kHeight, 0x1B)), Outcome::Refused),
       Broken("bad-header-13.bmp", "An image header of 13 bytes", BitmapFile(Encode(oddHeader), {}, {}),

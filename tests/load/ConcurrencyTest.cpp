@@ -16,7 +16,7 @@ loading::Bytes FirstRow(const samples::Sample& sample) {
   loading::Bytes row(4 * static_cast<size_t>(sample.width));
   EXPECT_EQ(vx_open_memory(sample.bytes.data(), sample.bytes.size(), nullptr, &source), VX_OK);
   EXPECT_EQ(vx_load(source, nullptr, &bitmap), VX_OK) << sample.name << vx_error_detail();
-  if (bitmap != nullptr) EXPECT_EQ(vx_bitmap_read_rgba(bitmap, 0, row.data()), VX_OK);
+  EXPECT_EQ(vx_bitmap_read_rgba(bitmap, 0, row.data()), VX_OK);
   vx_bitmap_free(bitmap);
   vx_close(source);
   return row;

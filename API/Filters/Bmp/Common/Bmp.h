@@ -13,24 +13,34 @@ VXBMP_EXPORT int fltLoad(_LOADDISPATCH* dispatch);
 }
 
 /// Identifies the open file of the record and fills its FileInfo; clamps LoadOptions->PageNumber.
+/// @return STATUS_OK; STATUS_READ_ERROR, STATUS_BAD_FORMAT, STATUS_FAILURE, STATUS_NO_MEMORY, or what
+/// GetPngInfoFromMemory answered
 [[nodiscard]] VXBMP_EXPORT int fltInfoBMP(_INFODISPATCH* dispatch);
 
-/// Loads the image that the record names, row by row, into its RowCallback.
+/// Loads the image that the record names, row by row, into its RowCallback. The file is closed on return.
+/// @return STATUS_OK; STATUS_OPEN_ERROR, STATUS_BAD_BPP for a target of no known depth, STATUS_BAD_FORMAT,
+/// STATUS_SEEK_ERROR, STATUS_READ_ERROR, STATUS_NO_MEMORY, or what a callback or a bitmap service answered
 [[nodiscard]] VXBMP_EXPORT int fltLoadBMP(_LOADDISPATCH* dispatch);
 
-/// Loads headerless data that the record and its bitmap describe.
+/// Loads headerless data that the record and its bitmap describe. The file is closed on return.
+/// @return as fltLoadBMP
 [[nodiscard]] VXBMP_EXPORT int LoadRawData(_LOADDISPATCH* dispatch, int width, int height, int bitsPerPixel);
 
 /// Decodes the pixel data at which `file` stands and delivers its rows. `file` stays open.
-/// @param width      pixels of a stored row; not below the target's
-/// @param height     stored rows
-/// @param convert    nonzero: 16-bit pixels laid out by the record's masks become 5-5-5
-/// @param signature  0 for an image inside an icon or cursor file, whose mask is then read too
+/// @param width        pixels of a stored row; not below the target's
+/// @param height       stored rows
+/// @param bitsPerPixel 1, 4, 8, 16, 24 or 32
+/// @param compression  as in a bitmap header: 0 none, 1 RLE8, 2 RLE4, 3 bit fields
+/// @param convert      nonzero: 16-bit pixels laid out by the record's masks become 5-5-5
+/// @param signature    0 for an image inside an icon or cursor file, whose mask is then read too
+/// @return STATUS_OK; STATUS_READ_ERROR for a row that ends early, STATUS_BAD_FORMAT for an unknown
+/// compression, STATUS_NO_MEMORY, or what the callback or a bitmap service answered
 [[nodiscard]] VXBMP_EXPORT int ReadRawData(_LOADDISPATCH* dispatch, HANDLE file, int width, int height,
                                            int bitsPerPixel, int compression, int convert,
                                            unsigned short signature);
 
 /// Loads the page of `entry`, a PNG stream, through the kernel's decoder. `file` stays open.
+/// @return STATUS_OK; STATUS_READ_ERROR, STATUS_NO_MEMORY, or what a callback answered
 [[nodiscard]] VXBMP_EXPORT int ReadPngImage(_LOADDISPATCH* dispatch, HANDLE file, ICONDIRENTRY* entry);
 
 // Answers to yes-or-no questions are whole ints (1 or 0), so that C callers need not know bool.

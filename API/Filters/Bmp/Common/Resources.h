@@ -66,8 +66,13 @@ template <size_t Size>
   return read >= 0 && static_cast<uint32_t>(read) == count;
 }
 
-/// Goes to an absolute offset, which counts as unsigned. @return false when the file is not there then
-inline bool SeekTo(HANDLE file, uint32_t offset) {
+/// Goes to an absolute offset, which counts as unsigned; where that fails, the read that follows tells.
+inline void GoTo(HANDLE file, uint32_t offset) {
+  VX_RedirectedSeek(file, static_cast<int>(offset), VX_SEEK_START);
+}
+
+/// Goes to an absolute offset. @return false when the file is not there then
+[[nodiscard]] inline bool SeekTo(HANDLE file, uint32_t offset) {
   const int position = VX_RedirectedSeek(file, static_cast<int>(offset), VX_SEEK_START);
   return position != -1 && static_cast<uint32_t>(position) == offset;
 }

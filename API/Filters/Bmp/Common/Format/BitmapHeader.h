@@ -17,6 +17,10 @@ inline constexpr uint16_t kBitmapSignature = 0x4D42;  // 'BM'
 inline constexpr uint16_t kArraySignature = 0x4142;   // 'BA', an OS/2 bitmap array
 inline constexpr uint16_t kIconSignature = 0;         // the reserved word of an icon directory
 
+constexpr bool IsKnownSignature(uint16_t signature) {
+  return signature == kBitmapSignature || signature == kArraySignature || signature == kIconSignature;
+}
+
 inline constexpr uint32_t kArrayHeaderSize = 14;
 inline constexpr uint32_t kFileHeaderSize = 14;
 inline constexpr uint32_t kCoreHeaderSize = 12;

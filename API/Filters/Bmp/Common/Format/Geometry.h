@@ -24,10 +24,9 @@ constexpr uint32_t PaletteSize(int bitsPerPixel) {
   return 1U << bitsPerPixel;
 }
 
-/// Bytes of a stored row: whole 32-bit words. 0 for depths that are not stored.
+/// Bytes of a stored row: whole 32-bit words. Depth 2 is computed though no image has it; 0 for others.
 constexpr int Stride(int bitsPerPixel, int width) {
-  constexpr int kWordMask = ~3;
-  const auto padded = [](int bytes) { return WrapAdd(bytes, 3) & kWordMask; };
+  const auto padded = [](int bytes) { return WrapAdd(bytes, 3) & ~3; };
   switch (bitsPerPixel) {
     case 1: return padded(WrapAdd(width, 7) / 8);
     case 2: return padded(WrapAdd(width, 3) / 4);
@@ -40,7 +39,8 @@ constexpr int Stride(int bitsPerPixel, int width) {
   }
 }
 
-/// Bytes of a row of the 1-bit mask that follows an icon's colour rows, by the record that holds it.
+/// Bytes of a mask row in the file. The depth is that of the record which is to hold the mask: 1, if
+/// whoever made the record kept to it.
 constexpr uint32_t MaskStride(int bitsPerPixel, int width) {
   return (static_cast<uint32_t>(bitsPerPixel) * static_cast<uint32_t>(width) + 31) / 8 & ~3U;
 }

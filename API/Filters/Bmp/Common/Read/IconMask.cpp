@@ -14,6 +14,13 @@ constexpr uint32_t kRecordSize = sizeof(_BITMAPHANDLE);
 constexpr int kMaskBits = 1;
 constexpr int kMaskColours = 2;
 
+// What the kernel's services are told besides.
+constexpr int kAllocate = 1;
+constexpr int kAccess = 0;
+constexpr int kRelease = 1;
+constexpr int kRegionOption = 0;
+constexpr int kRegionSet = 6;
+
 /// A bitmap record from the kernel's memory, with what the kernel attaches to it. The bitmap goes
 /// before its record.
 class MaskBitmap {
@@ -28,7 +35,7 @@ class MaskBitmap {
     if (!record_) return STATUS_NO_MEMORY;
     const int status = VX_InitBitmap(Get(), kRecordSize, like.Width, like.Height, kMaskBits);
     isInitialised_ = status == STATUS_OK;
-    return isInitialised_ ? VX_AllocateBitmap(Get(), 1) : status;
+    return isInitialised_ ? VX_AllocateBitmap(Get(), kAllocate) : status;
   }
 
   void Release() {
@@ -69,16 +76,18 @@ int ReadIconMask(_BITMAPHANDLE& target, ReadBuffer& input) {
   const uint32_t rowSize = std::max(fileStride, static_cast<uint32_t>(mask.Get()->BytesPerLine));
   Buffer row(rowSize);
   if (!row) return STATUS_NO_MEMORY;
-  VX_MemorySet(row.Get(), 0, rowSize);
+  std::fill_n(row.Get(), rowSize, uint8_t{0});  // the bitmap's rows may be longer than the file's
 
   SetMaskPalette(mask.Get());
-  if (VX_IntAccessBitmap(mask.Get(), 0) != STATUS_OK) return STATUS_NO_MEMORY;
+  if (VX_IntAccessBitmap(mask.Get(), kAccess) != STATUS_OK) return STATUS_NO_MEMORY;
 
   const int read = ReadMaskRows(mask.Get(), input, row.Get(), static_cast<int>(fileStride));
-  const int released = VX_IntReleaseBitmap(mask.Get(), 1, read);
+  const int released = VX_IntReleaseBitmap(mask.Get(), kRelease, read);
   if (read != STATUS_OK) return released;
 
-  const int status = released == STATUS_OK ? VX_SetBitmapRgnFromMask(&target, 0, mask.Get(), 6) : released;
+  const int status = released == STATUS_OK
+                         ? VX_SetBitmapRgnFromMask(&target, kRegionOption, mask.Get(), kRegionSet)
+                         : released;
   mask.Release();  // before its row buffer, once all rows are in
   return status;
 }

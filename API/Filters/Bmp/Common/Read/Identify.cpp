@@ -5,6 +5,7 @@
 #include "../Format/Geometry.h"
 #include "../Format/IconDirectory.h"
 #include "../Resources.h"
+#include "PageBody.h"
 
 namespace bmp {
 namespace {
@@ -53,6 +54,24 @@ int FormatOfInfoHeader(const ImageHeader& header) {
   return IsRunLengthCompression(header.compression) ? FMT_BMP_RLE : FMT_BMP;
 }
 
+void SetSize(IMAGEINFO& info, int format, const ImageHeader& header) {
+  info.Format = format;
+  info.Width = header.width;
+  info.Height = header.height;
+}
+
+/// Takes what a header of another length than 12 and 40 has; width and height stand even when it is too
+/// short to say more.
+int TakeLongHeader(IMAGEINFO& info, const ImageHeader& header) {
+  SetSize(info, FMT_OS2_2, header);
+  if (header.size < kLeastLongHeader) return STATUS_FAILURE;
+  if (header.hasResolution) {
+    info.XResolution = DotsPerInch(header.xPixelsPerMetre);
+    info.YResolution = DotsPerInch(header.yPixelsPerMetre);
+  }
+  return STATUS_OK;
+}
+
 int IdentifyBitmap(IMAGEINFO& info, const Probe& probe, uint32_t headerOffset) {
   const auto bytes = Slice<kInfoHeaderSize>(probe, headerOffset);
   ImageHeader header = DecodeInfoHeader(bytes);
@@ -61,22 +80,15 @@ int IdentifyBitmap(IMAGEINFO& info, const Probe& probe, uint32_t headerOffset) {
   switch (header.Kind()) {
     case HeaderKind::kCore:
       header = DecodeCoreHeader(Slice<kCoreHeaderSize>(bytes, 0));
-      info.Format = FMT_OS2;
+      SetSize(info, FMT_OS2, header);
       break;
     case HeaderKind::kInfo:
-      info.Format = FormatOfInfoHeader(header);
+      SetSize(info, FormatOfInfoHeader(header), header);
       SetStatedResolutions(info, header);
       break;
-    case HeaderKind::kLong: info.Format = FMT_OS2_2; break;
-  }
-  info.Width = header.width;
-  info.Height = header.height;
-  if (header.Kind() == HeaderKind::kLong) {
-    if (header.size < kLeastLongHeader) return STATUS_FAILURE;
-    if (header.hasResolution) {
-      info.XResolution = DotsPerInch(header.xPixelsPerMetre);
-      info.YResolution = DotsPerInch(header.yPixelsPerMetre);
-    }
+    case HeaderKind::kLong:
+      if (const int status = TakeLongHeader(info, header); status != STATUS_OK) return status;
+      break;
   }
   return Complete(info, header, HasMasks565(probe, headerOffset, header));
 }
@@ -84,27 +96,10 @@ int IdentifyBitmap(IMAGEINFO& info, const Probe& probe, uint32_t headerOffset) {
 /// Reads a directory entry; bytes that the file no longer has are 0.
 bool ReadEntry(HANDLE file, int page, ICONDIRENTRY& entry) {
   Block<kEntrySize> bytes{};
-  SeekTo(file, EntryOffset(page));
+  GoTo(file, EntryOffset(page));
   if (VX_RedirectedRead(file, bytes.data(), kEntrySize) <= 0) return false;
   entry = DecodeEntry(bytes);
   return true;
-}
-
-/// Reads the first bytes of an image body and tells whether they are a PNG signature.
-int ProbeBody(HANDLE file, const ICONDIRENTRY& entry, bool& isPng) {
-  Block<kPngSignatureSize> signature{};
-  SeekTo(file, entry.ImageOffset);
-  if (!ReadBlock(file, signature)) return STATUS_READ_ERROR;
-  isPng = IsPNGHeader(signature.data()) != 0;
-  return STATUS_OK;
-}
-
-int ReadIconHeader(HANDLE file, const ICONDIRENTRY& entry, ImageHeader& header) {
-  Block<kInfoHeaderSize> bytes{};
-  SeekTo(file, entry.ImageOffset);
-  if (!ReadBlock(file, bytes)) return STATUS_READ_ERROR;
-  header = DecodeInfoHeader(bytes);
-  return STATUS_OK;
 }
 
 bool IsLarge(const ImageHeader& header) {
@@ -119,9 +114,9 @@ int ProbeEntry(HANDLE file, int page, bool& isNewer) {
   if (entry.Width != 0 && entry.Height != 0) return STATUS_OK;
 
   ImageHeader header;
-  const int status = ReadIconHeader(file, entry, header);
-  isNewer = status == STATUS_OK && IsLarge(header);
-  return status;
+  if (!ReadBodyHeader(file, entry, header)) return STATUS_READ_ERROR;
+  isNewer = IsLarge(header);
+  return STATUS_OK;
 }
 
 int ProbeDirectory(HANDLE file, int pageCount, bool& isNewer) {
@@ -135,7 +130,7 @@ int ProbeDirectory(HANDLE file, int pageCount, bool& isNewer) {
 int IdentifyBitmapPage(_INFODISPATCH& dispatch, const ICONDIR& directory, const ICONDIRENTRY& entry) {
   IMAGEINFO& info = *dispatch.FileInfo;
   ImageHeader header;
-  if (const int status = ReadIconHeader(dispatch.File, entry, header); status != STATUS_OK) return status;
+  if (!ReadBodyHeader(dispatch.File, entry, header)) return STATUS_READ_ERROR;
   if (header.Kind() != HeaderKind::kInfo) return STATUS_FAILURE;
 
   info.Width = header.width;
@@ -173,7 +168,7 @@ int IdentifyPngPage(_INFODISPATCH& dispatch, const ICONDIR& directory, const ICO
 
   const Buffer stream(entry.BytesInRes);
   if (!stream) return STATUS_NO_MEMORY;
-  SeekTo(dispatch.File, entry.ImageOffset);
+  GoTo(dispatch.File, entry.ImageOffset);
   if (!ReadExactly(dispatch.File, stream.Get(), entry.BytesInRes)) return STATUS_READ_ERROR;
 
   IMAGEINFO png{};
@@ -201,7 +196,7 @@ int IdentifyIcon(_INFODISPATCH& dispatch, const Probe& probe) {
 
 int Identify(_INFODISPATCH& dispatch) {
   Probe probe{};
-  SeekTo(dispatch.File, 0);
+  GoTo(dispatch.File, 0);
   if (VX_RedirectedRead(dispatch.File, probe.data(), kProbeSize) <= 0) return STATUS_READ_ERROR;
 
   const uint16_t signature = LoadU16(View<kProbeSize>(probe), 0);

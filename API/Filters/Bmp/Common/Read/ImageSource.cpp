@@ -4,6 +4,7 @@
 
 #include "../Bmp.h"
 #include "../Resources.h"
+#include "PageBody.h"
 
 namespace bmp {
 namespace {
@@ -50,9 +51,8 @@ bool ReadSignature(HANDLE file, uint16_t& signature) {
   Block<2> bytes{};
   if (!ReadBlock(file, bytes)) return false;
   signature = LoadU16(View<2>(bytes), 0);
-  if (signature != kBitmapSignature && signature != kArraySignature && signature != kIconSignature)
-    return false;
-  SeekTo(file, 0);
+  if (!IsKnownSignature(signature)) return false;
+  GoTo(file, 0);
   return true;
 }
 
@@ -70,27 +70,18 @@ int FindPage(HANDLE file, int page, ICONDIRENTRY& entry, bool& isPng) {
   if (!IsValidDirectory(directory)) return STATUS_BAD_FORMAT;
 
   Block<kEntrySize> entryBytes{};
-  SeekTo(file, EntryOffset(ClampPage(page, directory.Count)));
+  GoTo(file, EntryOffset(ClampPage(page, directory.Count)));
   if (!ReadBlock(file, entryBytes)) return STATUS_BAD_FORMAT;
   entry = DecodeEntry(entryBytes);
-
-  Block<kPngSignatureSize> signature{};
-  SeekTo(file, entry.ImageOffset);
-  if (!ReadBlock(file, signature)) return STATUS_READ_ERROR;
-  isPng = IsPNGHeader(signature.data()) != 0;
-  return STATUS_OK;
+  return ProbeBody(file, entry, isPng);
 }
 
 int FindIconImage(HANDLE file, const ICONDIRENTRY& entry, ImageSource& image) {
-  Block<kInfoHeaderSize> bytes{};
-  SeekTo(file, entry.ImageOffset);
-  if (!ReadBlock(file, bytes)) return STATUS_BAD_FORMAT;
-  ImageHeader header = DecodeInfoHeader(bytes);
-  if (header.Kind() != HeaderKind::kInfo) return STATUS_BAD_FORMAT;
+  ImageHeader& header = image.header;
+  if (!ReadBodyHeader(file, entry, header) || header.Kind() != HeaderKind::kInfo) return STATUS_BAD_FORMAT;
   image.signature = kIconSignature;
   image.pixelOffset = IconPixelOffset(entry, header);
   header.height = IconHeight(header);
-  image.header = header;
   return STATUS_OK;
 }
 

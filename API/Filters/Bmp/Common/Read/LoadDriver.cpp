@@ -1,5 +1,6 @@
 // The load driver: opens the file, finds the image, tells the target bitmap what is coming, and leaves
-// the rows to the row decoder. Nothing of the target changes before every header has been accepted.
+// the rows to the row decoder. The target changes only once palette or masks are read and
+// the pixels found.
 #include "../Bmp.h"
 #include "../Format/Geometry.h"
 #include "../Format/Rules.h"
@@ -31,7 +32,7 @@ int ReadMasks(_LOADDISPATCH& dispatch, HANDLE file, const ImageHeader& header, M
 
   const bool insideHeader = dispatch.FileInfo->Format == FMT_OS2_2;
   Block<kMasksSize> bytes{};
-  if (insideHeader) SeekTo(file, kMasksOffset);
+  if (insideHeader) GoTo(file, kMasksOffset);
   if (!ReadBlock(file, bytes)) return STATUS_READ_ERROR;
   if (insideHeader && !SkipMaskTail(file, header.size)) return STATUS_READ_ERROR;
 

@@ -8,7 +8,7 @@ namespace {
 
 constexpr unsigned int kDecodingPng = 0x1000;  // IMAGEINFO.Flags
 
-/// The kernel's decoded picture; released where the kernel gave it pixels.
+/// The kernel's decoded picture; released where the kernel gave it pixels, even if it then failed.
 class DecodedBitmap {
  public:
   DecodedBitmap() = default;
@@ -31,7 +31,7 @@ class DecodedBitmap {
 int DecodeStream(_LOADDISPATCH& dispatch, HANDLE file, const ICONDIRENTRY& entry, _BITMAPHANDLE& decoded) {
   const Buffer stream(entry.BytesInRes);
   if (!stream) return STATUS_NO_MEMORY;
-  SeekTo(file, entry.ImageOffset);
+  GoTo(file, entry.ImageOffset);
   if (!ReadExactly(file, stream.Get(), entry.BytesInRes)) return STATUS_READ_ERROR;
 
   IMAGEINFO& info = *dispatch.FileInfo;
@@ -57,7 +57,7 @@ void DescribeTarget(_BITMAPHANDLE& target, const ICONDIRENTRY& entry, const _BIT
 int DeliverRows(_LOADDISPATCH& dispatch, _BITMAPHANDLE& decoded, uint8_t* row) {
   for (int r = 0; r < decoded.Height; ++r) {
     VX_GetBitmapRow(&decoded, row, r, static_cast<uint32_t>(decoded.BytesPerLine));
-    const bool isLast = r == decoded.Height - 1 || r == dispatch.Bitmap->Height - 1;
+    const bool isLast = r + 1 == decoded.Height || r + 1 == dispatch.Bitmap->Height;
     const unsigned int flags =
         ROW_FLAGS_BASE | (r == 0 ? ROW_FLAG_FIRST : 0U) | (isLast ? ROW_FLAG_LAST : 0U);
     const int status =

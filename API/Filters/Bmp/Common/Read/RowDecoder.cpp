@@ -14,8 +14,8 @@
 namespace bmp {
 namespace {
 
-constexpr int kBytesPerPixel = 4;     // room for a row of any depth
-constexpr int kLongestRow = 1 << 28;  // pixels: 1 GiB of row, for which no caller has room
+constexpr int kBytesPerPixel = 4;           // room for a row of any depth
+constexpr int kLongestRow = (1 << 28) - 1;  // pixels; four bytes each, and twice that, fit an int
 
 /// Stored rows to deliver: from `first` up to but not including `end`.
 struct Band {
@@ -49,7 +49,7 @@ Band RequestedBand(const _LOADDISPATCH& dispatch, int height) {
 
 int Deliver(Decoding& decoding, int row) {
   const _LOADDISPATCH& dispatch = decoding.dispatch;
-  if (decoding.hasMask && row == decoding.height - 1) {
+  if (decoding.hasMask && row == WrapSubtract(decoding.height, 1)) {
     if (const int status = ReadIconMask(*dispatch.Bitmap, decoding.input); status != STATUS_OK) return status;
   }
   const unsigned int flags =
@@ -120,7 +120,7 @@ int ReadRawData(_LOADDISPATCH* dispatch, HANDLE file, int width, int height, int
                 int compression, int convert, unsigned short signature) {
   if (width < 0 || width > bmp::kLongestRow) return STATUS_NO_MEMORY;
   const auto rowSize = static_cast<uint32_t>(width * bmp::kBytesPerPixel);
-  const int readSize = std::max(dispatch->ReadBufferSize, 0);
+  const int readSize = std::clamp(dispatch->ReadBufferSize, 0, INT32_MAX - 1);
 
   const bmp::Buffer row(rowSize);
   if (!row) return STATUS_NO_MEMORY;

@@ -49,7 +49,7 @@ class Rle8Row {
   Rle8Row(uint8_t* bytes, int stride) : bytes_(bytes), stride_(stride) {}
 
   [[nodiscard]] int Limit() const { return stride_; }
-  static int LiteralBytes(int pixels) { return pixels; }
+  static int BytesFor(int pixels) { return pixels; }
 
   void Run(int x, int count, uint8_t value) { StoreRun(bytes_ + x, count, stride_ - x, value); }
   void Literal(int x, int count, const Literals& literals) {
@@ -69,7 +69,7 @@ class Rle4Row {
   Rle4Row(uint8_t* bytes, int stride) : bytes_(bytes), stride_(stride) {}
 
   [[nodiscard]] int Limit() const { return 2 * stride_; }
-  static int LiteralBytes(int pixels) { return (pixels + 1) / 2; }
+  static int BytesFor(int pixels) { return (pixels + 1) / 2; }
 
   void Run(int x, int count, uint8_t pair) {
     if (x % 2 != 0) {
@@ -78,14 +78,14 @@ class Rle4Row {
       ++x;
       --count;
     }
-    StoreRun(bytes_ + x / 2, LiteralBytes(count), stride_ - x / 2, pair);
+    StoreRun(bytes_ + x / 2, BytesFor(count), stride_ - x / 2, pair);
     EndPixels(x + count);
   }
 
   void Literal(int x, int count, const Literals& literals) {
     uint8_t* to = bytes_ + x / 2;
     if (x % 2 == 0) {
-      StoreLiterals(to, LiteralBytes(count), stride_ - x / 2, literals);
+      StoreLiterals(to, BytesFor(count), stride_ - x / 2, literals);
     } else {
       for (int i = 0; i < count; i += 2) {
         const uint8_t pair = literals.bytes[i / 2];
@@ -97,8 +97,8 @@ class Rle4Row {
   }
 
   void Clear(int from, int to) {
-    const int first = LiteralBytes(from);
-    std::memset(bytes_ + first, 0, static_cast<size_t>(LiteralBytes(to) - first));
+    const int first = BytesFor(from);
+    std::memset(bytes_ + first, 0, static_cast<size_t>(BytesFor(to) - first));
   }
 
  private:
@@ -180,17 +180,17 @@ void DecodeCodes(ReadBuffer& input, RunLengthState& state, Row& row) {
       if (count > 0) row.Run(x, count, second);
       x += count;
     } else if (second > kDelta) {
-      const Literals literals = codes.TakeLiterals(Row::LiteralBytes(second), scratch);
+      const Literals literals = codes.TakeLiterals(Row::BytesFor(second), scratch);
       const int count = std::min<int>(second, limit - x);
       if (count > 0) row.Literal(x, count, literals);
       x += count;
     } else if (second == kDelta) {
-      const auto [right, up] = codes.Next();
+      const auto [right, rows] = codes.Next();
       const int from = x;
       x += std::min<int>(right, limit - x);
-      row.Clear(from, up == 0 ? x : limit);
-      if (up == 0) continue;
-      state.rowsToSkip = up - 1;
+      row.Clear(from, rows == 0 ? x : limit);
+      if (rows == 0) continue;
+      state.rowsToSkip = rows - 1;
       state.x = x;
       return;
     } else {

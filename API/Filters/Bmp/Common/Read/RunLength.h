@@ -1,10 +1,10 @@
 // The run-length codings of bitmap files, RLE8 and RLE4.
 //
 // The data is a stream of byte pairs. (n, v) with n > 0 is a run of n pixels: index v, or at 4 bits the
-// two nibbles of v in turn. (0, m) is an escape: 0 ends the row, 1 ends the bitmap, 2 moves right and
-// up by the two bytes that follow, and m >= 3 announces m literal pixels, padded to an even number of
-// bytes. Pixels that no code reaches are 0. No data is ever refused: what falls outside a row is
-// dropped, and a stream that ends early reads as ends of rows.
+// two nibbles of v in turn. (0, m) is an escape: 0 ends the row, 1 ends the bitmap, 2 moves right
+// and that many stored rows on by the two bytes that follow, and m >= 3 announces m literal pixels, padded to
+// an even number of bytes. Pixels that no code reaches are 0. No data is ever refused: what falls outside a
+// row is dropped, and a stream that ends early reads as ends of rows.
 #pragma once
 
 #include <cstdint>
