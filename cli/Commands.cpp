@@ -5,7 +5,7 @@ namespace cli {
 namespace {
 
 constexpr Command kCommands[] = {
-    {"info", "say what is in bitmap, icon and cursor files",
+    {"info", "Says what is in bitmap, icon and cursor files.",
      R"(One line a page: its kind, size in pixels, bits a pixel, coding, the order its rows
 are stored in, the order of its colours, and dots per inch. A file named - is standard
 input. Files that cannot be read are named on standard error; the others are still listed.
@@ -13,10 +13,9 @@ input. Files that cannot be read are named on standard error; the others are sti
 Examples:
   vxbmp info *.bmp
   vxbmp info app.ico --page 3
-  vxbmp info --json icons/*.ico | jq -r 'select(.width >= 48) | .file'
-)",
+  vxbmp info --json icons/*.ico | jq -r 'select(.width >= 48) | .file')",
      DeclareInfo},
-    {"convert", "turn a page, or headerless pixel data, into a PNG file",
+    {"convert", "Turns a picture, a page or headerless pixel data into a PNG file.",
      R"(The PNG file appears whole or not at all. Masks and alpha of icons and cursors become
 transparency. IN may be - for standard input, OUT may be - for standard output.
 
@@ -33,8 +32,7 @@ Examples:
   vxbmp convert damaged.bmp rescued.png --allow-truncated
   unzip -p icons.zip app.ico | vxbmp convert - app.png
   vxbmp convert dump.bin out.png --raw 640x480x16:bitfields \
-      --masks 0xF800,0x07E0,0x001F --offset 512 --top-down
-)",
+      --masks 0xF800,0x07E0,0x001F --offset 512 --top-down)",
      DeclareConvert},
 };
 

@@ -39,6 +39,7 @@ void ParseBand(const std::string& band, vx_load_options& options) {
 }
 
 vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescription* raw) {
+  if (arguments.page < 1) throw UsageError("--page: pages count from 1");
   vx::LoadOptions options;
   options.page = arguments.page;
   options.allow_truncated = arguments.allowTruncated ? 1 : 0;
@@ -82,12 +83,12 @@ Action DeclareConvert(CLI::App& command) {
   auto arguments = std::make_shared<ConvertArguments>();
   command.add_option("IN", arguments->in, "file to read; - is standard input")->required();
   command.add_option("OUT.png", arguments->out, "file to write; - is standard output")->required();
-  CLI::Option* page = command.add_option("--page", arguments->page, "page of an icon or cursor, from 1")
-                          ->type_name("N")
-                          ->check(CLI::PositiveNumber);
+  CLI::Option* page =
+      command.add_option("--page", arguments->page, "page of an icon or cursor, from 1; 1 unless given")
+          ->option_text("N");
   command.add_flag("--allow-truncated", arguments->allowTruncated, "take what is there of a file cut short");
   command.add_option("--band", arguments->band, "convert COUNT rows only, from row FIRST; the top row is 0")
-      ->type_name("FIRST:COUNT");
+      ->option_text("FIRST:COUNT");
   arguments->raw.Declare(command)->excludes(page);
   return [arguments, page] {
     arguments->pageGiven = page->count() > 0;

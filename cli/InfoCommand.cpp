@@ -22,7 +22,7 @@ constexpr std::string_view kAllPages = "all";
 
 struct InfoArguments {
   std::vector<std::string> files;
-  std::string page{kAllPages};
+  std::string page;
   bool json = false;
 };
 
@@ -120,7 +120,7 @@ class JsonLines final : public Listing {
 class InfoCommand {
  public:
   explicit InfoCommand(const InfoArguments& arguments)
-      : page_(ParsePage(arguments.page)), files_(arguments.files) {
+      : page_(ParsePage(arguments.page)), all_(arguments.page == kAllPages), files_(arguments.files) {
     if (arguments.json) {
       listing_ = std::make_unique<JsonLines>();
     } else {
@@ -135,10 +135,10 @@ class InfoCommand {
   }
 
  private:
-  static constexpr int kAll = 0;
+  static constexpr int kNoPage = 0;
 
   static int ParsePage(const std::string& page) {
-    if (page == kAllPages) return kAll;
+    if (page.empty() || page == kAllPages) return kNoPage;
     int number = 0;
     if (!CLI::detail::lexical_cast(page, number) || number < 1) {
       throw UsageError(fmt::format("--page {}: a number from 1, or all, is needed", Printable(page)));
@@ -148,16 +148,16 @@ class InfoCommand {
 
   void ListFile(const std::string& file) try {
     Input input(file.c_str());
-    if (page_ != kAll) {
+    if (page_ != kNoPage) {
       ListPage(file, input.Source(), page_);
     } else {
       ListAllPages(file, input.Source());
     }
   } catch (const vx::Error& error) {
-    Fail(error, file, kAll);
+    Fail(error, file, kNoPage);
   } catch (const FileError& error) {
     ReportMessage(error.what());
-    listing_->AddFailure(file, 0, VX_OPEN_ERROR, error.what());
+    listing_->AddFailure(file, kNoPage, VX_OPEN_ERROR, error.what());
     exitCode_ = kExitFailed;
   }
 
@@ -169,19 +169,22 @@ class InfoCommand {
     return false;
   }
 
-  /// A hostile directory may announce 65535 pages of nothing: after a few failures the rest is only counted.
+  /// A hostile directory may announce 65535 pages, each of which takes a look at all others to describe, or
+  /// as many pages of nothing. So the list ends after a few bad ones, and, unless all pages were asked for,
+  /// after more than any real file has.
   void ListAllPages(const std::string& file, vx::Source& source) {
+    constexpr int kPagesListed = 100;
     constexpr int kFailuresShown = 3;
     const int pages = CountPages(source);
+    const int last = all_ ? pages : std::min(pages, kPagesListed);
     int failures = 0;
-    for (int page = 1; page <= pages; ++page) {
+    int page = 1;
+    for (; page <= last && (all_ || failures < kFailuresShown); ++page) {
       if (!ListPage(file, source, page)) ++failures;
-      if (failures == kFailuresShown && page < pages) {
-        ReportMessage(
-            fmt::format("{}: left alone after {} bad pages of {}", Printable(file), failures, pages));
-        return;
-      }
     }
+    if (page > pages) return;
+    ReportMessage(fmt::format("{}: {} pages; those from {} on were left out, --page all lists them",
+                              Printable(InputName(file.c_str())), pages, page));
   }
 
   /// Every good page knows how many there are, so one that can be read is looked for. A file without any
@@ -204,7 +207,8 @@ class InfoCommand {
     exitCode_ = kExitFailed;
   }
 
-  int page_;
+  int page_;  // kNoPage: every page, within reason
+  bool all_;  // every page, whatever their number
   const std::vector<std::string>& files_;
   std::unique_ptr<Listing> listing_;
   ExitCode exitCode_ = kExitOk;
@@ -215,7 +219,9 @@ class InfoCommand {
 Action DeclareInfo(CLI::App& command) {
   auto arguments = std::make_shared<InfoArguments>();
   command.add_option("FILE", arguments->files, "files to look into; - is standard input")->required();
-  command.add_option("--page", arguments->page, "show this page only, instead of all")->type_name("N|all");
+  command
+      .add_option("--page", arguments->page, "show page N only, or really all where there are more than 100")
+      ->option_text("N|all");
   command.add_flag("--json", arguments->json, "print one JSON object a line, for scripts");
   return [arguments] { return InfoCommand(*arguments).Run(); };
 }

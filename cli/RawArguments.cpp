@@ -114,19 +114,25 @@ std::vector<uint8_t> ReadPalette(const std::string& path) {
 }  // namespace
 
 CLI::Option* RawArguments::Declare(CLI::App& command) {
-  CLI::Option* raw = command.add_option("--raw", shape_, "read headerless pixel data of this size and depth")
-                         ->type_name("WxHxBITS[:CODING]");
-  command.add_option("--offset", offset_, "headerless data: byte at which the pixels begin")
-      ->type_name("BYTES")
+  constexpr const char* kGroup = "Headerless data";
+  CLI::Option* raw =
+      command.add_option("--raw", shape_, "take IN as pixel data of this size, depth and coding")
+          ->option_text("WxHxBITS[:CODING]")
+          ->group(kGroup);
+  command.add_option("--offset", offset_, "byte of IN at which the pixels begin")
       ->check(CLI::Range(0U, static_cast<uint32_t>(INT_MAX)))
+      ->option_text("BYTES")
+      ->group(kGroup)
       ->needs(raw);
-  command.add_option("--palette", palettePath_, "headerless data: file of its colours")
-      ->type_name("FILE")
+  command.add_option("--palette", palettePath_, "file of its colours")
+      ->option_text("FILE")
+      ->group(kGroup)
       ->needs(raw);
-  command.add_option("--masks", masks_, "headerless data: bits that hold red, green and blue")
-      ->type_name("R,G,B")
+  command.add_option("--masks", masks_, "bits that hold red, green and blue")
+      ->option_text("R,G,B")
+      ->group(kGroup)
       ->needs(raw);
-  command.add_flag("--top-down", topDown_, "headerless data: its first row is the top one")->needs(raw);
+  command.add_flag("--top-down", topDown_, "its first row is the top one")->group(kGroup)->needs(raw);
   return raw;
 }
 

@@ -1,27 +1,18 @@
-// vxbmp: reads the command line, lets a command do its work, and turns what went wrong into an exit code.
+// vxbmp: puts the process in order, hands over to the command line, and turns what went wrong into an exit
+// code.
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <unistd.h>
-#include <vx/vx.h>
 
-#include <CLI/CLI.hpp>
 #include <array>
 #include <clocale>
 #include <csignal>
-#include <cstdint>
 #include <exception>
 #include <new>
-#include <vector>
 
-#include "Command.h"
-#include "Output.h"
+#include "CommandLine.h"
 #include "Report.h"
-#include "Text.h"
 
 namespace {
-
-using cli::Command;
-using cli::ExitCode;
 
 /// A file opened later must not get the number of a standard stream that was closed. What takes the place
 /// of the stream fails as a closed one does: a descriptor that is open the wrong way round.
@@ -33,76 +24,11 @@ void OccupyClosedStreams() {
   }
 }
 
-/// The parser and the commands it knows, with what each of them does.
-class CommandLine {
- public:
-  CommandLine() {
-    app_.name("vxbmp");
-    app_.require_subcommand(1);
-    app_.fallthrough();
-    app_.footer("vxbmp COMMAND --help says more about a command and gives examples.");
-    app_.set_version_flag(
-        "--version", [] { return fmt::format("vxbmp {}", vx_version()); }, "print the version and exit");
-    app_.set_help_flag("-h,--help", "print this help and exit");
-    app_.add_option("--memory-limit", memoryLimit_, "memory that pictures may take, 1G unless given")
-        ->type_name("SIZE")
-        ->transform(CLI::AsSizeValue(false).description(""));
-    for (const Command& command : cli::AllCommands()) {
-      CLI::App* sub = app_.add_subcommand(command.name, command.summary);
-      sub->footer(command.details);
-      actions_.push_back(command.declare(*sub));
-    }
-  }
-
-  ExitCode Run(int argc, char** argv) {
-    app_.parse(argc, argv);
-    if (memoryLimit_ > 0) vx_set_memory_limit(memoryLimit_);
-    for (size_t i = 0; i < actions_.size(); ++i) {
-      if (app_.got_subcommand(cli::AllCommands()[i].name)) return actions_[i]();
-    }
-    return cli::kExitUsage;
-  }
-
-  /// What the parser threw: a request for help, or a mistake.
-  ExitCode Explain(const CLI::ParseError& error) {
-    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-      std::ostringstream text;
-      app_.exit(error, text, text);
-      cli::PrintToStandardOutput(text.str());
-      return cli::kExitOk;
-    }
-    return ExplainUsage(error.what());
-  }
-
-  ExitCode ExplainUsage(const char* problem) const {
-    const auto used = app_.get_subcommands();
-    const std::string command = used.empty() ? "" : used.front()->get_name() + " ";
-    cli::ReportMessage(fmt::format("{}\nTry: vxbmp {}--help", problem, command));
-    return cli::kExitUsage;
-  }
-
- private:
-  CLI::App app_{"Reads Windows and OS/2 bitmaps, icons and cursors."};
-  uint64_t memoryLimit_ = 0;
-  std::vector<cli::Action> actions_;
-};
-
-ExitCode ParseAndRun(int argc, char** argv) {
-  CommandLine commandLine;
+cli::ExitCode Run(int argc, char** argv) {
   try {
-    return commandLine.Run(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return commandLine.Explain(error);
-  } catch (const cli::UsageError& error) {
-    return commandLine.ExplainUsage(error.what());
-  }
-}
-
-ExitCode Run(int argc, char** argv) {
-  try {
-    return ParseAndRun(argc, argv);
+    return cli::CommandLine().Run(argc, argv);
   } catch (const cli::OutputClosed&) {
-    return cli::kExitFailed;
+    // Whoever closed it knows.
   } catch (const std::bad_alloc&) {
     cli::ReportMessage("memory ran out");
   } catch (const std::exception& error) {
@@ -116,7 +42,9 @@ ExitCode Run(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     OccupyClosedStreams();
+    // Both are told by the write that fails as well, and that leaves time to clean up.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     std::setlocale(LC_CTYPE, "C.UTF-8");
     return Run(argc, argv);
   } catch (...) {

@@ -67,6 +67,7 @@ std::vector<Item> CollectFolder(const fs::path& folder, const std::string& group
     return std::pair(a.first, a.second.path) < std::pair(b.first, b.second.path);
   });
   std::vector<Item> items;
+  items.reserve(found.size());
   for (auto& [place, item] : found) items.push_back(std::move(item));
   return items;
 }

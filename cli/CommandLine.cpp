@@ -1,0 +1,136 @@
+// The parser behind vxbmp, and the look of its help.
+#include "CommandLine.h"
+
+#include <fmt/format.h>
+#include <vx/vx.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <utility>
+
+#include "Output.h"
+#include "Report.h"
+#include "Text.h"
+
+namespace cli {
+namespace {
+
+/// Help without the parser's inner life: an option shows the name of its value, and the words and examples
+/// around it say the rest.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  HelpFormatter() {
+    constexpr size_t kColumn = 28;
+    column_width(kColumn);
+    label("Positionals", "Arguments");
+    label("SUBCOMMAND", "COMMAND");
+    label("OPTIONS", "options");
+  }
+
+  std::string make_option_opts(const CLI::Option* option) const override {
+    return option->get_option_text().empty() ? "" : " " + option->get_option_text();
+  }
+
+  std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+    std::string help = CLI::Formatter::make_help(app, std::move(name), mode);
+    for (size_t gap = 0; (gap = help.find("\n\n\n")) != std::string::npos;) help.erase(gap, 1);
+    return help;
+  }
+};
+
+/// The first word that the parser could not place; of several, an option. "" where there is none.
+std::string FirstUnknown(const CLI::App& app) {
+  const std::vector<std::string> rest = app.remaining(true);
+  const auto option =
+      std::find_if(rest.begin(), rest.end(), [](const std::string& word) { return word.starts_with("-"); });
+  if (option != rest.end()) return *option;
+  return rest.empty() ? "" : rest.front();
+}
+
+std::string CommandNames() {
+  std::string names;
+  for (const Command& command : AllCommands()) names += std::string(names.empty() ? "" : ", ") + command.name;
+  return names;
+}
+
+}  // namespace
+
+CommandLine::CommandLine() {
+  app_.name("vxbmp");
+  app_.require_subcommand(1);
+  app_.fallthrough();
+  app_.formatter(std::make_shared<HelpFormatter>());
+  app_.footer("vxbmp COMMAND --help says more about a command and gives examples.");
+  app_.set_help_flag("-h,--help", "print this help and exit");
+  app_.set_version_flag(
+      "--version", [] { return fmt::format("vxbmp {}", vx_version()); }, "print the version and exit");
+  app_.add_option("--memory-limit", memoryLimit_,
+                  "memory that pictures may take, such as 4G; 1G unless given")
+      ->option_text("SIZE");
+  for (const Command& command : AllCommands()) {
+    CLI::App* sub = app_.add_subcommand(command.name, command.summary);
+    sub->group("Commands");
+    sub->footer(command.details);
+    actions_.push_back(command.declare(*sub));
+  }
+}
+
+ExitCode CommandLine::Run(int argc, char** argv) {
+  try {
+    app_.parse(argc, argv);
+    return Act();
+  } catch (const CLI::ParseError& error) {
+    return ExplainParsing(error);
+  } catch (const UsageError& error) {
+    return ExplainUsage(error.what());
+  }
+}
+
+ExitCode CommandLine::Act() {
+  ApplyMemoryLimit();
+  for (size_t i = 0; i < actions_.size(); ++i) {
+    if (app_.got_subcommand(AllCommands()[i].name)) return actions_[i]();
+  }
+  throw UsageError("a command is needed");
+}
+
+void CommandLine::ApplyMemoryLimit() const {
+  if (memoryLimit_.empty()) return;
+  const std::optional<uint64_t> bytes = ParseByteCount(memoryLimit_);
+  if (!bytes || *bytes == 0) {
+    throw UsageError(fmt::format("--memory-limit {}: a number of bytes is needed, such as 512M or 4G",
+                                 Printable(memoryLimit_)));
+  }
+  vx_set_memory_limit(*bytes);
+}
+
+ExitCode CommandLine::ExplainParsing(const CLI::ParseError& error) {
+  if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+    std::ostringstream text;
+    app_.exit(error, text, text);
+    PrintToStandardOutput(text.str());
+    return kExitOk;
+  }
+  const std::string word = FirstUnknown(app_);
+  const bool isOption = word.starts_with("-");
+  if (isOption) return ExplainUsage(fmt::format("there is no option {}", Printable(word)));
+  if (!app_.get_subcommands().empty()) return ExplainUsage(Printable(error.what()));
+  if (!word.empty()) {
+    return ExplainUsage(fmt::format("there is no command {}, only {}", Printable(word), CommandNames()));
+  }
+  std::fputs(app_.help().c_str(), stderr);
+  return kExitUsage;
+}
+
+ExitCode CommandLine::ExplainUsage(const std::string& problem) const {
+  const auto used = app_.get_subcommands();
+  const std::string command = used.empty() ? "" : used.front()->get_name() + " ";
+  ReportMessage(fmt::format("{}\nTry: vxbmp {}--help", problem, command));
+  return kExitUsage;
+}
+
+}  // namespace cli

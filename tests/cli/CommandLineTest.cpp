@@ -1,0 +1,271 @@
+// vxbmp from the outside: what it prints, what it leaves behind, and its exit code.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <png.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "Shell.h"
+#include "samples/Samples.h"
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+const samples::Sample& SampleNamed(const std::string& name) {
+  static const std::vector<samples::Sample> all = samples::All();
+  return *std::find_if(all.begin(), all.end(), [&](const auto& each) { return each.name == name; });
+}
+
+class CommandLineTest : public testing::Test {
+ protected:
+  void Provide(const std::string& name) { shell.Write(name, SampleNamed(name).bytes); }
+
+  Shell shell;
+};
+
+std::vector<uint8_t> DecodePng(const std::string& bytes) {
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  if (png_image_begin_read_from_memory(&image, bytes.data(), bytes.size()) == 0) return {};
+  image.format = PNG_FORMAT_RGBA;
+  std::vector<uint8_t> rgba(PNG_IMAGE_SIZE(image));
+  if (png_image_finish_read(&image, nullptr, rgba.data(), 0, nullptr) == 0) return {};
+  return rgba;
+}
+
+std::vector<nlohmann::json> ParseLines(const std::string& text) {
+  std::vector<nlohmann::json> objects;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) objects.push_back(nlohmann::json::parse(line));
+  return objects;
+}
+
+bool Mentions(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+TEST_F(CommandLineTest, ConvertsEverySampleToItsPicture) {
+  for (const samples::Sample& sample : samples::All()) {
+    SCOPED_TRACE(sample.name);
+    shell.Write(sample.name, sample.bytes);
+    if (!sample.palette.empty()) shell.Write(samples::PaletteFileName(sample), sample.palette);
+    const Outcome outcome = shell.Run("vxbmp convert " + sample.name + " out.png " + sample.raw);
+    const bool loads =
+        sample.outcome == samples::Outcome::Loads || sample.outcome == samples::Outcome::LoadsDamaged;
+    EXPECT_EQ(outcome.code, loads ? 0 : 1) << outcome.err;
+    EXPECT_EQ(outcome.err.empty(), loads) << outcome.err;
+    if (!sample.rgba.empty()) {
+      EXPECT_TRUE(DecodePng(shell.Read("out.png")) == sample.rgba);
+    }
+  }
+}
+
+TEST_F(CommandLineTest, InfoListsWhatItCanAndNamesTheRest) {
+  Provide("icon-sizes.ico");
+  Provide("win-rle8.bmp");
+  Provide("bad-text.bmp");
+  const Outcome outcome = shell.Run("vxbmp info win-rle8.bmp missing.bmp bad-text.bmp icon-sizes.ico");
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1 + 1 + 4);
+  EXPECT_TRUE(Mentions(outcome.err, "vxbmp: missing.bmp"));
+  EXPECT_TRUE(Mentions(outcome.err, "vxbmp: bad-text.bmp"));
+  EXPECT_TRUE(Mentions(outcome.err, "(STATUS_BAD_FORMAT, -9)"));
+
+  // Columns begin at the same place in every line.
+  std::istringstream lines(outcome.out);
+  std::string line;
+  std::getline(lines, line);
+  const size_t sizeColumn = line.find("SIZE");
+  for (const char* size : {"61x48 ", "16x16 ", "24x24 ", "32x32 ", "48x48 "}) {
+    ASSERT_TRUE(std::getline(lines, line));
+    EXPECT_EQ(line.find(size), sizeColumn) << line;
+  }
+}
+
+TEST_F(CommandLineTest, JsonIsOneObjectALine) {
+  Provide("icon-sizes.ico");
+  Provide("bad-header-13.bmp");
+  const Outcome outcome = shell.Run("vxbmp info --json bad-header-13.bmp icon-sizes.ico");
+  EXPECT_EQ(outcome.code, 1);
+  const std::vector<nlohmann::json> objects = ParseLines(outcome.out);
+  ASSERT_EQ(objects.size(), 5U);
+  EXPECT_EQ(objects[0]["error"], "STATUS_FAILURE");
+  EXPECT_EQ(objects[0]["status"], 0);
+  EXPECT_EQ(objects[4]["page"], 4);
+  EXPECT_EQ(objects[4]["pages"], 4);
+  EXPECT_EQ(objects[4]["width"], 48);
+  EXPECT_EQ(objects[4]["bits_per_pixel"], 32);
+  EXPECT_EQ(objects[4]["orientation"], "bottom-up");
+}
+
+TEST_F(CommandLineTest, NamesOfFilesCannotCommandTheTerminal) {
+  const std::string name = "red\x1b[31m \xff\nb\xe2\x80\xae.bmp";
+  shell.Write(name, SampleNamed("win-1bit.bmp").bytes);
+  const Outcome table = shell.Run("vxbmp info " + Quoted(name));
+  EXPECT_TRUE(Mentions(table.out, "red\\x1B[31m \\xFF\\x0Ab\\xE2\\x80\\xAE.bmp")) << table.out;
+  const Outcome missing = shell.Run("vxbmp info " + Quoted("no" + name));
+  EXPECT_EQ(missing.code, 1);
+  EXPECT_EQ(missing.err.find_first_of("\x1b\xff"), std::string::npos) << missing.err;
+  const Outcome json = shell.Run("vxbmp info --json " + Quoted(name));
+  EXPECT_EQ(ParseLines(json.out).at(0)["file"], "red\x1b[31m \xef\xbf\xbd\nb\xe2\x80\xae.bmp");
+}
+
+TEST_F(CommandLineTest, ReadsAndWritesPipes) {
+  Provide("icon-sizes.ico");
+  ASSERT_EQ(shell.Run("vxbmp convert icon-sizes.ico file.png --page 3").code, 0);
+  const char* const ways[] = {
+      "cat icon-sizes.ico | vxbmp convert - - --page 3 | cat > way.png",
+      "vxbmp convert - way.png --page 3 < icon-sizes.ico",
+      "mkfifo in; cat icon-sizes.ico > in & vxbmp convert in way.png --page 3; rm in",
+      "mkfifo out; cat out > way.png & vxbmp convert icon-sizes.ico out --page 3; wait; rm out"};
+  for (const char* way : ways) {
+    SCOPED_TRACE(way);
+    const Outcome outcome = shell.Run(way);
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(shell.Read("way.png"), shell.Read("file.png"));
+    shell.Run("rm way.png");
+  }
+}
+
+TEST_F(CommandLineTest, FailureLeavesTheOldFileAndNothingElse) {
+  Provide("win-24bit.bmp");
+  Provide("bad-rows-cut.bmp");
+  shell.Write("old.png", std::string("old"));
+  const Names before = shell.Names();
+  for (const char* command :
+       {"vxbmp convert bad-rows-cut.bmp old.png", "vxbmp convert missing.bmp old.png",
+        "vxbmp convert win-24bit.bmp old.png --page 2", "vxbmp convert win-24bit.bmp old.png --band 40:9",
+        "vxbmp convert win-24bit.bmp old.png --memory-limit 1K",
+        "ulimit -f 1; vxbmp convert win-24bit.bmp old.png",
+        "vxbmp convert win-24bit.bmp no-such-folder/new.png"}) {
+    SCOPED_TRACE(command);
+    const Outcome outcome = shell.Run(command);
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_TRUE(outcome.err.starts_with("vxbmp: ")) << outcome.err;
+    EXPECT_EQ(shell.Read("old.png"), "old");
+    EXPECT_EQ(shell.Names(), before);
+  }
+}
+
+TEST_F(CommandLineTest, HintsAtWhatHelps) {
+  Provide("bad-rows-cut.bmp");
+  Provide("win-24bit.bmp");
+  const Outcome cut = shell.Run("vxbmp convert bad-rows-cut.bmp out.png");
+  EXPECT_TRUE(Mentions(cut.err, "hint: --allow-truncated")) << cut.err;
+  EXPECT_EQ(shell.Run("vxbmp convert bad-rows-cut.bmp out.png --allow-truncated").code, 0);
+  const Outcome memory = shell.Run("vxbmp --memory-limit 2K convert win-24bit.bmp out.png");
+  EXPECT_TRUE(Mentions(memory.err, "hint: --memory-limit")) << memory.err;
+  EXPECT_EQ(shell.Run("vxbmp --memory-limit 1M convert win-24bit.bmp out.png").code, 0);
+}
+
+TEST_F(CommandLineTest, BandIsThoseRowsOfThePicture) {
+  Provide("win-24bit.bmp");
+  const samples::Sample& sample = SampleNamed("win-24bit.bmp");
+  ASSERT_EQ(shell.Run("vxbmp convert win-24bit.bmp band.png --band 5:7").code, 0);
+  const auto rowBytes = static_cast<std::ptrdiff_t>(sample.width) * 4;
+  const std::vector<uint8_t> expected(sample.rgba.begin() + 5 * rowBytes,
+                                      sample.rgba.begin() + 12 * rowBytes);
+  EXPECT_TRUE(DecodePng(shell.Read("band.png")) == expected);
+}
+
+TEST_F(CommandLineTest, PaletteMayBeTriplets) {
+  // One row of the indices 0, 1, 255 and 2, and 256 colours, red first.
+  shell.Write("four.raw", std::vector<uint8_t>{0, 1, 255, 2});
+  std::vector<uint8_t> palette(768);
+  const std::vector<uint8_t> expected{10, 20, 30, 255, 1, 2, 3, 255, 200, 100, 50, 255, 7, 8, 9, 255};
+  for (const auto& [entry, pixel] : {std::pair{0, 0}, {1, 1}, {255, 2}, {2, 3}}) {
+    std::copy_n(expected.begin() + pixel * 4, 3, palette.begin() + entry * 3);
+  }
+  shell.Write("palette.act", palette);
+  ASSERT_EQ(shell.Run("vxbmp convert four.raw out.png --raw 4x1x8 --palette palette.act").code, 0);
+  EXPECT_TRUE(DecodePng(shell.Read("out.png")) == expected);
+  shell.Write("palette.act", std::vector<uint8_t>(7));
+  EXPECT_EQ(shell.Run("vxbmp convert four.raw out.png --raw 4x1x8 --palette palette.act").code, 1);
+}
+
+TEST_F(CommandLineTest, WrongUsageIsExitCode2) {
+  Provide("win-1bit.bmp");
+  const char* const commands[] = {"",
+                                  "frobnicate",
+                                  "info",
+                                  "info --frobnicate win-1bit.bmp",
+                                  "info --page 0 win-1bit.bmp",
+                                  "info --page many win-1bit.bmp",
+                                  "convert win-1bit.bmp",
+                                  "convert win-1bit.bmp out.png --page 0",
+                                  "convert win-1bit.bmp out.png --band 5",
+                                  "convert win-1bit.bmp out.png --band 0:0",
+                                  "convert win-1bit.bmp out.png --band -1:2",
+                                  "convert win-1bit.bmp out.png --offset 3",
+                                  "convert win-1bit.bmp out.png --raw 4x4",
+                                  "convert win-1bit.bmp out.png --raw 4x0x8",
+                                  "convert win-1bit.bmp out.png --raw 4x4x2",
+                                  "convert win-1bit.bmp out.png --raw 4x4x8:lzw",
+                                  "convert win-1bit.bmp out.png --raw 4x4x8 --masks 1,2,4",
+                                  "convert win-1bit.bmp out.png --raw 4x4x16 --masks 1,2",
+                                  "convert win-1bit.bmp out.png --raw 4x4x16 --masks 1,2,0x10000",
+                                  "convert win-1bit.bmp out.png --raw 4x4x8 --page 2",
+                                  "--memory-limit much info win-1bit.bmp",
+                                  "--memory-limit 99999999999G info win-1bit.bmp"};
+  for (const char* command : commands) {
+    SCOPED_TRACE(command);
+    const Outcome outcome = shell.Run(std::string("vxbmp ") + command);
+    EXPECT_EQ(outcome.code, 2);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_TRUE(Mentions(outcome.err, "--help")) << outcome.err;
+  }
+  EXPECT_EQ(shell.Names(), Names{"win-1bit.bmp"});
+}
+
+TEST_F(CommandLineTest, HelpAndVersionAreNoErrors) {
+  for (const char* command :
+       {"vxbmp --help", "vxbmp --version", "vxbmp info --help", "vxbmp convert --help"}) {
+    const Outcome outcome = shell.Run(command);
+    EXPECT_EQ(outcome.code, 0) << command;
+    EXPECT_EQ(outcome.err, "") << command;
+    EXPECT_TRUE(Mentions(outcome.out, "vxbmp")) << command;
+  }
+}
+
+TEST_F(CommandLineTest, BrokenStreamsAreExitCode1) {
+  Provide("win-1bit.bmp");
+  for (const char* command : {"vxbmp info win-1bit.bmp > /dev/full", "vxbmp --help > /dev/full",
+                              "vxbmp convert win-1bit.bmp - > /dev/full", "vxbmp info win-1bit.bmp >&-",
+                              "vxbmp convert win-1bit.bmp - >&-", "vxbmp convert - out.png <&-"}) {
+    const Outcome outcome = shell.Run(command);
+    EXPECT_EQ(outcome.code, 1) << command;
+    EXPECT_TRUE(Mentions(outcome.err, "vxbmp: standard ")) << command << outcome.err;
+  }
+  EXPECT_EQ(shell.Run("vxbmp info missing.bmp 2>&-").code, 1);
+
+  // A reader that has gone is no news to anyone.
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  close(ends[0]);
+  const Outcome outcome = shell.Run("vxbmp info win-1bit.bmp >&" + std::to_string(ends[1]));
+  close(ends[1]);
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_EQ(outcome.err, "");
+}
+
+TEST_F(CommandLineTest, NeverWritesAPictureToATerminal) {
+  Provide("win-1bit.bmp");
+  const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+  if (terminal < 0 || grantpt(terminal) != 0 || unlockpt(terminal) != 0) GTEST_SKIP() << "no terminals here";
+  const std::string name = ptsname(terminal);
+  for (const std::string& command :
+       {"vxbmp convert win-1bit.bmp " + name, "vxbmp convert win-1bit.bmp - > " + name}) {
+    const Outcome outcome = shell.Run(command);
+    EXPECT_EQ(outcome.code, 2) << command;
+    EXPECT_TRUE(Mentions(outcome.err, "terminal")) << outcome.err;
+  }
+  close(terminal);
+}
+
+}  // namespace
