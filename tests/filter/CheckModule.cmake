@@ -1,5 +1,6 @@
 # Compares what the built filter exports and needs with what it promises.
 # Variables: NM, READELF, FILTER (the module), EXPORTS (the list of promised names).
+cmake_minimum_required(VERSION 3.25)
 function(fail_unless_equal what actual expected)
   if(NOT actual STREQUAL expected)
     list(JOIN actual "\n  " actual)
