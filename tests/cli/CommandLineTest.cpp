@@ -2,10 +2,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <png.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
