@@ -19,11 +19,7 @@ FileError FileError::FromErrno(std::string_view fileName, std::string_view what)
 }
 
 std::string ProblemOf(const vx::Error& error) {
-  // The library's own record of the detail may be gone: closing the source was a call as well.
-  const std::string_view text = error.what();
-  const std::string prefix = fmt::format("{}: ", vx_status_name(error.status()));
-  if (text.starts_with(prefix)) return std::string(text.substr(prefix.size()));
-  return vx_status_text(error.status());
+  return error.detail().empty() ? vx_status_text(error.status()) : error.detail();
 }
 
 }  // namespace cli

@@ -27,13 +27,17 @@ class Error : public std::runtime_error {
   explicit Error(int status) : Error(status, vx_error_detail()) {}
   Error(int status, const std::string& detail)
       : std::runtime_error(vx_status_name(status) + (detail.empty() ? detail : ": " + detail)),
-        status_(status) {}
+        status_(status),
+        detail_(detail) {}
 
   /// The vx_status.
   [[nodiscard]] int status() const noexcept { return status_; }
+  /// What the call found wrong, in words; "" when there is nothing to add to the status.
+  [[nodiscard]] const std::string& detail() const noexcept { return detail_; }
 
  private:
   int status_;
+  std::string detail_;
 };
 
 /// Throws unless the call worked.
