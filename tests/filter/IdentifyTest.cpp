@@ -35,7 +35,6 @@ TEST(Identify, EveryBitmapHeader) {
   };
   const Case cases[] = {
       {"24 bits, top-down", {{.width = 10, .height = -3}}, "6 10x3x24 =90 down 1 96,96"},
-      {"1 bit, rows to whole bytes", {{.width = 9, .height = 3, .bits = 1}}, "6 9x3x1 =6 up 0 96,96"},
       {"resolutions, one of them 0", {{.bits = 32, .xPixelsPerMetre = 11811}}, "6 4x2x32 =32 up 1 300,96"},
       {"resolutions that round to 0 or wrap",
        {{.bits = 8, .xPixelsPerMetre = 19, .yPixelsPerMetre = 0x7FFFFFFF}},
@@ -45,9 +44,7 @@ TEST(Identify, EveryBitmapHeader) {
        "6 4x2x8 =8 up 0 -95,72"},
       {"RLE8", {{.bits = 8, .compression = 1}}, "84 4x2x8 =8 up 0 96,96 Run Length"},
       {"RLE4", {{.width = 5, .bits = 4, .compression = 2}}, "84 5x2x4 =6 up 0 96,96 Run Length"},
-      {"a compression nobody knows", {{.compression = 0x80000001}}, "84 4x2x24 =24 up 1 96,96 Run Length"},
       {"5-6-5", {{.bits = 16, .compression = 3}, k565}, "6 4x2x16 =16 up 7 96,96"},
-      {"5-5-5", {{.bits = 16, .compression = 3}, k555}, "6 4x2x16 =16 up 1 96,96"},
       {"5-6-5 masks, but no bit fields", {{.bits = 16}, k565}, "6 4x2x16 =16 up 1 96,96"},
       {"5-6-5 masks at 32 bits", {{.bits = 32, .compression = 3}, k565}, "6 4x2x32 =32 up 1 96,96"},
       {"5-6-5 in an array: past the block",
@@ -62,8 +59,6 @@ TEST(Identify, EveryBitmapHeader) {
       {"core header, unsigned sides",
        {{.size = 12, .width = 0xFFFF, .height = 0x8000, .bits = 1}},
        "14 65535x32768x1 =268435456 up 0 96,96"},
-      {"core header in an array", {{.size = 12, .bits = 4}, {}, {}, true}, "14 4x2x4 =4 up 0 96,96"},
-      {"16 bytes", {{.size = 16, .bits = 4}}, "74 4x2x4 =4 up 0 96,96"},
       {"19 bytes: no compression field", {{.size = 19, .bits = 8}, Repeat(4, 1)}, "74 4x2x8 =8 up 0 96,96"},
       {"20 bytes: a compression field",
        {{.size = 20, .bits = 8, .compression = 1}},
@@ -77,7 +72,6 @@ TEST(Identify, EveryBitmapHeader) {
       {"64 bytes, top-down",
        {{.size = 64, .height = -2, .xPixelsPerMetre = 2835, .yPixelsPerMetre = 11811}},
        "74 4x2x24 =24 down 1 72,300"},
-      {"108 bytes", {{.size = 108, .bits = 32}}, "74 4x2x32 =32 up 1 96,96"},
       {"the greatest size",
        {{.size = 0xFFFFFFFF, .bits = 16, .compression = 3}, k565},
        "74 4x2x16 =16 up 1 96,96"},
@@ -111,23 +105,14 @@ TEST(Identify, RefusalsAndWhatTheyLeaveWritten) {
   };
   const Case cases[] = {
       {"empty", {}, STATUS_READ_ERROR},
-      {"one byte", Hex("42"), STATUS_BAD_FORMAT},
       {"another signature", Hex("4D42 0000"), STATUS_BAD_FORMAT},
       {"file header alone", Repeat(14, 0x42), STATUS_BAD_FORMAT},
       {"array without a bitmap", Join({Hex("4241"), Repeat(40, 0)}), STATUS_BAD_FORMAT},
-      {"array of 14 bytes", Join({Hex("4241"), Repeat(12, 0)}), STATUS_BAD_FORMAT},
       {"header of 11 bytes", BitmapFile{{.size = 11}}.Encode(), STATUS_BAD_FORMAT},
       {"header of 13 bytes",
        Join({BitmapFile{{.size = 13, .width = 7, .height = -9}}.Encode(), Repeat(8, 0xFF)}), STATUS_FAILURE,
        "74 7x-9x0 =0 - 0 0,0"},
-      {"header of 15 bytes", BitmapFile{{.size = 15}}.Encode(), STATUS_FAILURE, "74 4x2x0 =0 - 0 0,0"},
       {"2 bits", BitmapFile{{.bits = 2}}.Encode(), STATUS_BAD_FORMAT, "6 4x2x0 =0 - 0 0,0"},
-      {"0 bits, top-down", BitmapFile{{.height = -2, .bits = 0}}.Encode(), STATUS_BAD_FORMAT,
-       "6 4x-2x0 =0 - 0 0,0"},
-      {"33 bits", BitmapFile{{.bits = 33}}.Encode(), STATUS_BAD_FORMAT, "6 4x2x0 =0 - 0 0,0"},
-      {"65535 bits", BitmapFile{{.size = 12, .bits = 0xFFFF}}.Encode(), STATUS_BAD_FORMAT,
-       "14 4x2x0 =0 - 0 0,0"},
-      {"directory of type 0", Hex("0000 0000 0100"), STATUS_BAD_FORMAT},
       {"directory of type 3", Hex("0000 0300 0100"), STATUS_BAD_FORMAT},
       {"directory without entries", Hex("0000 0100 0000"), STATUS_BAD_FORMAT},
       {"directory without its entry", Hex("0000 0100 0100"), STATUS_READ_ERROR},
@@ -147,7 +132,7 @@ TEST(Identify, KeepsWhatTheFileDoesNotSay) {
     std::uint32_t headerSize;
     int xResolution;  // afterwards, of 300 supplied
   };
-  for (const auto& each : {Case{12, 300}, Case{31, 300}, Case{32, 96}, Case{40, 300}, Case{64, 96}}) {
+  for (const auto& each : {Case{12, 300}, Case{31, 300}, Case{32, 96}, Case{40, 300}}) {
     SCOPED_TRACE(each.headerSize);
     Rig rig;
     rig.kernel.file = BitmapFile{{.size = each.headerSize}}.Encode();
@@ -197,10 +182,8 @@ TEST(Identify, IconAndCursorPages) {
       {"icon", 1, {page}, STATUS_OK, small},
       {"cursor", 2, {page}, STATUS_OK, cursor},
       {"PNG on another page", 1, {page, {PngBody()}}, STATUS_OK, vista},
-      {"PNG on another page of a cursor", 2, {page, {PngBody()}}, STATUS_OK, cursor},
       {"256 wide", 1, {wide}, STATUS_OK, "321 256x32x1 =1024 up 0 96,96"},
       {"256 wide, in a cursor", 2, {wide}, STATUS_OK, "92 256x32x1 =1024 up 0 96,96"},
-      {"stored height 256", 1, {Page(8, 256, 8)}, STATUS_OK, "321 8x128x8 =1024 up 0 96,96"},
       {"256 wide on another page, entry says so", 1, {page, wideUnsized}, STATUS_OK, vista},
       {"256 wide on another page, entry says 16", 1, {page, wide}, STATUS_OK, small},
       {"entry says 256, image does not", 1, {page, unsized}, STATUS_OK, small},
@@ -210,15 +193,11 @@ TEST(Identify, IconAndCursorPages) {
        {{Join({Header{.bits = 16, .compression = 3}.Encode(), k565})}},
        STATUS_OK,
        "91 4x1x16 =8 up 1 96,96"},
-      {"run-length", 1, {Page(16, 32, 4, 2)}, STATUS_OK, "91 16x16x4 =128 up 0 96,96 Run Length"},
       {"header of another size", 1, {shortHeader}, STATUS_FAILURE},
-      {"header of another size on another page", 1, {page, shortHeader}, STATUS_OK, small},
-      {"depth 5", 1, {Page(16, 32, 5)}, STATUS_BAD_FORMAT, "91 16x16x0 =0 - 0 0,0"},
       {"header cut", 1, truncated, STATUS_READ_ERROR},
       {"body past the end", 1, {{{}, 16, 16, 0, 0, 40, 0xFFFFFFF0}}, STATUS_READ_ERROR},
       {"PNG in a cursor", 2, {{PngBody()}}, STATUS_BAD_FORMAT},
       {"PNG cut", 1, {{PngBody(), 16, 16, 0, 0, 21}}, STATUS_READ_ERROR},
-      {"PNG of 4 GiB", 1, {{PngBody(), 16, 16, 0, 0, 0xFFFFFFFF}}, STATUS_NO_MEMORY},
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(each.name);
@@ -235,8 +214,7 @@ TEST(Identify, PageIsClampedAndWrittenBackEvenWhenIdentificationFails) {
     int wanted;
     int page;
   };
-  for (const auto& each :
-       {Case{INT_MIN, 1}, Case{0, 1}, Case{1, 1}, Case{2, 2}, Case{7, 2}, Case{INT_MAX, 2}}) {
+  for (const auto& each : {Case{INT_MIN, 1}, Case{0, 1}, Case{2, 2}, Case{3, 2}}) {
     SCOPED_TRACE(each.wanted);
     Rig rig;
     rig.kernel.file = IconFile(1, {Page(1, 2, 2), Page(2, 2, 2)});
@@ -268,16 +246,6 @@ TEST(Identify, PngPageComesFromTheKernel) {
     EXPECT_EQ(rig.kernel.Log({Kind::kAlloc, Kind::kPngInfo, Kind::kFree}),
               "alloc #1 50, describe png 1668 50, free #1");
   }
-}
-
-TEST(Identify, ReadsInOrderAndStopsTheScanAtTheFirstPng) {
-  Rig rig;
-  rig.kernel.file = IconFile(1, {Page(16, 32, 4), {PngBody()}, Page(16, 32, 4)});
-  rig.options.PageNumber = 1;
-  EXPECT_EQ(rig.Identify(), STATUS_OK);
-  EXPECT_EQ(rig.kernel.Log({Kind::kRead, Kind::kSeek}),
-            "seek 0 0, read 66, seek 6 0, read 16, seek 54 0, read 8, seek 54 0, read 40, "
-            "seek 6 0, read 16, seek 54 0, read 8, seek 22 0, read 16, seek 94 0, read 8");
 }
 
 TEST(Identify, PngSignatures) {

@@ -25,24 +25,17 @@ TEST(Load, RefusalsLeaveTheTargetUntouched) {
   };
   const Bytes array = BitmapFile{{}, {}, {}, true}.Encode();
   const Bytes icon = IconFile(1, {Icon({}, {})});
-  Bytes brokenArray = array;
-  brokenArray[14] = 'X';
   const Case cases[] = {
       {"empty", {}, STATUS_BAD_FORMAT},
-      {"one byte", Hex("42"), STATUS_BAD_FORMAT},
       {"another signature", Hex("4d424d424d42"), STATUS_BAD_FORMAT},
       {"array header cut", cut(array, 13), STATUS_BAD_FORMAT},
-      {"array without a bitmap", brokenArray, STATUS_BAD_FORMAT},
       {"file header cut", cut(good, 13), STATUS_BAD_FORMAT},
       {"12 bytes of the header cut", cut(good, 25), STATUS_BAD_FORMAT},
       {"40-byte header cut", cut(good, 53), STATUS_BAD_FORMAT},
       {"64-byte header cut", cut(BitmapFile{{.size = 64}}.Encode(), 77), STATUS_BAD_FORMAT},
       {"header of 15 bytes", BitmapFile{{.size = 15}, {}, Repeat(40, 0)}.Encode(), STATUS_BAD_FORMAT},
       {"depth 2", BitmapFile{{.bits = 2}}.Encode(), STATUS_BAD_FORMAT},
-      {"depth 0", BitmapFile{{.size = 12, .bits = 0}}.Encode(), STATUS_BAD_FORMAT},
       {"palette cut", BitmapFile{{.bits = 1}, Repeat(7, 0)}.Encode(), STATUS_READ_ERROR},
-      {"core palette cut", BitmapFile{{.size = 12, .bits = 1}, Repeat(5, 0)}.Encode(), STATUS_READ_ERROR},
-      {"OS/2 palette cut", BitmapFile{{.size = 64, .bits = 1}, Repeat(7, 0)}.Encode(), STATUS_READ_ERROR},
       {"rest of a header with masks cut",
        cut(BitmapFile{{.size = 108, .bits = 16, .compression = 3}}.Encode(), 89), STATUS_READ_ERROR,
        FMT_OS2_2},
@@ -51,11 +44,9 @@ TEST(Load, RefusalsLeaveTheTargetUntouched) {
        STATUS_SEEK_ERROR},
       {"directory cut", Hex("0000 0100 01"), STATUS_BAD_FORMAT},
       {"directory of type 3", Join({Hex("0000 0300 0100"), Repeat(90, 0)}), STATUS_BAD_FORMAT},
-      {"directory without entries", Join({Hex("0000 0100 0000"), Repeat(90, 0)}), STATUS_BAD_FORMAT},
       {"entry cut", cut(icon, 21), STATUS_BAD_FORMAT},
       {"image cut before its eighth byte", cut(icon, 29), STATUS_READ_ERROR},
       {"image header cut", cut(icon, 61), STATUS_BAD_FORMAT},
-      {"image header of 64 bytes", IconFile(1, {Icon({.size = 64}, {})}), STATUS_BAD_FORMAT},
       {"image past the end", IconFile(1, {{{}, 16, 16, 0, 0, 40, 0xFFFFFFFF}}), STATUS_READ_ERROR},
       {"image depth 63", IconFile(1, {Icon({.bits = 63}, Repeat(99, 0))}), STATUS_BAD_FORMAT},
   };
@@ -115,9 +106,8 @@ TEST(Load, HeaderReaderFillsUpToItsCapacityAndSkipsTheRest) {
     std::size_t filled;
   };
   for (const auto& each :
-       {Case{8, 8, 10, 1, 8, 8}, Case{8, 5, 10, 1, 5, 5}, Case{8, 8, 7, 0, 7, 7}, Case{8, 20, 30, 1, 20, 8},
-        Case{8, 20, 8, 1, 20, 8}, Case{8, 20, 7, 0, 7, 7}, Case{8, 0, 9, 1, 0, 0},
-        Case{8, 0xFFFFFFFF, 10, 0, 8, 8}, Case{8, 0x7FFFFFFF, 10, 1, 0x7FFFFFFF, 8}}) {
+       {Case{8, 8, 10, 1, 8, 8}, Case{8, 5, 10, 1, 5, 5}, Case{8, 8, 7, 0, 7, 7}, Case{8, 20, 8, 1, 20, 8},
+        Case{8, 20, 7, 0, 7, 7}, Case{8, 0xFFFFFFFF, 10, 0, 8, 8}}) {
     SCOPED_TRACE(testing::Message() << each.size << " of " << each.fileSize);
     FakeKernel kernel;
     kernel.file = Repeat(each.fileSize, 1);

@@ -29,10 +29,7 @@ TEST(Load, ReadsEachKindOfFileInOrder) {
     const char* story;
   };
   const Bytes two = Repeat(8, 0);  // a palette of two, or two rows of 4 bytes
-  Bytes os2Fields = BitmapFile{{.size = 64, .width = 2, .bits = 16, .compression = 3}, {}, two}.Encode();
   const Bytes masks = Words({0x7C00, 0x03E0, 0x001F});
-  std::copy(masks.begin(), masks.end(), os2Fields.begin() + 54);
-  const Bytes maskRows = Repeat(8, 0);
   const Case cases[] = {
       {"40 bytes, two colours used", BitmapFile{{.bits = 8, .colorsUsed = 2}, two, two}.Encode(), 8, FMT_BMP,
        "open picture 0 256, read 2, seek 0 0, read 14, read 12, seek 14 0, read 40, read 8, seek 0 1, "
@@ -43,21 +40,9 @@ TEST(Load, ReadsEachKindOfFileInOrder) {
        "open picture 0 256, read 2, seek 0 0, read 14, read 14, read 12, alloc #1 768, read 768, free #1, "
        "seek 0 1, palette of target 256, alloc #2 16, alloc #3 64, read 64, row 0 39, row 1 43, "
        "free #3, free #2, close"},
-      {"40 bytes in an array, pixels elsewhere",
-       BitmapFile{{.bits = 32}, {}, Repeat(50, 0), true, 70}.Encode(), 32, FMT_BMP,
-       "open picture 0 256, read 2, seek 0 0, read 14, read 14, read 12, seek 28 0, read 40, seek 0 1, "
-       "seek 70 0, alloc #1 16, alloc #2 64, read 64, row 0 39, row 1 43, free #2, free #1, close"},
-      {"108 bytes, 4 bits", BitmapFile{{.size = 108, .bits = 4}, Repeat(64, 0), two}.Encode(), 4, FMT_OS2_2,
-       "open picture 0 256, read 2, seek 0 0, read 14, read 12, seek 14 0, read 64, seek 44 1, alloc #1 64, "
-       "read 64, free #1, seek 0 1, palette of target 16, alloc #2 16, alloc #3 64, read 64, row 0 39, "
-       "row 1 43, free #3, free #2, close"},
-      {"masks inside a 64-byte header", os2Fields, 16, FMT_OS2_2,
-       "open picture 0 256, read 2, seek 0 0, read 14, read 12, seek 14 0, read 64, seek 54 0, read 12, "
-       "seek 0 1, read 12, seek 0 1, alloc #1 8, alloc #2 64, read 64, row 0 39, row 1 43, free #2, free #1, "
-       "close"},
       {"icon with masks, its pixels taken to lie right after the header",
-       IconFile(1, {Icon({.width = 2, .height = 4, .bits = 16, .compression = 3}, Join({masks, maskRows}))}),
-       16, FMT_ICO,
+       IconFile(1, {Icon({.width = 2, .height = 4, .bits = 16, .compression = 3}, Join({masks, two}))}), 16,
+       FMT_ICO,
        "open picture 0 256, read 2, seek 0 0, read 6, seek 6 0, read 16, seek 22 0, read 8, seek 22 0, read "
        "40, "
        "read 12, seek 0 1, seek 62 0, alloc #1 8, alloc #2 64, read 64, row 0 39, alloc #3 216, alloc #4 4, "
@@ -80,11 +65,9 @@ TEST(Load, SkipsTheRestOfAHeaderWithMasks) {
     std::uint32_t headerSize;
     const char* reads;  // of the header, the masks and the rest
   };
-  for (const auto& each :
-       {Case{64, "read 64, read 12, read 12"}, Case{56, "read 56, read 12, read 4"},
-        Case{53, "read 53, read 12, read 1"}, Case{52, "read 52, read 12"},
-        Case{20, "read 20, read 12, read 24"}, Case{40, "read 40, read 12, read 24"},
-        Case{0xFFFFFFFF, "read 64, read 12, read 24"}, Case{108, "read 64, read 12, read 24"}}) {
+  for (const auto& each : {Case{64, "read 64, read 12, read 12"}, Case{53, "read 53, read 12, read 1"},
+                           Case{52, "read 52, read 12"}, Case{20, "read 20, read 12, read 24"},
+                           Case{0xFFFFFFFF, "read 64, read 12, read 24"}}) {
     SCOPED_TRACE(each.headerSize);
     Rig rig;
     rig.kernel.file =
@@ -112,8 +95,6 @@ TEST(Load, Palettes) {
   const Case cases[] = {
       {"4-byte entries lose their fourth byte",
        BitmapFile{{.bits = 1}, Hex("010203ff 040506ff"), pixels}.Encode(), 1, "0102030004050600"},
-      {"fewer colours used", BitmapFile{{.bits = 4, .colorsUsed = 1}, Hex("010203ff"), pixels}.Encode(), 4,
-       "01020300"},
       {"more colours used than the depth holds",
        BitmapFile{{.bits = 1, .colorsUsed = 0xFFFFFFFF}, Hex("010203ff 040506ff"), pixels}.Encode(), 1,
        "0102030004050600"},
@@ -176,11 +157,9 @@ TEST(Load, OrientationAndColourOrder) {
   const BitmapFile down{{.height = -2}, {}, Repeat(24, 0)};
   const BitmapFile gray{{.bits = 8}, Repeat(1024, 0), Repeat(8, 0)};
   const BitmapFile f565 = Fields(16, {0xF800, 0x07E0, 0x001F});
-  const Case cases[] = {{"bottom-up", plain, kOther, ORIENT_BOTTOM_UP, ORDER_BGR},
-                        {"top-down", down, kOther, ORIENT_TOP_DOWN, ORDER_BGR},
+  const Case cases[] = {{"top-down", down, kOther, ORIENT_TOP_DOWN, ORDER_BGR},
                         {"palette", gray, kOther, ORIENT_BOTTOM_UP, ORDER_RGB},
                         {"5-6-5", f565, kOther, ORIENT_BOTTOM_UP, ORDER_565},
-                        {"5-6-5, but the kernel had RGB", f565, ORDER_RGB, ORIENT_BOTTOM_UP, ORDER_RGB},
                         {"5-6-5, but the kernel had BGR", f565, ORDER_BGR, ORIENT_BOTTOM_UP, ORDER_BGR},
                         {"24 bits, but the kernel had 5-6-5", plain, ORDER_565, ORIENT_BOTTOM_UP, ORDER_565}};
   for (const auto& each : cases) {
@@ -207,7 +186,6 @@ TEST(Load, MasksAreJudgedThenStoredThenApplied) {
     const char* firstRow;
   };
   const Case cases[] = {
-      {"5-5-5", Fields(16, {0x7C00, 0x03E0, 0x001F}), STATUS_OK, true, "5a5a5a5a"},
       {"5-6-5", Fields(16, {0xF800, 0x07E0, 0x001F}), STATUS_OK, true, "5a5a5a5a"},
       {"4-4-4 is converted", Fields(16, {0xF00, 0xF0, 0xF}), STATUS_OK, true, "54515451"},
       {"8-8-8", Fields(32, {0xFF0000, 0xFF00, 0xFF}), STATUS_OK, true, "5a5a5a5a5a5a5a5a"},
@@ -257,8 +235,7 @@ TEST(Load, IconPageIsClampedAndNotWrittenBack) {
   struct Case {
     int wanted, page;
   };
-  for (const auto& each :
-       {Case{INT_MIN, 1}, Case{0, 1}, Case{1, 1}, Case{2, 2}, Case{3, 3}, Case{INT_MAX, 3}}) {
+  for (const auto& each : {Case{INT_MIN, 1}, Case{0, 1}, Case{2, 2}, Case{4, 3}}) {
     Rig rig;
     rig.kernel.file = IconFile(2, pages);
     rig.Target(1, 1, 24);

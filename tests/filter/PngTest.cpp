@@ -116,20 +116,6 @@ TEST(PngPage, FailuresReleaseInTheirOrder) {
   }
 }
 
-TEST(PngPage, LengthsTheFileCannotHold) {
-  struct Case {
-    std::uint32_t length;
-    int status;
-  };
-  for (const auto& each : {Case{0, STATUS_OK}, Case{31, STATUS_READ_ERROR},
-                           Case{0xFFFFFFFF, STATUS_NO_MEMORY}, Case{0x80000000, STATUS_NO_MEMORY}}) {
-    Rig rig;
-    Prepare(rig, {});
-    rig.kernel.file = IconFile(2, {{PngBody(30), 0, 0, 0, 0, each.length}});
-    EXPECT_EQ(rig.Load(), each.status) << each.length;
-  }
-}
-
 // A decoded bitmap that owns no pixels is not the filter's to free.
 TEST(PngPage, FreesOnlyWhatTheKernelAllocated) {
   Rig rig;

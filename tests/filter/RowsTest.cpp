@@ -1,5 +1,5 @@
-// The row decoder: strides, flags, bands, the run-length codes by hand, and everything at once, cut
-// data too, against the slow model.
+// The row decoder: hostile numbers, and everything at once on random data, cut data too, against the
+// slow model.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,23 +9,13 @@
 
 namespace {
 
-std::string RowsAsText(const std::vector<DeliveredRow>& rows) {
-  std::string text;
-  for (const auto& row : rows) text += (text.empty() ? "" : " ") + ToHex(row.bytes);
-  return text;
-}
-
 TEST(Rows, BytesPerLine) {
   struct Case {
     int bits, width, bytes;
   };
-  const Case cases[] = {{1, 0, 0},  {1, 1, 4},  {1, 32, 4},  {1, 33, 8},  {2, 16, 4},   {2, 17, 8},
-                        {4, 3, 4},  {4, 8, 4},  {4, 9, 8},   {8, 4, 4},   {8, 5, 8},    {16, 2, 4},
-                        {16, 3, 8}, {24, 1, 4}, {24, 5, 16}, {32, 3, 12}, {12, 100, 0}, {0, 5, 0},
-                        {-8, 5, 0}, {64, 5, 0}, {33, 9, 0},  {8, -9, -8}, {32, -3, -12}};
-  for (const auto& each : cases) {
-    EXPECT_EQ(TheFilter().bytesPerLine(each.bits, each.width, INT_MIN), each.bytes)
-        << each.bits << " bits, width " << each.width;
+  for (const auto& each : {Case{1, 0, 0}, Case{1, 32, 4}, Case{1, 33, 8}, Case{2, 17, 8}, Case{24, 5, 16},
+                           Case{12, 100, 0}, Case{-8, 5, 0}, Case{64, 5, 0}, Case{8, -9, -8}}) {
+    EXPECT_EQ(TheFilter().bytesPerLine(each.bits, each.width, INT_MIN), each.bytes) << each.bits;
   }
 }
 
@@ -39,13 +29,9 @@ TEST(Rows, ColourMasks) {
   const Case cases[] = {{16, 0x7C00, 0x03E0, 0x001F, STATUS_OK, 0, 0},
                         {16, 0xF800, 0x07E0, 0x001F, STATUS_OK, 0, 1},
                         {16, 0x7C00, 0x07E0, 0x001F, STATUS_OK, 1, 0},
-                        {16, 0, 0, 0, STATUS_OK, 1, 0},
-                        {16, 0xFF0000, 0xFF00, 0xFF, STATUS_OK, 1, 0},
                         {32, 0xFF0000, 0xFF00, 0xFF, STATUS_OK, kKept, 0},
                         {32, 0xFF, 0xFF00, 0xFF0000, STATUS_BAD_FORMAT, kKept, 0},
-                        {32, 0xF800, 0x07E0, 0x001F, STATUS_BAD_FORMAT, kKept, 0},
-                        {24, 0xFF0000, 0xFF00, 0xFF, STATUS_BAD_FORMAT, kKept, 0},
-                        {8, 0x7C00, 0x03E0, 0x001F, STATUS_BAD_FORMAT, kKept, 0}};
+                        {24, 0xFF0000, 0xFF00, 0xFF, STATUS_BAD_FORMAT, kKept, 0}};
   for (const auto& each : cases) {
     unsigned masks[] = {each.red, each.green, each.blue};
     int conversion = kKept;
@@ -56,149 +42,30 @@ TEST(Rows, ColourMasks) {
   }
 }
 
-TEST(Rows, FlagsAndBands) {
-  struct Case {
-    const char* name;
-    RowImage image;
-    int orientation;
-    int bandEnabled, bandFirst, bandTop, bandCount;
-    const char* delivered;
-  };
-  const RowImage four{.height = 4};
-  const RowImage coded{.height = 4, .compression = 1};
-  const RowImage fields{.height = 4, .bits = 16, .compression = 3};
-  constexpr int kUp = ORIENT_BOTTOM_UP;
-  constexpr int kDown = ORIENT_TOP_DOWN;
-  const Case cases[] = {
-      {"one row", {}, kUp, 0, 0, 0, 0, "row 0 47"},
-      {"one coded row", {.compression = 1}, kUp, 0, 0, 0, 0, "row 0 15"},
-      {"all rows, fields of the band ignored", four, kUp, 0, 1, 1, 1,
-       "row 0 39, row 1 35, row 2 35, row 3 43"},
-      {"bottom-up band", four, kUp, 1, 99, 0, 2, "row 0 35, row 1 43"},
-      {"bottom-up band of the first stored rows", four, kUp, 1, 99, 2, 2, "row 0 39, row 1 43"},
-      {"top-down band", four, kDown, 1, 1, 99, 2, "row 0 35, row 1 43"},
-      {"band of one row", fields, kDown, -1, 0, 99, 1, "row 0 47"},
-      {"band of the whole", four, kDown, 1, 0, 0, 4, "row 0 39, row 1 35, row 2 35, row 3 43"},
-      {"empty band", four, kUp, 1, 0, 1, 0, ""},
-      {"negative band", four, kDown, 1, 2, 0, -1, ""},
-      {"band of coded rows", coded, kUp, 1, 0, 1, 1, "row 0 7, row 1 3, row 2 3, row 3 11"},
-      {"no rows", {.height = 0}, kUp, 0, 0, 0, 0, ""},
-      {"fewer than no rows", {.height = INT_MIN}, kUp, 0, 0, 0, 0, ""},
-      {"bit fields at 8 bits are coded", {.compression = 3}, kUp, 0, 0, 0, 0, "row 0 15"},
-      {"anything at 4 bits is coded", {.bits = 4, .compression = -1}, kUp, 0, 0, 0, 0, "row 0 15"},
-  };
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.name);
-    Rig rig;
-    rig.kernel.file = Repeat(4096, 0);
-    rig.kernel.target.Orientation = each.orientation;
-    rig.load.BandEnabled = each.bandEnabled;
-    rig.load.BandFirstRow = each.bandFirst;
-    rig.load.BandTopRow = each.bandTop;
-    rig.load.BandRowCount = each.bandCount;
-    EXPECT_EQ(rig.Decode(each.image), STATUS_OK);
-    EXPECT_EQ(rig.kernel.Log({Kind::kRow}), each.delivered);
-  }
-}
-
-TEST(Rows, RunLengthCodes) {
-  struct Case {
-    const char* name;
-    RowImage image;
-    const char* stream;
-    const char* rows;
-  };
-  const RowImage ten{.width = 10, .height = 2, .compression = 1};
-  const RowImage eight{.width = 8, .height = 1, .bits = 4, .compression = 2};
-  const RowImage tall{.width = 4, .height = 5, .compression = 1};
-  const Case cases[] = {
-      {"a run clipped at the stride, then dropped until end of line", ten, "1407 0508 0000 0109",
-       "070707070707070707070707 090000000000000000000000"},
-      {"an odd literal run has a pad byte", ten, "0003 112233ee 0144 0000",
-       "112233440000000000000000 000000000000000000000000"},
-      {"an even literal run has none", ten, "0004 11223344 0155 0000",
-       "112233445500000000000000 000000000000000000000000"},
-      {"a literal run clipped", ten, "0a01 0003 aabbccee 0000 0102",
-       "01010101010101010101aabb 020000000000000000000000"},
-      {"RLE4 literals", eight, "0005 123450ee 01f0 0000", "12345f00"},
-      {"RLE4 run from an odd pixel", eight, "01f0 03ab", "faba0000"},
-      {"RLE4 run clipped", eight, "ff12 02ee 0000", "12121212"},
-      {"delta in the row", tall, "0101 0002 0100 0102 0001", "01000200 00000000 00000000 00000000 00000000"},
-      {"delta to the next row at the same place", tall, "0201 0002 0001 0102 0001",
-       "01010000 00000200 00000000 00000000 00000000"},
-      {"delta over blank rows", tall, "0101 0002 0103 0102 0001",
-       "01000000 00000000 00000000 00000200 00000000"},
-      {"delta past the last row", tall, "0101 0002 00ff", "01000000 00000000 00000000 00000000 00000000"},
-      {"end of bitmap: what follows is not read", tall, "0401 0001 0402",
-       "01010101 00000000 00000000 00000000 00000000"},
-      {"a stream cut in a run", tall, "0401 0000 04", "01010101 00000000 00000000 00000000 00000000"},
-      {"no stream", tall, "", "00000000 00000000 00000000 00000000 00000000"},
-      {"24 bits through RLE8 are bytes", {.bits = 24, .compression = 1}, "0205 0000", "05050000"},
-      {"1 bit through RLE4 are nibbles", {.bits = 1, .compression = 2}, "0312 0000", "12100000"},
-  };
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.name);
-    Rig rig;
-    rig.kernel.file = Hex(each.stream);
-    EXPECT_EQ(rig.Decode(each.image), STATUS_OK);
-    EXPECT_EQ(RowsAsText(rig.kernel.rows), each.rows);
-  }
-}
-
-TEST(Rows, BuffersAreMadeOnceReadThroughAndFreedInOrder) {
-  Rig rig;
-  rig.kernel.file = Repeat(100, 1);
-  rig.load.ReadBufferSize = 16;
-  const RowImage image{.width = 5, .height = 4};
-  const std::initializer_list<Kind> kinds = {Kind::kAlloc, Kind::kFree, Kind::kRead, Kind::kSeek, Kind::kRow};
-  EXPECT_EQ(rig.Decode(image), STATUS_OK);
-  EXPECT_EQ(
-      rig.kernel.Log(kinds),
-      "alloc #1 20, alloc #2 16, read 16, row 0 39, row 1 35, read 16, row 2 35, row 3 43, free #2, free #1");
-  rig.kernel.rowsAccepted = 1;
-  EXPECT_EQ(rig.Decode(image), FakeKernel::kRefused);
-  EXPECT_EQ(rig.kernel.Log(kinds), "alloc #1 20, alloc #2 16, read 16, row 0 39, row 1 35, free #2, free #1");
-  rig.kernel.file.resize(12);
-  EXPECT_EQ(rig.Decode(image), STATUS_READ_ERROR);
-  EXPECT_EQ(rig.kernel.Log({Kind::kAlloc, Kind::kFree, Kind::kRow}),
-            "alloc #1 20, alloc #2 16, row 0 39, free #2, free #1");
-  rig.load.BandEnabled = 1;
-  rig.load.BandRowCount = 1;
-  EXPECT_EQ(rig.Decode({.width = 5, .height = 4, .bits = 24, .compression = 4}), STATUS_BAD_FORMAT);
-  EXPECT_EQ(rig.kernel.Log({Kind::kAlloc, Kind::kFree, Kind::kRow}),
-            "alloc #1 20, alloc #2 16, free #2, free #1");
-  rig.load.BandTopRow = 1;
-  EXPECT_EQ(rig.Decode(image), STATUS_OK);
-  EXPECT_EQ(rig.kernel.Log(kinds),
-            "alloc #1 20, alloc #2 16, seek 16 1, read 16, row 0 43, free #2, free #1");
-}
-
-TEST(Rows, HostileNumbersEndInAStatus) {
+TEST(Rows, HostileSizesEndInAStatus) {
   struct Case {
     RowImage image;
     int status;
+    int bufferSize = 64;
   };
   const Case cases[] = {{{.width = INT_MAX, .bits = 32}, STATUS_NO_MEMORY},
                         {{.width = INT_MAX / 4 + 1, .bits = 1}, STATUS_NO_MEMORY},
-                        {{.width = -1}, STATUS_NO_MEMORY},
                         {{.width = INT_MIN, .bits = 24}, STATUS_NO_MEMORY},
-                        {{.bits = 24, .compression = 4}, STATUS_BAD_FORMAT},
-                        {{.bits = 1, .compression = -1}, STATUS_BAD_FORMAT},
+                        {{.height = INT_MIN}, STATUS_OK},
                         {{.height = INT_MAX}, STATUS_READ_ERROR},
-                        {{.height = INT_MAX, .compression = 1}, FakeKernel::kRefused}};
+                        {{.height = INT_MAX, .compression = 1}, FakeKernel::kRefused},
+                        {{.height = 2}, STATUS_READ_ERROR, 0},
+                        {{.height = 2}, STATUS_READ_ERROR, INT_MIN},
+                        {{.height = 2, .compression = 1}, STATUS_OK, -1}};
   for (const auto& each : cases) {
     Rig rig;
     rig.kernel.rowsAccepted = 3;
-    EXPECT_EQ(rig.Decode(each.image), each.status) << each.image.width;
+    rig.load.ReadBufferSize = each.bufferSize;
+    EXPECT_EQ(rig.Decode(each.image), each.status) << each.image.width << 'x' << each.image.height;
   }
-  for (const int size : {0, -1, INT_MIN}) {
-    Rig rig;
-    rig.kernel.file = Repeat(100, 1);
-    rig.load.ReadBufferSize = size;
-    EXPECT_EQ(rig.Decode({.height = 2}), STATUS_READ_ERROR);
-    EXPECT_EQ(rig.Decode({.height = 2, .compression = 1}), STATUS_OK);
-    EXPECT_EQ(RowsAsText(rig.kernel.rows), "00000000 00000000");
-  }
+}
+
+TEST(Rows, HostileBandsEndInAStatus) {
   struct Band {
     int orientation, first, top, count;
   };
@@ -229,7 +96,7 @@ TEST(Rows, DeltasWithoutEndStayInTheRow) {
   for (const int compression : {1, 2}) {
     EXPECT_EQ(rig.Decode({.width = 4, .bits = compression == 1 ? 8 : 4, .compression = compression}),
               STATUS_OK);
-    EXPECT_EQ(RowsAsText(rig.kernel.rows), "00000000");
+    EXPECT_EQ(ToHex(rig.kernel.rows.at(0).bytes), "00000000");
   }
 }
 
@@ -294,7 +161,7 @@ void RandomMasks(Dice& dice, Rig& rig) {
 
 TEST(Rows, AgreeWithTheModel) {
   static constexpr int kDepths[] = {1, 4, 8, 16, 24, 32, 4, 8};
-  static constexpr int kCompressions[] = {0, 1, 2, 3, 1, 2, 4};
+  static constexpr int kCompressions[] = {0, 1, 2, 3, 1, 2, 4, -1};
   for (unsigned seed = 0; seed < 6000 && !testing::Test::HasFailure(); ++seed) {
     Dice dice(seed);
     Rig rig;
@@ -318,12 +185,7 @@ TEST(Rows, AgreeWithTheModel) {
     SCOPED_TRACE(testing::Message() << "seed " << seed << ": " << image.width << 'x' << image.height << 'x'
                                     << image.bits << " compression " << image.compression);
     EXPECT_EQ(rig.Decode(image), expected.status);
-    ASSERT_EQ(rig.kernel.rows.size(), expected.rows.size());
-    for (std::size_t i = 0; i < expected.rows.size(); ++i) {
-      EXPECT_EQ(rig.kernel.rows[i].flags, expected.rows[i].flags) << "row " << i;
-      EXPECT_EQ(rig.kernel.rows[i].number, expected.rows[i].number) << "row " << i;
-      EXPECT_EQ(ToHex(rig.kernel.rows[i].bytes), ToHex(expected.rows[i].bytes)) << "row " << i;
-    }
+    EXPECT_EQ(rig.kernel.rows, expected.rows);
   }
 }
 
