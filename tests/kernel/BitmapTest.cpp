@@ -29,13 +29,6 @@ TEST_F(Bitmaps, HaveSizesThatCanBeCounted) {
   EXPECT_EQ(init(INT_MAX, INT_MAX, 1), STATUS_OK);
   EXPECT_EQ(VX_AllocateBitmap(&bitmap, 1), STATUS_NO_MEMORY);
   EXPECT_EQ(bitmap.Flags & BITMAP_ALLOCATED, 0U);
-  struct {
-    int width, depth, stride;
-  } const strides[] = {{1, 1, 4}, {33, 1, 8}, {9, 4, 8}, {5, 8, 8}, {3, 16, 8}, {5, 24, 16}, {3, 32, 12}};
-  for (const auto& each : strides) {
-    ASSERT_EQ(init(each.width, 1, each.depth), STATUS_OK);
-    EXPECT_EQ(bitmap.BytesPerLine, each.stride) << each.width << " x " << each.depth;
-  }
 }
 
 TEST_F(Bitmaps, KeepRowsInBounds) {

@@ -2,7 +2,6 @@
 #include "Memory.h"
 
 #include <cstring>
-#include <thread>
 
 #include "Contract.h"
 #include "Leaks.h"
@@ -57,22 +56,6 @@ TEST_F(Memory, ListsWhatIsAliveByPlace) {
   EXPECT_EQ(one.blocks, 2U);
   EXPECT_EQ(one.bytes, 11U);
   for (void* block : blocks) VX_LocalFree(block, 1, "a");
-}
-
-TEST_F(Memory, CountsRightlyFromManyThreads) {
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([t] {
-      void* held[16] = {};
-      for (unsigned int i = 0; i < 4000; ++i) {
-        void*& slot = held[i * 7 % 16];
-        VX_LocalFree(slot, 1, "thread");
-        slot = VX_LocalAlloc(i % 300, 1, t, "thread");
-      }
-      for (void* block : held) VX_LocalFree(block, 1, "thread");
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace
