@@ -160,6 +160,7 @@ TEST(Load, OrientationAndColourOrder) {
   const Case cases[] = {{"top-down", down, kOther, ORIENT_TOP_DOWN, ORDER_BGR},
                         {"palette", gray, kOther, ORIENT_BOTTOM_UP, ORDER_RGB},
                         {"5-6-5", f565, kOther, ORIENT_BOTTOM_UP, ORDER_565},
+                        {"5-6-5, but the kernel had RGB", f565, ORDER_RGB, ORIENT_BOTTOM_UP, ORDER_RGB},
                         {"5-6-5, but the kernel had BGR", f565, ORDER_BGR, ORIENT_BOTTOM_UP, ORDER_BGR},
                         {"24 bits, but the kernel had 5-6-5", plain, ORDER_565, ORIENT_BOTTOM_UP, ORDER_565}};
   for (const auto& each : cases) {

@@ -50,6 +50,7 @@ TEST(Raw, CodingFollowsFormatAndDepth) {
   const Case cases[] = {
       {"plain with masks", FMT_RAW, 16, "ff0f1204", RAW_HAS_MASKS, 0xF00, 0xF0, 0xF, "de7b4420", plain},
       {"fields", FMT_RAW_BITFIELDS, 16, "ff0f1204", RAW_HAS_MASKS, 0xF00, 0xF0, 0xF, "de7b4420", plain},
+      {"fields without masks", FMT_RAW_BITFIELDS, 16, "ff0f1234", 0, 0xF00, 0xF0, 0xF, "ff0f1234", plain},
       {"5-6-5", FMT_RAW_BITFIELDS, 16, "ff0f1234", RAW_HAS_MASKS, 0xF800, 0x7E0, 0x1F, "ff0f1234", plain},
       {"masks at 32 bits", FMT_RAW_BITFIELDS, 32, "0102030405060708", RAW_HAS_MASKS, 1, 2, 3,
        "0102030405060708", plain},
@@ -98,6 +99,19 @@ TEST(Raw, OffsetsPastTheEndReadAsMissingData) {
       }
     }
   }
+}
+
+TEST(Raw, BandCountsFromTheOffset) {
+  Rig rig;
+  rig.Target(4, 3, 8);
+  rig.kernel.file = Hex("ee 01010101 02020202 03030303");
+  rig.info.Format = FMT_RAW;
+  rig.load.RawHasOffset = rig.load.RawOffset = 1;
+  rig.load.BandEnabled = rig.load.BandTopRow = rig.load.BandRowCount = 1;
+  EXPECT_EQ(rig.Load(), STATUS_OK);
+  EXPECT_EQ(ToHex(rig.kernel.rows.at(0).bytes), "02020202");
+  rig.kernel.target.BitsPerPixel = 7;  // raw data is described by the caller: no depth is refused
+  EXPECT_EQ(rig.Load(), STATUS_OK);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The allocator: products that overflow, the limit, and who holds what.
+// The allocator: products that overflow and the limit.
 #include "Memory.h"
 
 #include <cstring>
@@ -44,18 +44,6 @@ TEST_F(Memory, TheLimitIsExactAndZeroRestoresTheDefault) {
   VX_LocalFree(last, 3, "a");
   vx_set_memory_limit(0);
   EXPECT_EQ(vx_memory_limit(), uint64_t{1} << 30);
-}
-
-TEST_F(Memory, ListsWhatIsAliveByPlace) {
-  void* blocks[] = {VX_LocalAlloc(5, 1, 7, "one"), VX_LocalAlloc(6, 1, 7, "one"),
-                    VX_LocalAlloc(9, 2, 8, "two")};
-  const auto live = vxkrn::memory::LiveByTag();
-  ASSERT_EQ(live.size(), 2U);
-  const auto& one = live[std::strcmp(live[0].tag.file, "one") == 0 ? 0 : 1];
-  EXPECT_EQ(one.tag.line, 7);
-  EXPECT_EQ(one.blocks, 2U);
-  EXPECT_EQ(one.bytes, 11U);
-  for (void* block : blocks) VX_LocalFree(block, 1, "a");
 }
 
 }  // namespace
