@@ -30,8 +30,12 @@ void BeginCall() noexcept {
 }
 
 int FailForMemory(std::string_view what, std::uint64_t needed) noexcept {
-  return Fail(STATUS_NO_MEMORY, what, " needs ", needed, " bytes; the memory limit is ", memory::Limit(),
-              " bytes, of which ", memory::InUse(), " are in use. Raise the limit if this is expected");
+  if (memory::Fits(needed)) {
+    return Fail(STATUS_NO_MEMORY, what, " needs ", needed, " bytes, which the system does not have left");
+  }
+  return Fail(STATUS_NO_MEMORY, what, " needs ", needed, " bytes, but of the memory limit of ",
+              memory::Limit(), " bytes ", memory::InUse(),
+              " are in use. Raise the limit if this is expected");
 }
 
 }  // namespace vxkrn

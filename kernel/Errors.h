@@ -47,7 +47,7 @@ int Fail(int status, const Parts&... parts) noexcept {
   return status;
 }
 
-/// STATUS_NO_MEMORY with what was needed, what is in use and what the limit is.
+/// STATUS_NO_MEMORY with what was needed, and whether the limit or the system had no more.
 int FailForMemory(std::string_view what, std::uint64_t needed) noexcept;
 
 /// Runs an application's call: no exception leaves it.

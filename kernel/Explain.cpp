@@ -54,25 +54,67 @@ void ExplainShortRead(const vx_source& source, const ReadTrace& trace) {
   } else if (trace.offset > static_cast<std::uint64_t>(size)) {
     Fail(STATUS_READ_ERROR, "its data would start at byte ", trace.offset, ", but the file has ", size,
          " bytes");
+  } else if (trace.got == 0) {
+    Fail(STATUS_READ_ERROR, "the file ends at byte ", size, ", where more data should follow");
   } else {
-    Fail(STATUS_READ_ERROR, "its data goes on from byte ", trace.offset, ", but the file ends after ", size,
-         " bytes");
+    Fail(STATUS_READ_ERROR, "the file ends at byte ", size, ", in the middle of what begins at byte ",
+         trace.offset);
+  }
+}
+
+constexpr std::string_view kDepths = " bits per pixel; pictures have 1, 4, 8, 16, 24 or 32";
+
+/// What of a header of 12, 40 or more bytes no reader takes: its depth, its coding, or masks that follow it.
+void ExplainFields(const vx_source& source, std::uint64_t header, std::uint32_t length) {
+  const bool isCore = length == 12;
+  const std::uint32_t depth = NumberAt(source, header + (isCore ? 10 : 14), 2);
+  const std::uint32_t coding = isCore || length < 20 ? 0 : NumberAt(source, header + 16, 4);
+  Fail(STATUS_BAD_FORMAT, "the image header at byte ", header, " (", length, " bytes) says ", depth);
+  if (!IsDepth(static_cast<int>(depth))) {
+    Detail() << kDepths;
+  } else if (coding > 3) {
+    Detail() << " bits per pixel in coding " << coding << ", which is not known at that depth";
+  } else if (coding == 3) {
+    Detail() << " bits per pixel with colour masks that cannot be used there";
+  } else {
+    Detail() << " bits per pixel in coding " << coding << ", and the page is not complete or not usable";
   }
 }
 
 void ExplainBitmapHeader(const vx_source& source, std::uint64_t header) {
+  const std::int64_t size = source.Size();
   const std::uint32_t length = NumberAt(source, header, 4);
-  if (source.Size() < static_cast<std::int64_t>(header + length)) {
-    Fail(STATUS_BAD_FORMAT, "its image header is said to have ", length, " bytes at byte ", header,
-         ", but the file ends after ", source.Size(), " bytes");
-    return;
+  if (size < static_cast<std::int64_t>(header + sizeof length)) {
+    Fail(STATUS_BAD_FORMAT, "the file ends at byte ", size, ", before its image header at byte ", header);
+  } else if (size < static_cast<std::int64_t>(header + length)) {
+    Fail(STATUS_BAD_FORMAT, "the image header at byte ", header, " says it is ", length,
+         " bytes long, but the file ends at byte ", size);
+  } else if (length < 12) {
+    Fail(STATUS_BAD_FORMAT, "the image header at byte ", header, " says it is ", length,
+         " bytes long; the shortest has 12");
+  } else {
+    ExplainFields(source, header, length);
   }
-  const bool isCore = length == 12;
-  const std::uint32_t depth = NumberAt(source, header + (isCore ? 10 : 14), 2);
-  Fail(STATUS_BAD_FORMAT, "no reader takes its image header (", length, " bytes at byte ", header, ": ",
-       depth, " bits per pixel");
-  if (!isCore && length >= 20) Detail() << ", compression " << NumberAt(source, header + 16, 4);
-  Detail() << ") or the colour masks after it";
+}
+
+void ExplainIcon(const vx_source& source, const ReadTrace& trace) {
+  constexpr std::uint32_t kIcon = 1;
+  constexpr std::uint32_t kCursor = 2;
+  constexpr std::uint32_t kInfoHeader = 40;
+  constexpr std::uint32_t kPngStart = 0x474E5089;
+  const std::uint32_t type = NumberAt(source, 2, 2);
+  if (type != kIcon && type != kCursor) {
+    Fail(STATUS_BAD_FORMAT, "it begins like an icon file, but says it is of type ", type,
+         ", which is neither 1 (icon) nor 2 (cursor)");
+  } else if (NumberAt(source, 4, 2) == 0) {
+    Fail(STATUS_BAD_FORMAT, "its directory lists no pages");
+  } else if (type == kCursor && NumberAt(source, trace.offset, 4) == kPngStart) {
+    Fail(STATUS_BAD_FORMAT, "the page at byte ", trace.offset, " is a PNG stream, which cursors cannot have");
+  } else if (trace.asked == kInfoHeader && trace.got == kInfoHeader) {
+    ExplainFields(source, trace.offset, kInfoHeader);
+  } else {
+    Fail(STATUS_BAD_FORMAT, "the page at byte ", trace.offset, " is not one a reader takes");
+  }
 }
 
 void ExplainBadFormat(const vx_source& source, const ReadTrace& trace) {
@@ -87,8 +129,7 @@ void ExplainBadFormat(const vx_source& source, const ReadTrace& trace) {
   } else if (start.HeaderOffset() != 0) {
     ExplainBitmapHeader(source, start.HeaderOffset());
   } else {
-    Fail(STATUS_BAD_FORMAT, "no reader takes its directory (type ", NumberAt(source, 2, 2), ", ",
-         NumberAt(source, 4, 2), " pages) or the page's header, read up to byte ", trace.offset + trace.got);
+    ExplainIcon(source, trace);
   }
 }
 
@@ -96,7 +137,7 @@ void ExplainHeaderLength(const vx_source& source, const ReadTrace& trace) {
   const std::uint64_t bitmapHeader = Start(source).HeaderOffset();
   const std::uint64_t offset = bitmapHeader != 0 ? bitmapHeader : trace.offset;
   Fail(STATUS_FAILURE, "the image header at byte ", offset, " says it is ", NumberAt(source, offset, 4),
-       " bytes long, a length that no reader knows");
+       " bytes long; ", bitmapHeader != 0 ? "no header has that length" : "inside icons it has 40");
 }
 
 void FindReason(int status, const vx_source& source, const ReadTrace& trace) {

@@ -61,6 +61,22 @@ const char* vx_source::Name() const noexcept {
   return static_cast<const char*>(text);
 }
 
+void vx_source::HoldIfSmallIcon() noexcept {
+  constexpr std::int64_t kSmall = 4 << 20;  // bytes
+  const std::int64_t size = Size();
+  std::uint16_t signature = 1;
+  if (size < 2 || size > kSmall || Peek(&signature, 2, 0) != 2 || signature != 0) return;
+
+  const auto count = static_cast<std::uint32_t>(size);
+  vxkrn::memory::Bytes bytes = vxkrn::memory::MakeBytes(count, {"kernel/Source", __LINE__});
+  if (bytes == nullptr || Peek(bytes.get(), count, 0) != count) return;
+  (void)backend.functions.close(backend.user, file);
+  held = std::move(bytes);
+  memory = {held.get(), count};
+  backend = vxkrn::MemoryBackend(&memory);
+  file = &memory;
+}
+
 std::int64_t vx_source::Size() const noexcept {
   return backend.functions.size(backend.user, file);
 }
@@ -90,6 +106,7 @@ int vx_open_file(const char* path, vx_source** source) {
     if (opened->file == nullptr) {
       return vxkrn::Fail(VX_OPEN_ERROR, path, " cannot be opened: ", WhyNot(errno));
     }
+    opened->HoldIfSmallIcon();
     *source = opened.release();
     return VX_OK;
   });

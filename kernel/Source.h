@@ -9,6 +9,7 @@ struct vx_source {
   vxkrn::Backend backend;     ///< what the file came from
   void* file;                 ///< the backend's file
   vxkrn::MemoryFile memory;   ///< behind backend, for sources in memory
+  vxkrn::memory::Bytes held;  ///< the bytes of a file that is held in memory
   vxkrn::memory::Bytes name;  ///< for messages, NUL-terminated
 
   vx_source() noexcept;
@@ -17,6 +18,9 @@ struct vx_source {
   vx_source& operator=(const vx_source&) = delete;
 
   [[nodiscard]] const char* Name() const noexcept;
+  /// Makes a small file that begins like an icon one in memory, where there is room: its directory is
+  /// hopped through entry by entry, over and over.
+  void HoldIfSmallIcon() noexcept;
   /// Bytes, or below 0 when that cannot be told.
   [[nodiscard]] std::int64_t Size() const noexcept;
   /// Reads up to count bytes at offset, as many as there are. @return how many.
