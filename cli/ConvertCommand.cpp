@@ -1,5 +1,6 @@
 // vxbmp convert: one page, a band of it, or headerless data, into a PNG file.
 #include <fmt/format.h>
+#include <sys/stat.h>
 
 #include <charconv>
 #include <memory>
@@ -57,7 +58,24 @@ void RemarkOnOtherPages(vx::Source& source, const ConvertArguments& arguments) {
                      pages));
 }
 
+/// Whatever the names and links they were reached by. Devices are no files in this sense.
+bool AreSameFile(const std::string& one, const std::string& other) {
+  struct stat first {};
+  struct stat second {};
+  return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 && S_ISREG(first.st_mode) &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+/// A PNG file in the place of the original is never what was meant.
+void RefuseToReplace(const ConvertArguments& arguments) {
+  if (arguments.in == kStandardStream || arguments.out == kStandardStream) return;
+  if (AreSameFile(arguments.in, arguments.out)) {
+    throw UsageError("IN and OUT are the same file; the PNG file needs a name of its own");
+  }
+}
+
 ExitCode Convert(const ConvertArguments& arguments) {
+  RefuseToReplace(arguments);
   const std::unique_ptr<RawDescription> raw = arguments.raw.Describe();
   const vx::LoadOptions options = OptionsFor(arguments, raw.get());
   RefuseTerminal(arguments.out.c_str());
