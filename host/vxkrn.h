@@ -424,7 +424,10 @@ int VX_AllocateBitmap(_BITMAPHANDLE* bitmap, int option);
 void VX_FreeBitmap(_BITMAPHANDLE* bitmap);
 /** Opens bitmap for row access; option is 0. Every success is matched by one VX_IntReleaseBitmap. */
 int VX_IntAccessBitmap(_BITMAPHANDLE* bitmap, int option);
-/** Ends row access; option is 1. @return status as passed, unless ending the access itself fails. */
+/**
+ * Ends row access; option is 1. @return status as passed, unless ending the access itself fails, or the
+ * kernel can do without the rows that status says are missing: then STATUS_OK.
+ */
 int VX_IntReleaseBitmap(_BITMAPHANDLE* bitmap, int option, int status);
 /** Copies byteCount bytes of stored row `row` to buffer. @return bytes copied, or a failure status. */
 int VX_GetBitmapRow(_BITMAPHANDLE* bitmap, unsigned char* buffer, int row, unsigned int byteCount);

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr int kDefaultDpi = 96;
-
 bool HasRow(const _BITMAPHANDLE* bitmap, const void* buffer, int row, unsigned int byteCount) {
   return bitmap != nullptr && bitmap->Pixels != nullptr && buffer != nullptr && row >= 0 &&
          row < bitmap->Height && byteCount <= static_cast<unsigned int>(bitmap->BytesPerLine);
@@ -31,8 +29,8 @@ int VX_InitBitmap(_BITMAPHANDLE* bitmap, unsigned int recordSize, int width, int
   bitmap->BytesPerLine = static_cast<int>(vxkrn::Stride(width, bitsPerPixel));
   bitmap->Orientation = ORIENT_BOTTOM_UP;
   bitmap->ColorOrder = bitsPerPixel > 8 ? ORDER_BGR : ORDER_RGB;
-  bitmap->XResolution = kDefaultDpi;
-  bitmap->YResolution = kDefaultDpi;
+  bitmap->XResolution = vxkrn::kDefaultDpi;
+  bitmap->YResolution = vxkrn::kDefaultDpi;
   return STATUS_OK;
 }
 

@@ -8,6 +8,9 @@
 
 namespace vxkrn {
 
+/// Dots per inch where nothing names a resolution.
+constexpr int kDefaultDpi = 96;
+
 /// Bytes the pixels of a row take, without padding.
 constexpr std::int64_t PixelBytes(int width, int bitsPerPixel) noexcept {
   return (std::int64_t{width} * bitsPerPixel + 7) / 8;

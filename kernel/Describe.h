@@ -1,7 +1,7 @@
 // Asks the filter what a page holds, and refuses what the kernel could not make a bitmap of.
 #pragma once
 
-#include "Contract.h"
+#include "Bitmap.h"
 #include "Source.h"
 
 namespace vxkrn {
@@ -12,7 +12,7 @@ namespace vxkrn {
 
 /// A resolution as applications see it: 96 where the file names none.
 [[nodiscard]] constexpr int DpiOrDefault(int dpi) noexcept {
-  return dpi > 0 ? dpi : 96;
+  return dpi > 0 ? dpi : kDefaultDpi;
 }
 
 /// Whether the page is stored as a PNG stream.

@@ -28,15 +28,6 @@ class Start {
   std::uint32_t count_;
 };
 
-/// The little-endian number of `count` bytes at offset; bytes beyond the end count as 0.
-std::uint32_t NumberAt(const vx_source& source, std::uint64_t offset, std::uint32_t count) {
-  unsigned char bytes[4] = {};
-  (void)source.Peek(bytes, count, offset);
-  std::uint32_t number = 0;
-  for (std::uint32_t i = count; i-- > 0;) number = number << 8 | bytes[i];
-  return number;
-}
-
 std::string_view Hexadecimal(unsigned char byte, char (&text)[3]) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   text[0] = kDigits[byte >> 4];
@@ -62,13 +53,14 @@ void ExplainShortRead(const vx_source& source, const ReadTrace& trace) {
   }
 }
 
+constexpr std::size_t kLongestName = 500;  // bytes of a name that are shown, so that the reason finds room
 constexpr std::string_view kDepths = " bits per pixel; pictures have 1, 4, 8, 16, 24 or 32";
 
 /// What of a header of 12, 40 or more bytes no reader takes: its depth, its coding, or masks that follow it.
 void ExplainFields(const vx_source& source, std::uint64_t header, std::uint32_t length) {
   const bool isCore = length == 12;
-  const std::uint32_t depth = NumberAt(source, header + (isCore ? 10 : 14), 2);
-  const std::uint32_t coding = isCore || length < 20 ? 0 : NumberAt(source, header + 16, 4);
+  const std::uint32_t depth = source.Number(header + (isCore ? 10 : 14), 2);
+  const std::uint32_t coding = isCore || length < 20 ? 0 : source.Number(header + 16, 4);
   Fail(STATUS_BAD_FORMAT, "the image header at byte ", header, " (", length, " bytes) says ", depth);
   if (!IsDepth(static_cast<int>(depth))) {
     Detail() << kDepths;
@@ -83,7 +75,7 @@ void ExplainFields(const vx_source& source, std::uint64_t header, std::uint32_t 
 
 void ExplainBitmapHeader(const vx_source& source, std::uint64_t header) {
   const std::int64_t size = source.Size();
-  const std::uint32_t length = NumberAt(source, header, 4);
+  const std::uint32_t length = source.Number(header, 4);
   if (size < static_cast<std::int64_t>(header + sizeof length)) {
     Fail(STATUS_BAD_FORMAT, "the file ends at byte ", size, ", before its image header at byte ", header);
   } else if (size < static_cast<std::int64_t>(header + length)) {
@@ -102,13 +94,13 @@ void ExplainIcon(const vx_source& source, const ReadTrace& trace) {
   constexpr std::uint32_t kCursor = 2;
   constexpr std::uint32_t kInfoHeader = 40;
   constexpr std::uint32_t kPngStart = 0x474E5089;
-  const std::uint32_t type = NumberAt(source, 2, 2);
+  const std::uint32_t type = source.Number(2, 2);
   if (type != kIcon && type != kCursor) {
     Fail(STATUS_BAD_FORMAT, "it begins like an icon file, but says it is of type ", type,
          ", which is neither 1 (icon) nor 2 (cursor)");
-  } else if (NumberAt(source, 4, 2) == 0) {
+  } else if (source.Number(4, 2) == 0) {
     Fail(STATUS_BAD_FORMAT, "its directory lists no pages");
-  } else if (type == kCursor && NumberAt(source, trace.offset, 4) == kPngStart) {
+  } else if (type == kCursor && source.Number(trace.offset, 4) == kPngStart) {
     Fail(STATUS_BAD_FORMAT, "the page at byte ", trace.offset, " is a PNG stream, which cursors cannot have");
   } else if (trace.asked == kInfoHeader && trace.got == kInfoHeader) {
     ExplainFields(source, trace.offset, kInfoHeader);
@@ -136,7 +128,7 @@ void ExplainBadFormat(const vx_source& source, const ReadTrace& trace) {
 void ExplainHeaderLength(const vx_source& source, const ReadTrace& trace) {
   const std::uint64_t bitmapHeader = Start(source).HeaderOffset();
   const std::uint64_t offset = bitmapHeader != 0 ? bitmapHeader : trace.offset;
-  Fail(STATUS_FAILURE, "the image header at byte ", offset, " says it is ", NumberAt(source, offset, 4),
+  Fail(STATUS_FAILURE, "the image header at byte ", offset, " says it is ", source.Number(offset, 4),
        " bytes long; ", bitmapHeader != 0 ? "no header has that length" : "inside icons it has 40");
 }
 
@@ -160,7 +152,9 @@ int Explain(int status, const vx_source& source, int page, const ReadTrace& trac
   if (Detail().Empty()) FindReason(status, source, trace);
   const Text reason = Detail();
   Detail().Clear();
-  Detail() << source.Name();
+  const std::string_view name = source.Name();
+  if (name.size() > kLongestName) Detail() << "...";
+  Detail() << (name.size() > kLongestName ? name.substr(name.size() - kLongestName) : name);
   if (page > 0) Detail() << ", page " << page;
   Detail() << ": " << reason.CString();
   return status;

@@ -91,6 +91,15 @@ int PlanBand(LoadPlan* plan) {
               " on does not lie in the picture, which has ", height, " rows");
 }
 
+/// Whether the filter can go straight to the band: it skips the rows before it with one seek, which goes
+/// no further than an int.
+bool IsWithinReach(const LoadPlan& plan) {
+  const IMAGEINFO& info = plan.info;
+  const int first =
+      info.Orientation == ORIENT_BOTTOM_UP ? info.Height - plan.bandFirst - plan.bandCount : plan.bandFirst;
+  return first * Stride(info.Width, info.BitsPerPixel) <= INT32_MAX;
+}
+
 }  // namespace
 
 int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) {
@@ -106,8 +115,8 @@ int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) 
   plan->isPng = IsPngPage(plan->info);
   if (raw == nullptr) plan->wideFields = FindWideFields(source, plan->info);
   // An icon's mask follows its last row, and a run cannot be started in the middle.
-  plan->filterCutsBand =
-      plan->bandCount < plan->info.Height && !plan->isIcon && plan->info.Compression[0] == '\0';
+  plan->filterCutsBand = plan->bandCount < plan->info.Height && !plan->isIcon &&
+                         plan->info.Compression[0] == '\0' && IsWithinReach(*plan);
   return STATUS_OK;
 }
 

@@ -16,7 +16,6 @@ constexpr std::size_t kSignatureSize = 8;
 constexpr unsigned char kSignature[kSignatureSize + 1] = "\x89PNG\r\n\x1A\n";
 // Some writers end the signature like this; the stream after it is the same.
 constexpr unsigned char kOtherSignature[kSignatureSize + 1] = "\x89PNG\r\n\r\x05";
-constexpr int kDefaultDpi = 96;
 
 struct Stream {
   const unsigned char* bytes;

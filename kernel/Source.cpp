@@ -88,6 +88,13 @@ std::uint32_t vx_source::Peek(void* buffer, std::uint32_t count, std::uint64_t o
   return got < 0 ? 0 : static_cast<std::uint32_t>(got);
 }
 
+std::uint32_t vx_source::Number(std::uint64_t offset, std::uint32_t count) const noexcept {
+  unsigned char bytes[4] = {};
+  (void)Peek(bytes, count, offset);
+  return bytes[0] | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
+         std::uint32_t{bytes[3]} << 24;
+}
+
 vxkrn::Backend vx_source::View() noexcept {
   return {{OpenView, ReadView, nullptr, SizeOfView, nullptr, CloseView}, this};
 }

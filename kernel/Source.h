@@ -25,6 +25,8 @@ struct vx_source {
   [[nodiscard]] std::int64_t Size() const noexcept;
   /// Reads up to count bytes at offset, as many as there are. @return how many.
   std::uint32_t Peek(void* buffer, std::uint32_t count, std::uint64_t offset) const noexcept;
+  /// The little-endian number of up to 4 bytes at offset; bytes beyond the end count as 0.
+  [[nodiscard]] std::uint32_t Number(std::uint64_t offset, std::uint32_t count) const noexcept;
   /// A backend that opens this source, for reading, under any name. The source must outlive it.
   [[nodiscard]] vxkrn::Backend View() noexcept;
 };

@@ -5,6 +5,8 @@
 #include <bit>
 #include <cstring>
 
+#include "OpenFile.h"
+
 namespace vxkrn {
 namespace {
 
@@ -16,13 +18,6 @@ constexpr std::uint64_t kMasksAt = 54;  // behind a header of 40 bytes, inside a
 constexpr std::uint32_t kInfoHeader = 40;
 constexpr std::uint32_t kShortestWithMasks = 52;
 constexpr std::uint32_t kBitFields = 3;
-
-std::optional<std::uint32_t> WordAt(const vx_source& source, std::uint64_t offset) noexcept {
-  unsigned char bytes[4];
-  if (source.Peek(bytes, sizeof bytes, offset) != sizeof bytes) return std::nullopt;
-  return bytes[0] | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
-         std::uint32_t{bytes[3]} << 24;
-}
 
 bool IsOneRun(std::uint32_t mask) noexcept {
   return mask != 0 && std::has_single_bit((std::uint64_t{mask} >> std::countr_zero(mask)) + 1);
@@ -40,38 +35,52 @@ unsigned char Extract(std::uint32_t pixel, WideFields::Channel channel) noexcept
 }
 
 bool MayHaveMasks(const vx_source& source, const IMAGEINFO& info) noexcept {
+  constexpr std::uint32_t kBitmap = 0x4D42;
   if (info.BitsPerPixel != 32 || (info.Format != FMT_BMP && info.Format != FMT_OS2_2)) return false;
-  char signature[2] = {};
-  if (source.Peek(signature, sizeof signature, 0) != 2 || std::memcmp(signature, "BM", 2) != 0) return false;
-  const auto headerSize = WordAt(source, kHeaderSizeAt).value_or(0);
-  return headerSize == kInfoHeader || headerSize >= kShortestWithMasks;
+  const std::uint32_t headerSize = source.Number(kHeaderSizeAt, 4);
+  return source.Number(0, 2) == kBitmap && source.Number(kCompressionAt, 4) == kBitFields &&
+         (headerSize == kInfoHeader || headerSize >= kShortestWithMasks);
+}
+
+/// Sorts the pixels of a row, each channel taken out of the pixel by `extract`.
+template <class Extractor>
+void SortRow(const WideFields& fields, unsigned char* bytes, int width, Extractor extract) noexcept {
+  for (int x = 0; x < width; ++x, bytes += 4) {
+    std::uint32_t pixel;
+    std::memcpy(&pixel, bytes, sizeof pixel);
+    bytes[0] = extract(pixel, fields.blue);
+    bytes[1] = extract(pixel, fields.green);
+    bytes[2] = extract(pixel, fields.red);
+    bytes[3] = 0;
+  }
 }
 
 }  // namespace
 
 std::optional<WideFields> FindWideFields(const vx_source& source, const IMAGEINFO& info) noexcept {
-  if (!MayHaveMasks(source, info) || WordAt(source, kCompressionAt) != kBitFields) return std::nullopt;
-  const std::uint32_t red = WordAt(source, kMasksAt).value_or(0);
-  const std::uint32_t green = WordAt(source, kMasksAt + 4).value_or(0);
-  const std::uint32_t blue = WordAt(source, kMasksAt + 8).value_or(0);
+  if (!MayHaveMasks(source, info)) return std::nullopt;
+  const std::uint32_t red = source.Number(kMasksAt, 4);
+  const std::uint32_t green = source.Number(kMasksAt + 4, 4);
+  const std::uint32_t blue = source.Number(kMasksAt + 8, 4);
+  const std::uint32_t pixelOffset = source.Number(kPixelOffsetAt, 4);
   const bool isUsual = red == 0xFF0000 && green == 0xFF00 && blue == 0xFF;
   const bool isClear = IsOneRun(red) && IsOneRun(green) && IsOneRun(blue) && (red & green) == 0 &&
                        (red & blue) == 0 && (green & blue) == 0;
-  if (isUsual || !isClear) return std::nullopt;
-  return WideFields{WordAt(source, kPixelOffsetAt).value_or(0), ChannelOf(blue), ChannelOf(green),
-                    ChannelOf(red)};
+  if (isUsual || !isClear || pixelOffset > kLastPosition) return std::nullopt;
+  return WideFields{pixelOffset, ChannelOf(blue), ChannelOf(green), ChannelOf(red)};
 }
 
 void SortChannels(const WideFields& fields, _BITMAPHANDLE* bitmap) noexcept {
+  const bool areBytes = fields.blue.bits == 8 && fields.green.bits == 8 && fields.red.bits == 8;
+  const auto extractByte = [](std::uint32_t pixel, WideFields::Channel channel) {
+    return static_cast<unsigned char>(pixel >> channel.shift);
+  };
   for (int row = 0; row < bitmap->Height; ++row) {
     unsigned char* bytes = StoredRow(*bitmap, row);
-    for (int x = 0; x < bitmap->Width; ++x, bytes += 4) {
-      const std::uint32_t pixel = bytes[0] | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
-                                  std::uint32_t{bytes[3]} << 24;
-      bytes[0] = Extract(pixel, fields.blue);
-      bytes[1] = Extract(pixel, fields.green);
-      bytes[2] = Extract(pixel, fields.red);
-      bytes[3] = 0;
+    if (areBytes) {
+      SortRow(fields, bytes, bitmap->Width, extractByte);
+    } else {
+      SortRow(fields, bytes, bitmap->Width, Extract);
     }
   }
 }

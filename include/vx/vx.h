@@ -16,8 +16,8 @@
  *     }
  *
  * Conventions
- *   - Functions that can fail return a vx_status: VX_OK (1), anything else is a failure. Out arguments
- *     are set to null first and left so on failure. vx_status_text says what a status means;
+ *   - Functions that can fail return a vx_status: VX_OK (1), anything else is a failure. Objects
+ *     asked for are set to null first and left so on failure. vx_status_text says what a status means;
  *     vx_error_detail says what went wrong in this thread's last failed call, and where.
  *   - Strings are UTF-8 or whatever bytes the file system uses, NUL-terminated.
  *   - Rows count from the top of the picture, starting at 0, whatever order the file stores them in.
@@ -45,7 +45,7 @@ typedef enum vx_status {
   VX_OK = 1,
   VX_UNKNOWN_HEADER = 0,       /**< an image header of a length that no reader knows */
   VX_NO_MEMORY = -1,           /**< memory ran out, or the picture is over the memory limit */
-  VX_SEEK_ERROR = -4,          /**< the file does not reach to where its headers point */
+  VX_SEEK_ERROR = -4,          /**< the headers point to where no file can reach, or seeking failed */
   VX_WRITE_ERROR = -5,         /**< not everything could be written */
   VX_READ_ERROR = -7,          /**< the file ends before the data does, or cannot be read */
   VX_BAD_FORMAT = -9,          /**< not a file of a known kind, or a damaged one */
@@ -161,7 +161,7 @@ typedef struct vx_load_options {
   int allow_truncated;  /**< nonzero: take what is there of a file that ends early */
   int color_order;      /**< vx_order wanted for 16-bit images; VX_ORDER_FILE: as the file has it */
   int band_first;       /**< first row of the band, from the top of the picture */
-  int band_count;       /**< rows in the band; 0: the whole picture */
+  int band_count;       /**< rows in the band; 0: the whole picture, if band_first is 0 */
   int read_buffer_size; /**< bytes the decoder reads at once, even, 2 and more; 0: a good size */
   const vx_raw* raw;    /**< not null: the source is headerless data of this description */
 } vx_load_options;
@@ -230,7 +230,8 @@ VX_API uint64_t vx_memory_limit(void);
 VX_API uint64_t vx_memory_in_use(void);
 
 /**
- * Files as an application provides them. Every function gets `user` and the value that open
+ * Files as an application provides them. None of the functions may throw; write_at and truncate may
+ * both be null where files are only read. Every function gets `user` and the value that open
  * returned. Positions are absolute; results are byte counts, and below 0 for an error.
  */
 typedef struct vx_file_functions {

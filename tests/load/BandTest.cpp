@@ -3,6 +3,9 @@
 
 #include <samples/Samples.h>
 
+#include <algorithm>
+#include <cstring>
+
 #include "Loading.h"
 
 namespace {
@@ -39,6 +42,58 @@ TEST(Bands, OutsideThePictureAreRefused) {
        {std::pair(-1, 2), {0, height + 1}, {height, 1}, {1, -1}, {INT32_MAX, INT32_MAX}, {INT32_MIN, 1}}) {
     EXPECT_EQ(LoadBand(sample, first, count).status, VX_BAD_PARAMETER) << first << ", " << count;
   }
+}
+
+/// A bitmap of 3 GiB that nobody has to store: 24 bits, every row filled with its own number.
+class EndlessBitmap {
+ public:
+  static constexpr int kSide = 32768;
+  static constexpr uint64_t kStride = 3 * uint64_t{kSide};
+
+  static void* Open(void* user, const char* /*name*/, int /*flags*/) { return user; }
+  static int64_t Size(void* /*user*/, void* /*file*/) { return int64_t{kHeaderSize + kStride * kSide}; }
+  static int Close(void* /*user*/, void* /*file*/) { return 0; }
+  static int64_t ReadAt(void* /*user*/, void* /*file*/, void* buffer, uint32_t count, uint64_t position) {
+    constexpr uint8_t kHeader[kHeaderSize] = {'B',         'M', 0, 0,    0,  0, 0, 0, 0, 0,
+                                              kHeaderSize, 0,   0, 0,    40, 0, 0, 0, 0, 0x80,
+                                              0,           0,   0, 0x80, 0,  0, 1, 0, 24};
+    auto* bytes = static_cast<uint8_t*>(buffer);
+    uint32_t done = 0;
+    for (; done < count && position < kHeaderSize; ++done, ++position) bytes[done] = kHeader[position];
+    while (done < count) {
+      const uint64_t row = (position - kHeaderSize) / kStride;
+      const uint64_t left = kHeaderSize + (row + 1) * kStride - position;
+      const auto run = static_cast<uint32_t>(std::min<uint64_t>(count - done, left));
+      std::memset(bytes + done, static_cast<int>(row & 0xFF), run);
+      done += run;
+      position += run;
+    }
+    return count;
+  }
+
+ private:
+  static constexpr uint32_t kHeaderSize = 54;
+};
+
+TEST(Bands, LieWhereTheyShouldBeyondTwoGigabytes) {
+  const vx_file_functions functions{
+      EndlessBitmap::Open, EndlessBitmap::ReadAt, nullptr, EndlessBitmap::Size, nullptr,
+      EndlessBitmap::Close};
+  int anything = 0;
+  ASSERT_EQ(vx_redirect_files(&functions, &anything), VX_OK);
+  vx_source* source = nullptr;
+  ASSERT_EQ(vx_open_file("endless", &source), VX_OK);
+  for (const int fromBottom : {300, EndlessBitmap::kSide - 300}) {
+    vx_load_options options = VX_LOAD_OPTIONS_DEFAULT;
+    options.band_first = EndlessBitmap::kSide - 1 - fromBottom;
+    options.band_count = 1;
+    vx_bitmap* bitmap = nullptr;
+    ASSERT_EQ(vx_load(source, &options, &bitmap), VX_OK) << vx_error_detail();
+    EXPECT_EQ(vx_bitmap_row(bitmap, 0)[0], static_cast<uint8_t>(fromBottom));
+    vx_bitmap_free(bitmap);
+  }
+  vx_close(source);
+  vx_redirect_files(nullptr, nullptr);
 }
 
 }  // namespace
