@@ -81,7 +81,7 @@ ExitCode Convert(const ConvertArguments& arguments) {
   RefuseTerminal(arguments.out.c_str());
   const std::string name = InputName(arguments.in.c_str());
   try {
-    Input input(arguments.in.c_str());
+    Input input(arguments.in.c_str(), raw ? Content::Headerless : Content::Picture);
     const vx::Buffer png = input.Source().Load(options).EncodePng();
     WriteWhole(arguments.out.c_str(), png.Bytes());
     if (raw == nullptr) RemarkOnOtherPages(input.Source(), arguments);

@@ -5,6 +5,7 @@
 #include <array>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -146,19 +147,26 @@ class InfoCommand {
     return number;
   }
 
-  void ListFile(const std::string& file) try {
-    Input input(file.c_str());
+  void ListFile(const std::string& file) {
+    std::optional<Input> input = Open(file);
+    if (!input) return;
     if (page_ != kNoPage) {
-      ListPage(file, input.Source(), page_);
+      ListPage(file, input->Source(), page_);
     } else {
-      ListAllPages(file, input.Source());
+      ListAllPages(file, input->Source());
     }
+  }
+
+  std::optional<Input> Open(const std::string& file) try {
+    return std::optional<Input>(std::in_place, file.c_str());
   } catch (const vx::Error& error) {
     Fail(error, file, kNoPage);
+    return std::nullopt;
   } catch (const FileError& error) {
     ReportMessage(error.what());
     listing_->AddFailure(file, kNoPage, VX_OPEN_ERROR, error.what());
     exitCode_ = kExitFailed;
+    return std::nullopt;
   }
 
   bool ListPage(const std::string& file, vx::Source& source, int page) try {

@@ -1,4 +1,4 @@
-// Regular files are opened by the library; everything else is read to its end first.
+// Regular files are opened by the library; everything else is read first.
 #include "Input.h"
 
 #include <fcntl.h>
@@ -6,8 +6,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
-#include <cstring>
+#include <cstdint>
+#include <iterator>
+#include <span>
 
 #include "Errors.h"
 #include "Output.h"
@@ -54,10 +58,40 @@ class Stream {
   int descriptor_;
 };
 
-vx::Source OpenSource(const char* path, std::vector<uint8_t>& bytes) {
+/// Whether a picture can begin like this.
+bool MayBePicture(std::span<const uint8_t> bytes) {
+  constexpr std::array<uint8_t, 2> kSignatures[] = {{'B', 'M'}, {'B', 'A'}, {0, 0}};
+  return std::any_of(std::begin(kSignatures), std::end(kSignatures), [&](const auto& signature) {
+    const size_t count = std::min(bytes.size(), signature.size());
+    return std::equal(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count), signature.begin());
+  });
+}
+
+Bytes ReadStream(const char* path, size_t most, Content content) {
+  const Stream stream(path);
+  Bytes bytes;
+  while (bytes.Size() < most && (content == Content::Headerless || MayBePicture(bytes.All()))) {
+    const std::span<uint8_t> room = bytes.Room(most);
+    const ssize_t count = stream.Read(room.data(), room.size());
+    if (count < 0) throw FileError::FromErrno(InputName(path), "cannot read");
+    if (count == 0) break;
+    bytes.Add(static_cast<size_t>(count));
+  }
+  return bytes;
+}
+
+vx::Source OpenSource(const char* path, Content content, Bytes& bytes) {
   if (!IsStream(path)) return vx::Source::File(path);
-  bytes = ReadWhole(path, vx_memory_limit());
-  return vx::Source::Memory(bytes, InputName(path));
+  constexpr uint64_t kMostTheLibraryTakes = UINT32_MAX - 1;
+  const uint64_t limit = std::min(vx_memory_limit(), kMostTheLibraryTakes);
+  bytes = ReadStream(path, static_cast<size_t>(limit) + 1, content);
+  if (bytes.Size() > limit) {
+    throw FileError(InputName(path),
+                    fmt::format("goes on after {}, which is as much as is taken of a pipe or "
+                                "device; --memory-limit SIZE sets how much, up to 4 GiB",
+                                ByteCount(limit)));
+  }
+  return vx::Source::Memory(bytes.All(), InputName(path));
 }
 
 }  // namespace
@@ -66,25 +100,10 @@ std::string InputName(const char* path) {
   return IsStandardInput(path) ? "standard input" : path;
 }
 
-std::vector<uint8_t> ReadWhole(const char* path, uint64_t limit) {
-  constexpr size_t kFirstBlock = size_t{64} * 1024;
-  const Stream stream(path);
-  std::vector<uint8_t> bytes;
-  size_t filled = 0;
-  while (true) {
-    if (filled == bytes.size()) bytes.resize(filled == 0 ? kFirstBlock : filled * 2);
-    const ssize_t count = stream.Read(bytes.data() + filled, bytes.size() - filled);
-    if (count < 0) throw FileError::FromErrno(InputName(path), "cannot read");
-    if (count == 0) break;
-    filled += static_cast<size_t>(count);
-    if (filled > limit) {
-      throw FileError(InputName(path), fmt::format("holds more than {}", ByteCount(limit)));
-    }
-  }
-  bytes.resize(filled);
-  return bytes;
+Bytes ReadUpTo(const char* path, size_t most) {
+  return ReadStream(path, most, Content::Headerless);
 }
 
-Input::Input(const char* path) : source_(OpenSource(path, bytes_)) {}
+Input::Input(const char* path, Content content) : source_(OpenSource(path, content, bytes_)) {}
 
 }  // namespace cli

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <climits>
 #include <optional>
+#include <span>
 #include <string_view>
 
 #include "Errors.h"
@@ -92,7 +93,7 @@ void ParseMasks(std::string_view masks, vx_raw& raw) {
   if (!rest.empty()) throw UsageError(fmt::format("--masks {}: three masks are enough", Printable(masks)));
 }
 
-std::vector<uint8_t> FromTriplets(const std::vector<uint8_t>& file) {
+std::vector<uint8_t> FromTriplets(std::span<const uint8_t> file) {
   std::vector<uint8_t> palette;
   for (size_t i = 0; i < kMaxEntries; ++i) {
     const uint8_t* entry = file.data() + i * 3;
@@ -102,13 +103,17 @@ std::vector<uint8_t> FromTriplets(const std::vector<uint8_t>& file) {
 }
 
 std::vector<uint8_t> ReadPalette(const std::string& path) {
-  std::vector<uint8_t> file = ReadWhole(path.c_str(), kMaxEntries * kEntrySize);
+  constexpr size_t kMaxSize = kMaxEntries * kEntrySize;
+  const Bytes read = ReadUpTo(path.c_str(), kMaxSize + 1);
+  const std::span<const uint8_t> file = read.All();
   const bool isTriplets = std::find(std::begin(kTripletFileSizes), std::end(kTripletFileSizes),
                                     file.size()) != std::end(kTripletFileSizes);
   if (isTriplets) return FromTriplets(file);
-  if (!file.empty() && file.size() % kEntrySize == 0) return file;
-  throw FileError(path, fmt::format("not a palette: {}, not 4 an entry for 1 to 256 entries, nor 768 or 772",
-                                    ByteCount(file.size())));
+  if (!file.empty() && file.size() % kEntrySize == 0) return {file.begin(), file.end()};
+  const std::string size =
+      file.size() > kMaxSize ? fmt::format("more than {} bytes", kMaxSize) : ByteCount(file.size());
+  throw FileError(
+      path, fmt::format("not a palette: {}, not 4 an entry for 1 to 256 entries, nor 768 or 772", size));
 }
 
 }  // namespace

@@ -71,7 +71,7 @@ std::unique_ptr<cli::RawDescription> DescribeRaw(const Item& item) {
 
 void ExaminePages(const Item& item, const std::filesystem::path& stem, FileResult& result) {
   const std::unique_ptr<cli::RawDescription> raw = DescribeRaw(item);
-  cli::Input input(item.path.c_str());
+  cli::Input input(item.path.c_str(), raw ? cli::Content::Headerless : cli::Content::Picture);
   vx::LoadOptions options;
   if (raw) options.raw = &raw->Get();
   int pages = 1;
