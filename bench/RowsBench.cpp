@@ -101,10 +101,12 @@ Bytes Noise(int stride) {
   return data;
 }
 
+int g_rounds = 9;
+
 template <class Work>
 double BestTime(Work work) {
   double best = 1e9;
-  for (int i = 0; i < 9; ++i) {
+  for (int i = 0; i < g_rounds; ++i) {
     const auto start = std::chrono::steady_clock::now();
     work();
     best = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
@@ -152,7 +154,8 @@ bool Measure(const Case& c, ReadRawData readRawData) {
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+  if (argc > 1) g_rounds = static_cast<int>(std::max(std::strtol(argv[1], nullptr, 10), 1L));
   void* library = dlopen(VXBMP_FILTER, RTLD_LAZY);
   void* symbol =
       library != nullptr ? dlsym(library, "_Z11ReadRawDataP13_LOADDISPATCHP9tagHANDLEiiiiit") : nullptr;
@@ -174,7 +177,7 @@ int main() {
       {"16-bit fields to 5-5-5", 16, 3, 1, Noise(StrideOf(16)), bench::Convert565},
       {"24-bit rows (against memcpy)", 24, 0, 0, Noise(StrideOf(24)), bench::CopyRows},
   };
-  std::printf("time of the filter's row decoder / time of a tight loop over memory (best of 9)\n");
+  std::printf("time of the filter's row decoder / time of a tight loop over memory (best of %d)\n", g_rounds);
   bool allRight = true;
   for (const Case& c : cases) allRight = Measure(c, readRawData) && allRight;
   return allRight ? 0 : 1;

@@ -13,19 +13,24 @@ namespace bmp {
 namespace {
 
 constexpr int kChunk = 16;  // bytes stored at once
+constexpr int kLongChunk = 64;
 constexpr int kLongestRun = 255;
 
-constexpr int RoundedToChunks(int count) {
-  return (count + kChunk - 1) / kChunk * kChunk;
+template <int Chunk>
+constexpr int RoundedUp(int count) {
+  return (count + Chunk - 1) / Chunk * Chunk;
 }
 
-/// Stores `count` bytes of `value`; may spill over their end, but never past `room` bytes.
+/// Stores `count` bytes of `value`; may spill over their end, but never past `room` bytes. Most runs are
+/// one store of one size or the other, which the processor can foresee better than their lengths.
 inline void StoreRun(uint8_t* to, int count, int room, uint8_t value) {
-  if (room < RoundedToChunks(count)) {
+  if (count <= kChunk && room >= kChunk) {
+    std::memset(to, value, kChunk);
+  } else if (room >= RoundedUp<kLongChunk>(count)) {
+    for (int i = 0; i < count; i += kLongChunk) std::memset(to + i, value, kLongChunk);
+  } else {
     std::memset(to, value, static_cast<size_t>(count));
-    return;
   }
-  for (int i = 0; i < count; i += kChunk) std::memset(to + i, value, kChunk);
 }
 
 /// Literal bytes and how many more may be read behind their start.
@@ -36,7 +41,7 @@ struct Literals {
 
 /// Stores `count` literal bytes, spilling within `room` and within what may be read.
 inline void StoreLiterals(uint8_t* to, int count, int room, const Literals& literals) {
-  if (std::min(room, literals.available) < RoundedToChunks(count)) {
+  if (std::min(room, literals.available) < RoundedUp<kChunk>(count)) {
     std::memcpy(to, literals.bytes, static_cast<size_t>(count));
     return;
   }
