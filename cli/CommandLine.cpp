@@ -12,6 +12,7 @@
 #include <string>
 #include <utility>
 
+#include "Numbers.h"
 #include "Output.h"
 #include "Report.h"
 #include "Text.h"
@@ -51,10 +52,38 @@ std::string FirstUnknown(const CLI::App& app) {
   return rest.empty() ? "" : rest.front();
 }
 
+/// An empty word is never what was meant: it comes from a variable that was not set.
+void RefuseEmptyWords(CLI::App& app) {
+  for (CLI::Option* option : app.get_options()) {
+    const char* problem = option->get_positional() ? "the file name is empty" : "the value is empty";
+    option->check([problem](const std::string& word) { return word.empty() ? std::string(problem) : ""; });
+  }
+}
+
+/// What the parser says, in words for people.
+std::string Wording(const CLI::ParseError& error, const CLI::App& command) {
+  const std::string text = error.what();
+  switch (static_cast<CLI::ExitCodes>(error.get_exit_code())) {
+    case CLI::ExitCodes::ArgumentMismatch: {
+      const std::string name = text.substr(0, text.find(':'));
+      const CLI::Option* option = command.get_option_no_throw(name);
+      const bool isRepeated = option != nullptr && option->count() > 1;
+      return name + (isRepeated ? " can be given only once" : " needs a value");
+    }
+    case CLI::ExitCodes::ConversionError: return "a value was given to an option that takes none";
+    case CLI::ExitCodes::ExtrasError: return FirstUnknown(*command.get_parent()) + " is a word too many";
+    default: return text;
+  }
+}
+
 std::string CommandNames() {
   std::string names;
   for (const Command& command : AllCommands()) names += std::string(names.empty() ? "" : ", ") + command.name;
   return names;
+}
+
+std::string NoSuchCommand(const std::string& word) {
+  return fmt::format("there is no command {}, only {}", Printable(word), CommandNames());
 }
 
 }  // namespace
@@ -69,18 +98,23 @@ CommandLine::CommandLine() {
   app_.set_version_flag(
       "--version", [] { return fmt::format("vxbmp {}", vx_version()); }, "print the version and exit");
   app_.add_option("--memory-limit", memoryLimit_,
-                  "memory that pictures may take, such as 4G; 1G unless given")
+                  "memory that pictures may take, such as 512M or 4G; 1G unless given.\n"
+                  "Bytes, or with K, M, G or T (KB, KiB and so on: 1024 each)")
       ->option_text("SIZE");
   for (const Command& command : AllCommands()) {
     CLI::App* sub = app_.add_subcommand(command.name, command.summary);
     sub->group("Commands");
     sub->footer(command.details);
     actions_.push_back(command.declare(*sub));
+    RefuseEmptyWords(*sub);
   }
+  RefuseEmptyWords(app_);
 }
 
 ExitCode CommandLine::Run(int argc, char** argv) {
   try {
+    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    if (!words.empty() && words.front() == "help") return Help(words);
     app_.parse(argc, argv);
     return Act();
   } catch (const CLI::ParseError& error) {
@@ -88,6 +122,20 @@ ExitCode CommandLine::Run(int argc, char** argv) {
   } catch (const UsageError& error) {
     return ExplainUsage(error.what());
   }
+}
+
+ExitCode CommandLine::Help(const std::vector<std::string>& words) const {
+  if (words.size() > 2) throw UsageError("help is about one command at a time");
+  if (words.size() < 2) {
+    PrintToStandardOutput(app_.help());
+    return kExitOk;
+  }
+  const auto commands = AllCommands();
+  const bool isKnown = std::any_of(commands.begin(), commands.end(),
+                                   [&](const Command& each) { return each.name == words[1]; });
+  if (!isKnown) throw UsageError(NoSuchCommand(words[1]));
+  PrintToStandardOutput(app_.get_subcommand(words[1])->help(app_.get_name()));
+  return kExitOk;
 }
 
 ExitCode CommandLine::Act() {
@@ -116,12 +164,11 @@ ExitCode CommandLine::ExplainParsing(const CLI::ParseError& error) {
     return kExitOk;
   }
   const std::string word = FirstUnknown(app_);
-  const bool isOption = word.starts_with("-");
-  if (isOption) return ExplainUsage(fmt::format("there is no option {}", Printable(word)));
-  if (!app_.get_subcommands().empty()) return ExplainUsage(Printable(error.what()));
-  if (!word.empty()) {
-    return ExplainUsage(fmt::format("there is no command {}, only {}", Printable(word), CommandNames()));
-  }
+  const auto used = app_.get_subcommands();
+  if (word.starts_with("-")) return ExplainUsage(fmt::format("there is no option {}", Printable(word)));
+  if (!used.empty()) return ExplainUsage(Printable(Wording(error, *used.front())));
+  if (!word.empty()) return ExplainUsage(NoSuchCommand(word));
+  if (error.get_name() != "RequiredError") return ExplainUsage(Printable(Wording(error, app_)));
   std::fputs(app_.help().c_str(), stderr);
   return kExitUsage;
 }

@@ -18,6 +18,8 @@ class CommandLine {
   ExitCode Run(int argc, char** argv);
 
  private:
+  /// "help" and "help COMMAND"
+  ExitCode Help(const std::vector<std::string>& words) const;
   ExitCode Act();
   void ApplyMemoryLimit() const;
   ExitCode ExplainParsing(const CLI::ParseError& error);

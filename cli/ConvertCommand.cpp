@@ -2,12 +2,15 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
-#include <charconv>
+#include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "Command.h"
 #include "Input.h"
+#include "Numbers.h"
 #include "Output.h"
 #include "RawArguments.h"
 #include "Report.h"
@@ -19,30 +22,34 @@ namespace {
 struct ConvertArguments {
   std::string in;
   std::string out;
-  int page = 1;
-  bool pageGiven = false;
+  std::string page;
   bool allowTruncated = false;
   std::string band;
   RawArguments raw;
 };
 
+int ParsePage(const std::string& page) {
+  if (page.empty()) return 1;
+  if (const std::optional<int> number = ParseInt(page, 1)) return *number;
+  throw UsageError(fmt::format("--page {}: a whole number from 1 is needed", Printable(page)));
+}
+
 /// FIRST:COUNT, both whole numbers; rows count from 0.
-void ParseBand(const std::string& band, vx_load_options& options) {
-  const char* end = band.data() + band.size();
-  const auto [colon, error] = std::from_chars(band.data(), end, options.band_first);
-  if (error == std::errc() && colon != end && *colon == ':') {
-    const auto [stop, countError] = std::from_chars(colon + 1, end, options.band_count);
-    if (countError == std::errc() && stop == end && options.band_first >= 0 && options.band_count >= 1)
-      return;
+void ParseBand(std::string_view band, vx_load_options& options) {
+  const size_t colon = std::min(band.find(':'), band.size());
+  const std::optional<int> first = ParseInt(band.substr(0, colon), 0);
+  const std::optional<int> count = ParseInt(band.substr(std::min(colon + 1, band.size())), 1);
+  if (!first || !count) {
+    throw UsageError(
+        fmt::format("--band {}: FIRST:COUNT is needed, such as 0:100 for the top 100 rows", Printable(band)));
   }
-  throw UsageError(
-      fmt::format("--band {}: FIRST:COUNT is needed, such as 0:100 for the top 100 rows", Printable(band)));
+  options.band_first = *first;
+  options.band_count = *count;
 }
 
 vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescription* raw) {
-  if (arguments.page < 1) throw UsageError("--page: pages count from 1");
   vx::LoadOptions options;
-  options.page = arguments.page;
+  options.page = ParsePage(arguments.page);
   options.allow_truncated = arguments.allowTruncated ? 1 : 0;
   if (!arguments.band.empty()) ParseBand(arguments.band, options);
   if (raw != nullptr) options.raw = &raw->Get();
@@ -51,7 +58,7 @@ vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescripti
 
 /// People who forget that an icon has several pages get the first; where they watch, they are told.
 void RemarkOnOtherPages(vx::Source& source, const ConvertArguments& arguments) {
-  if (arguments.pageGiven) return;
+  if (!arguments.page.empty()) return;
   const int pages = source.Describe(1).page_count;
   if (pages < 2) return;
   Remark(fmt::format("{}: page 1 of {}; --page N takes another", Printable(InputName(arguments.in.c_str())),
@@ -108,10 +115,7 @@ Action DeclareConvert(CLI::App& command) {
   command.add_option("--band", arguments->band, "convert COUNT rows only, from row FIRST; the top row is 0")
       ->option_text("FIRST:COUNT");
   arguments->raw.Declare(command)->excludes(page);
-  return [arguments, page] {
-    arguments->pageGiven = page->count() > 0;
-    return Convert(*arguments);
-  };
+  return [arguments] { return Convert(*arguments); };
 }
 
 }  // namespace cli

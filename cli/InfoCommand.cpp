@@ -12,6 +12,7 @@
 #include "Command.h"
 #include "Facts.h"
 #include "Input.h"
+#include "Numbers.h"
 #include "Output.h"
 #include "Report.h"
 #include "Text.h"
@@ -140,11 +141,8 @@ class InfoCommand {
 
   static int ParsePage(const std::string& page) {
     if (page.empty() || page == kAllPages) return kNoPage;
-    int number = 0;
-    if (!CLI::detail::lexical_cast(page, number) || number < 1) {
-      throw UsageError(fmt::format("--page {}: a number from 1, or all, is needed", Printable(page)));
-    }
-    return number;
+    if (const std::optional<int> number = ParseInt(page, 1)) return *number;
+    throw UsageError(fmt::format("--page {}: a whole number from 1, or all, is needed", Printable(page)));
   }
 
   void ListFile(const std::string& file) {

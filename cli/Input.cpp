@@ -87,8 +87,7 @@ vx::Source OpenSource(const char* path, Content content, Bytes& bytes) {
   bytes = ReadStream(path, static_cast<size_t>(limit) + 1, content);
   if (bytes.Size() > limit) {
     throw FileError(InputName(path),
-                    fmt::format("goes on after {}, which is as much as is taken of a pipe or "
-                                "device; --memory-limit SIZE sets how much, up to 4 GiB",
+                    fmt::format("goes on after {}; --memory-limit SIZE lets more be read, up to 4 GiB",
                                 ByteCount(limit)));
   }
   return vx::Source::Memory(bytes.All(), InputName(path));

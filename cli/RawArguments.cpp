@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <climits>
 #include <optional>
 #include <span>
@@ -13,21 +12,30 @@
 
 #include "Errors.h"
 #include "Input.h"
+#include "Numbers.h"
 #include "Text.h"
 
 namespace cli {
 namespace {
 
+bool IsDepth(int depth) {
+  constexpr int kDepths[] = {1, 4, 8, 16, 24, 32};
+  return std::find(std::begin(kDepths), std::end(kDepths), depth) != std::end(kDepths);
+}
+
 struct Coding {
   std::string_view name;
   int format;
+  std::string_view depths;  // bits a pixel that it goes with, for messages
+  bool (*fits)(int depth);
 };
 
-constexpr Coding kCodings[] = {{"", VX_FORMAT_RAW},
-                               {"rle4", VX_FORMAT_RAW_RLE4},
-                               {"rle8", VX_FORMAT_RAW_RLE8},
-                               {"bitfields", VX_FORMAT_RAW_BITFIELDS}};
-constexpr int kDepths[] = {1, 4, 8, 16, 24, 32};
+constexpr Coding kCodings[] = {
+    {"", VX_FORMAT_RAW, "1, 4, 8, 16, 24 or 32", IsDepth},
+    {"rle4", VX_FORMAT_RAW_RLE4, "4", [](int depth) { return depth == 4; }},
+    {"rle8", VX_FORMAT_RAW_RLE8, "8", [](int depth) { return depth == 8; }},
+    {"bitfields", VX_FORMAT_RAW_BITFIELDS, "16 or 32", [](int depth) { return depth == 16 || depth == 32; }}};
+constexpr int kDeepestWithPalette = 8;
 
 constexpr size_t kMaxEntries = 256;
 constexpr size_t kEntrySize = 4;
@@ -42,40 +50,37 @@ std::string_view TakeUntil(std::string_view& rest, char separator) {
   return taken;
 }
 
-/// Decimal, or hexadecimal after 0x.
-std::optional<uint32_t> ParseNumber(std::string_view text) {
-  const bool isHex = text.starts_with("0x") || text.starts_with("0X");
-  if (isHex) text.remove_prefix(2);
-  uint32_t value = 0;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value, isHex ? 16 : 10);
-  return !text.empty() && error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
-}
-
 int ParseSide(std::string_view text, std::string_view shape) {
-  const std::optional<uint32_t> number = ParseNumber(text);
-  if (number && *number >= 1 && *number <= INT_MAX) return static_cast<int>(*number);
+  if (const std::optional<int> number = ParseInt(text, 1)) return *number;
   throw UsageError(
       fmt::format("--raw {}: WIDTHxHEIGHTxBITS[:CODING] is needed, such as 640x480x24", Printable(shape)));
 }
 
-int ParseCoding(std::string_view name, std::string_view shape) {
+const Coding& ParseCoding(std::string_view name, std::string_view shape) {
   const auto* coding = std::find_if(std::begin(kCodings), std::end(kCodings),
                                     [&](const Coding& each) { return each.name == name; });
-  if (coding != std::end(kCodings)) return coding->format;
+  if (coding != std::end(kCodings)) return *coding;
   throw UsageError(fmt::format("--raw {}: the coding is one of rle4, rle8 and bitfields", Printable(shape)));
 }
 
 void ParseShape(std::string_view shape, vx_raw& raw) {
-  std::string_view coding = shape;
-  std::string_view sides = TakeUntil(coding, ':');
-  raw.format = ParseCoding(coding, shape);
+  std::string_view codingName = shape;
+  std::string_view sides = TakeUntil(codingName, ':');
+  const Coding& coding = ParseCoding(codingName, shape);
+  raw.format = coding.format;
   raw.width = ParseSide(TakeUntil(sides, 'x'), shape);
   raw.height = ParseSide(TakeUntil(sides, 'x'), shape);
   raw.bits_per_pixel = ParseSide(sides, shape);
-  if (std::find(std::begin(kDepths), std::end(kDepths), raw.bits_per_pixel) == std::end(kDepths)) {
-    throw UsageError(fmt::format("--raw {}: pixels have 1, 4, 8, 16, 24 or 32 bits", Printable(shape)));
+  if (!coding.fits(raw.bits_per_pixel)) {
+    const std::string pixels = coding.name.empty() ? "pixels" : fmt::format("{} pixels", coding.name);
+    throw UsageError(fmt::format("--raw {}: {} have {} bits", Printable(shape), pixels, coding.depths));
   }
+}
+
+uint32_t ParseOffset(std::string_view offset) {
+  if (const std::optional<int> number = ParseInt(offset, 0)) return static_cast<uint32_t>(*number);
+  throw UsageError(
+      fmt::format("--offset {}: a whole number from 0 to {} is needed", Printable(offset), INT_MAX));
 }
 
 void ParseMasks(std::string_view masks, vx_raw& raw) {
@@ -83,7 +88,7 @@ void ParseMasks(std::string_view masks, vx_raw& raw) {
   std::string_view rest = masks;
   raw.has_masks = 1;
   for (uint32_t* mask : {&raw.red_mask, &raw.green_mask, &raw.blue_mask}) {
-    const std::optional<uint32_t> number = ParseNumber(TakeUntil(rest, ','));
+    const std::optional<uint32_t> number = ParseBits(TakeUntil(rest, ','));
     if (!number || *number > 0xFFFF) {
       throw UsageError(fmt::format("--masks {}: three masks of 16 bits are needed, such as 0xF800,0x7E0,0x1F",
                                    Printable(masks)));
@@ -125,7 +130,6 @@ CLI::Option* RawArguments::Declare(CLI::App& command) {
           ->option_text("WxHxBITS[:CODING]")
           ->group(kGroup);
   command.add_option("--offset", offset_, "byte of IN at which the pixels begin")
-      ->check(CLI::Range(0U, static_cast<uint32_t>(INT_MAX)))
       ->option_text("BYTES")
       ->group(kGroup)
       ->needs(raw);
@@ -146,10 +150,11 @@ std::unique_ptr<RawDescription> RawArguments::Describe(const std::filesystem::pa
   auto description = std::make_unique<RawDescription>();
   vx_raw& raw = description->raw_;
   ParseShape(shape_, raw);
-  raw.offset = offset_;
+  if (!offset_.empty()) raw.offset = ParseOffset(offset_);
   raw.orientation = topDown_ ? VX_TOP_DOWN : VX_BOTTOM_UP;
   if (!masks_.empty()) ParseMasks(masks_, raw);
   if (!palettePath_.empty()) {
+    if (raw.bits_per_pixel > kDeepestWithPalette) throw UsageError("--palette is for pixels of up to 8 bits");
     description->palette_ = ReadPalette((folder / palettePath_).string());
     raw.palette = description->palette_.data();
     raw.palette_count = static_cast<int>(description->palette_.size() / kEntrySize);

@@ -36,7 +36,7 @@ class RawArguments {
 
  private:
   std::string shape_;
-  uint32_t offset_ = 0;
+  std::string offset_;
   std::string palettePath_;
   std::string masks_;
   bool topDown_ = false;

@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
-#include <charconv>
 #include <cwchar>
 
 namespace cli {
@@ -106,19 +104,6 @@ std::string ByteCount(uint64_t bytes) {
   size_t unit = 0;
   for (; amount >= kKibi && unit + 1 < kUnits.size(); ++unit) amount /= kKibi;
   return fmt::format("{:.1f} {}", amount, kUnits[unit]);
-}
-
-std::optional<uint64_t> ParseByteCount(std::string_view text) {
-  constexpr std::string_view kUnits = "KMGT";
-  uint64_t value = 0;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  if (error != std::errc()) return std::nullopt;
-  if (stop == end) return value;
-  const size_t unit = kUnits.find(static_cast<char>(std::toupper(static_cast<unsigned char>(*stop))));
-  if (stop + 1 != end || unit == std::string_view::npos) return std::nullopt;
-  const auto shift = static_cast<unsigned>(unit + 1) * 10;
-  return value > UINT64_MAX >> shift ? std::nullopt : std::optional(value << shift);
 }
 
 }  // namespace cli

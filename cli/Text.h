@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -21,8 +20,5 @@ std::string PadRight(std::string_view text, size_t width);
 
 /// @return a number of bytes for people, such as "512 bytes" or "1.5 GiB".
 std::string ByteCount(uint64_t bytes);
-
-/// Reads a number of bytes as people write it: "1048576", "512M", "4G"; a K is 1024.
-std::optional<uint64_t> ParseByteCount(std::string_view text);
 
 }  // namespace cli

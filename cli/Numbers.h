@@ -1,0 +1,22 @@
+// Numbers as people write them on a command line. A leading 0 means nothing, and a number is the whole word.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace cli {
+
+/// Reads decimal digits and nothing else.
+std::optional<uint64_t> ParseDecimal(std::string_view text);
+
+/// Reads a decimal number from `least` to the highest int.
+std::optional<int> ParseInt(std::string_view text, int least);
+
+/// Reads 32 bits: a decimal number, or a hexadecimal one after 0x.
+std::optional<uint32_t> ParseBits(std::string_view text);
+
+/// Reads a number of bytes: "1048576", "512M", "4GB", "4GiB", in either case; a K is 1024.
+std::optional<uint64_t> ParseByteCount(std::string_view text);
+
+}  // namespace cli
