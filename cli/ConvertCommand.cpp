@@ -81,22 +81,37 @@ void RefuseToReplace(const ConvertArguments& arguments) {
   }
 }
 
+/// Whether --allow-truncated would have helped. It does where rows are missing, not where headers are.
+bool LoadsWhenTruncated(const vx::Source& source, vx::LoadOptions options) try {
+  options.allow_truncated = 1;
+  static_cast<void>(source.Load(options));
+  return true;
+} catch (const vx::Error&) {
+  return false;
+}
+
+vx::Bitmap Load(const vx::Source& source, const vx::LoadOptions& options, Circumstances& at) try {
+  return source.Load(options);
+} catch (const vx::Error& error) {
+  at.loadsWhenTruncated =
+      error.status() == VX_READ_ERROR && options.allow_truncated == 0 && LoadsWhenTruncated(source, options);
+  throw;
+}
+
 ExitCode Convert(const ConvertArguments& arguments) {
   RefuseToReplace(arguments);
   const std::unique_ptr<RawDescription> raw = arguments.raw.Describe();
   const vx::LoadOptions options = OptionsFor(arguments, raw.get());
   RefuseTerminal(arguments.out.c_str());
   const std::string name = InputName(arguments.in.c_str());
+  Circumstances at{.file = name, .isLoading = true, .isRaw = raw != nullptr};
   try {
     Input input(arguments.in.c_str(), raw ? Content::Headerless : Content::Picture);
-    const vx::Buffer png = input.Source().Load(options).EncodePng();
+    const vx::Buffer png = Load(input.Source(), options, at).EncodePng();
     WriteWhole(arguments.out.c_str(), png.Bytes());
     if (raw == nullptr) RemarkOnOtherPages(input.Source(), arguments);
   } catch (const vx::Error& error) {
-    ReportFailure(error, {.file = name,
-                          .isLoading = true,
-                          .allowTruncated = arguments.allowTruncated,
-                          .isRaw = raw != nullptr});
+    ReportFailure(error, at);
     return kExitFailed;
   }
   return kExitOk;

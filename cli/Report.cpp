@@ -15,24 +15,29 @@ namespace {
 
 struct Hint {
   int status;
-  bool (*helps)(const Circumstances&);
+  bool (*helps)(const Circumstances&, std::string_view problem);
   const char* text;
 };
 
-bool Always(const Circumstances& /*unused*/) {
+bool Always(const Circumstances& /*unused*/, std::string_view /*unused*/) {
   return true;
 }
-bool MayTruncate(const Circumstances& at) {
-  return at.isLoading && !at.allowTruncated;
+bool TakesTruncated(const Circumstances& at, std::string_view /*unused*/) {
+  return at.loadsWhenTruncated;
 }
-bool MayBeRaw(const Circumstances& at) {
-  return at.isLoading && !at.isRaw;
+/// What begins like a picture is a damaged one.
+bool MayBeRaw(const Circumstances& at, std::string_view problem) {
+  return at.isLoading && !at.isRaw && problem.find("it begins with the bytes") != std::string_view::npos;
+}
+/// The limit is not all that memory can run out of.
+bool IsOverLimit(const Circumstances& /*unused*/, std::string_view problem) {
+  return problem.find("memory limit") != std::string_view::npos;
 }
 
 constexpr Hint kHints[] = {
-    {VX_READ_ERROR, MayTruncate, "--allow-truncated takes what is there of a file that ends early"},
+    {VX_READ_ERROR, TakesTruncated, "--allow-truncated takes what is there of a file that ends early"},
     {VX_BAD_FORMAT, MayBeRaw, "pixel data without a header is described with --raw WIDTHxHEIGHTxBITS"},
-    {VX_NO_MEMORY, Always, "--memory-limit SIZE sets how much memory a picture may take, such as 4G"},
+    {VX_NO_MEMORY, IsOverLimit, "--memory-limit SIZE sets how much memory a picture may take, such as 4G"},
     {VX_NO_FILTER, Always, "VX_FILTER_PATH may name the folder that holds the filter"},
 };
 
@@ -41,9 +46,11 @@ void Print(const std::string& line) {
   std::fputs(line.c_str(), stderr);
 }
 
-void PrintHint(int status, const Circumstances& circumstances) {
+void PrintHint(int status, const Circumstances& circumstances, std::string_view problem) {
   for (const Hint& hint : kHints) {
-    if (hint.status == status && hint.helps(circumstances)) Print(fmt::format("  hint: {}\n", hint.text));
+    if (hint.status == status && hint.helps(circumstances, problem)) {
+      Print(fmt::format("  hint: {}\n", hint.text));
+    }
   }
 }
 
@@ -55,7 +62,7 @@ void ReportFailure(const vx::Error& error, const Circumstances& circumstances) {
       problem.starts_with(circumstances.file) ? "" : fmt::format("{}: ", Printable(circumstances.file));
   ReportMessage(fmt::format("{}{} ({}, {})", prefix, Printable(problem), vx_status_name(error.status()),
                             error.status()));
-  PrintHint(error.status(), circumstances);
+  PrintHint(error.status(), circumstances, problem);
 }
 
 void ReportMessage(std::string_view message) {

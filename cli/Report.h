@@ -8,10 +8,10 @@ namespace cli {
 
 /// What was being done when something failed.
 struct Circumstances {
-  std::string_view file;        ///< the name for messages
-  bool isLoading = false;       ///< pixels were to be loaded
-  bool allowTruncated = false;  ///< with --allow-truncated
-  bool isRaw = false;           ///< with --raw
+  std::string_view file;            ///< the name for messages
+  bool isLoading = false;           ///< pixels were to be loaded
+  bool isRaw = false;               ///< with --raw
+  bool loadsWhenTruncated = false;  ///< --allow-truncated was not given, and would make a picture of it
 };
 
 /// "vxbmp: FILE, page N: what is wrong (STATUS, number)", and a hint where there is one.
