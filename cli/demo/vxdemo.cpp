@@ -14,6 +14,7 @@
 #include "Examine.h"
 #include "Output.h"
 #include "Page.h"
+#include "Text.h"
 
 namespace {
 
@@ -28,27 +29,63 @@ void WritePage(const fs::path& folder, const std::vector<demo::FileResult>& resu
   cli::WriteWhole((folder / "index.html").c_str(), std::vector<uint8_t>(html.begin(), html.end()));
 }
 
-int Run(int argc, char** argv) {
-  CLI::App app{"Shows every bitmap, icon and cursor in the folders on a page of pictures and facts."};
+struct Arguments {
   std::vector<std::string> folders;
   std::string out;
-  app.add_option("FOLDER", folders, "folders to look through, with all below them")
-      ->required()
-      ->check(CLI::ExistingDirectory);
-  app.add_option("-o,--output", out, "folder for index.html and the pictures")
-      ->required()
-      ->type_name("FOLDER");
-  CLI11_PARSE(app, argc, argv);
+};
 
+void Declare(CLI::App& app, Arguments& arguments) {
+  app.add_option("FOLDER", arguments.folders, "folders to look through, with all below them")
+      ->required()
+      ->option_text("...");
+  app.add_option("-o,--output", arguments.out, "folder for index.html and the pictures")
+      ->required()
+      ->option_text("FOLDER");
+}
+
+void RefuseOddFolders(const Arguments& arguments) {
+  for (const std::string& folder : arguments.folders) {
+    if (!fs::is_directory(folder)) {
+      throw cli::UsageError(fmt::format("there is no folder '{}'", cli::Printable(folder)));
+    }
+  }
+  if (arguments.out.empty()) throw cli::UsageError("the name of the output folder is empty");
+}
+
+void MakePage(const Arguments& arguments) {
   vx_set_memory_limit(kMemoryLimit);
-  fs::create_directories(fs::path(out) / kPictureFolder);
+  const fs::path out(arguments.out);
+  fs::create_directories(out / kPictureFolder);
   std::vector<demo::FileResult> results;
-  for (const demo::Item& item : demo::Collect(folders)) {
-    results.push_back(
-        demo::Examine(item, fs::path(out) / kPictureFolder, fmt::format("{:04}", results.size())));
+  for (const demo::Item& item : demo::Collect(arguments.folders)) {
+    results.push_back(demo::Examine(item, out / kPictureFolder, fmt::format("{:04}", results.size())));
   }
   WritePage(out, results);
-  fmt::print("{} files: {}\n", results.size(), (fs::path(out) / "index.html").string());
+  fmt::print("{} files: {}\n", results.size(), (out / "index.html").string());
+}
+
+int Complain(const char* problem, cli::ExitCode code) {
+  std::fprintf(stderr, "vxdemo: %s\n", problem);
+  return code;
+}
+
+int Run(int argc, char** argv) {
+  CLI::App app{"Shows every bitmap, icon and cursor in the folders on a page of pictures and facts."};
+  Arguments arguments;
+  Declare(app, arguments);
+  try {
+    app.parse(argc, argv);
+    RefuseOddFolders(arguments);
+  } catch (const CLI::Success& request) {
+    return app.exit(request);
+  } catch (const CLI::ArgumentMismatch&) {
+    return Complain("--output takes one folder", cli::kExitUsage);
+  } catch (const CLI::ParseError& error) {
+    return Complain(error.what(), cli::kExitUsage);
+  } catch (const cli::UsageError& error) {
+    return Complain(error.what(), cli::kExitUsage);
+  }
+  MakePage(arguments);
   return cli::kExitOk;
 }
 
@@ -59,7 +96,6 @@ int main(int argc, char** argv) {
     std::setlocale(LC_CTYPE, "C.UTF-8");
     return Run(argc, argv);
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "vxdemo: %s\n", error.what());
-    return cli::kExitFailed;
+    return Complain(error.what(), cli::kExitFailed);
   }
 }
