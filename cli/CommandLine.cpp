@@ -62,7 +62,7 @@ void RefuseEmptyWords(CLI::App& app) {
 
 /// What the parser says, in words for people.
 std::string Wording(const CLI::ParseError& error, const CLI::App& command) {
-  const std::string text = error.what();
+  std::string text = error.what();
   switch (static_cast<CLI::ExitCodes>(error.get_exit_code())) {
     case CLI::ExitCodes::ArgumentMismatch: {
       const std::string name = text.substr(0, text.find(':'));
@@ -72,7 +72,6 @@ std::string Wording(const CLI::ParseError& error, const CLI::App& command) {
     }
     case CLI::ExitCodes::ConversionError: return "a value was given to an option that takes none";
     case CLI::ExitCodes::ExtrasError: return FirstUnknown(*command.get_parent()) + " is a word too many";
-    default: return text;
   }
 }
 
