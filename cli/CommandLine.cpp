@@ -72,6 +72,7 @@ std::string Wording(const CLI::ParseError& error, const CLI::App& command) {
     }
     case CLI::ExitCodes::ConversionError: return "a value was given to an option that takes none";
     case CLI::ExitCodes::ExtrasError: return FirstUnknown(*command.get_parent()) + " is a word too many";
+    default: return text;
   }
 }
 
