@@ -251,4 +251,34 @@ TEST_F(CommandLineTest, NeverWritesAPictureToATerminal) {
   close(terminal);
 }
 
+TEST_F(CommandLineTest, NeverReplacesItsInput) {
+  Provide("win-1bit.bmp");
+  const std::string before = shell.Read("win-1bit.bmp");
+  shell.Run("ln -s win-1bit.bmp link; ln win-1bit.bmp hard; ln -s . here");
+  for (const char* out : {"win-1bit.bmp", "link", "hard", "here/win-1bit.bmp"}) {
+    EXPECT_EQ(shell.Run(std::string("vxbmp convert win-1bit.bmp ") + out).code, 2) << out;
+  }
+  EXPECT_EQ(shell.Read("win-1bit.bmp"), before);
+}
+
+TEST_F(CommandLineTest, EndlessStreamsEnd) {
+  const Outcome zeros = shell.Run("vxbmp info /dev/zero --memory-limit 1MiB");
+  EXPECT_TRUE(Mentions(zeros.err, "/dev/zero: goes on after 1.0 MiB; --memory-limit")) << zeros.err;
+  const Outcome text = shell.Run("yes | vxbmp info -");
+  EXPECT_TRUE(Mentions(text.err, "begins with the bytes 79 0A")) << text.err;
+}
+
+TEST_F(CommandLineTest, NumbersAreDecimalAndValuesAreNotEmpty) {
+  Provide("icon-sizes.ico");
+  EXPECT_EQ(shell.Run("vxbmp convert icon-sizes.ico out.png --page 04").code, 0);
+  EXPECT_TRUE(Mentions(shell.Run("vxbmp info icon-sizes.ico --page 010").err, "no page 10"));
+  for (const char* arguments :
+       {"--page 4x", "--page 0x1", "--page ''", "--band ''", "--band 0:1x", "--memory-limit ''", "--raw ''",
+        "--raw 4x4x8 --offset 0x10", "--raw 4x4x16 --masks ''", "--raw 4x4x8:rle4", "--raw 4x4x4:rle8",
+        "--raw 4x4x24:bitfields", "--raw 4x4x16 --palette icon-sizes.ico"}) {
+    EXPECT_EQ(shell.Run(std::string("vxbmp convert icon-sizes.ico out.png ") + arguments).code, 2)
+        << arguments;
+  }
+}
+
 }  // namespace
