@@ -108,8 +108,8 @@ ExitCode Convert(const ConvertArguments& arguments) {
   try {
     Input input(arguments.in.c_str(), raw ? Content::Headerless : Content::Picture);
     const vx::Buffer png = Load(input.Source(), options, at).EncodePng();
-    WriteWhole(arguments.out.c_str(), png.Bytes());
     if (raw == nullptr) RemarkOnOtherPages(input.Source(), arguments);
+    WriteWhole(arguments.out.c_str(), png.Bytes());
   } catch (const vx::Error& error) {
     ReportFailure(error, at);
     return kExitFailed;

@@ -10,12 +10,14 @@
 
 namespace cli {
 
-FileError::FileError(std::string_view fileName, std::string_view problem)
-    : std::runtime_error(fmt::format("{}: {}", Printable(fileName), problem)) {}
+FileError::FileError(vx_status status, std::string_view fileName, std::string_view problem)
+    : std::runtime_error(fmt::format("{}: {} ({}, {})", Printable(fileName), problem, vx_status_name(status),
+                                     static_cast<int>(status))),
+      status_(status) {}
 
-FileError FileError::FromErrno(std::string_view fileName, std::string_view what) {
+FileError FileError::FromErrno(vx_status status, std::string_view fileName, std::string_view what) {
   const std::error_code code(errno, std::generic_category());
-  return {fileName, fmt::format("{}: {}", what, code.message())};
+  return {status, fileName, fmt::format("{}: {}", what, code.message())};
 }
 
 std::string ProblemOf(const vx::Error& error) {

@@ -20,12 +20,17 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// A file of the system could not be read or written; what() names it, ready for a terminal.
+/// A file of the system could not be read or written; what() names it and the status, ready for a terminal.
 class FileError : public std::runtime_error {
  public:
-  FileError(std::string_view fileName, std::string_view problem);
+  FileError(vx_status status, std::string_view fileName, std::string_view problem);
   /// The problem is what errno says: `what` failed, "cannot write" for example.
-  static FileError FromErrno(std::string_view fileName, std::string_view what);
+  static FileError FromErrno(vx_status status, std::string_view fileName, std::string_view what);
+
+  [[nodiscard]] vx_status status() const noexcept { return status_; }
+
+ private:
+  vx_status status_;
 };
 
 /// @return what went wrong, in the bytes of the library: its detail, which names the file where it speaks of

@@ -115,7 +115,7 @@ class JsonLines final : public Listing {
 
   /// Names need not be UTF-8, JSON has to be.
   static void Print(const Json& line) {
-    PrintToStandardOutput(line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+    PrintToStandardOutput(line.dump(-1, ' ', true, Json::error_handler_t::replace) + "\n");
   }
 };
 
@@ -162,7 +162,7 @@ class InfoCommand {
     return std::nullopt;
   } catch (const FileError& error) {
     ReportMessage(error.what());
-    listing_->AddFailure(file, kNoPage, VX_OPEN_ERROR, error.what());
+    listing_->AddFailure(file, kNoPage, error.status(), error.what());
     exitCode_ = kExitFailed;
     return std::nullopt;
   }

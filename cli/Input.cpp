@@ -36,7 +36,7 @@ class Stream {
   explicit Stream(const char* path)
       : isOwn_(!IsStandardInput(path)),
         descriptor_(isOwn_ ? open(path, O_RDONLY | O_NOCTTY | O_CLOEXEC) : STDIN_FILENO) {
-    if (descriptor_ < 0) throw FileError::FromErrno(InputName(path), "cannot open");
+    if (descriptor_ < 0) throw FileError::FromErrno(VX_OPEN_ERROR, InputName(path), "cannot open");
   }
   ~Stream() {
     if (isOwn_) close(descriptor_);
@@ -73,7 +73,7 @@ Bytes ReadStream(const char* path, size_t most, Content content) {
   while (bytes.Size() < most && (content == Content::Headerless || MayBePicture(bytes.All()))) {
     const std::span<uint8_t> room = bytes.Room(most);
     const ssize_t count = stream.Read(room.data(), room.size());
-    if (count < 0) throw FileError::FromErrno(InputName(path), "cannot read");
+    if (count < 0) throw FileError::FromErrno(VX_READ_ERROR, InputName(path), "cannot read");
     if (count == 0) break;
     bytes.Add(static_cast<size_t>(count));
   }
@@ -86,7 +86,7 @@ vx::Source OpenSource(const char* path, Content content, Bytes& bytes) {
   const uint64_t limit = std::min(vx_memory_limit(), kMostTheLibraryTakes);
   bytes = ReadStream(path, static_cast<size_t>(limit) + 1, content);
   if (bytes.Size() > limit) {
-    throw FileError(InputName(path),
+    throw FileError(VX_NO_MEMORY, InputName(path),
                     fmt::format("goes on after {}; --memory-limit SIZE lets more be read, up to 4 GiB",
                                 ByteCount(limit)));
   }

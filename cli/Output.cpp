@@ -89,7 +89,7 @@ void WriteAll(int descriptor, const void* data, size_t size, std::string_view na
     } else if (written < 0 && errno == EPIPE) {
       throw OutputClosed();
     } else if (written < 0 && errno != EINTR) {
-      throw FileError::FromErrno(name, "cannot write");
+      throw FileError::FromErrno(VX_WRITE_ERROR, name, "cannot write");
     }
   }
 }
@@ -134,13 +134,15 @@ class UnfinishedFile {
  public:
   explicit UnfinishedFile(const std::string& place) : place_(place) {
     const std::string name = (fs::path(place).parent_path() / ".vxbmp-XXXXXX").string();
-    if (name.size() >= unfinishedFile.size()) throw FileError(place, "cannot write: the name is too long");
+    if (name.size() >= unfinishedFile.size())
+      throw FileError(VX_WRITE_ERROR, place, "cannot write: the name is too long");
     HandleFatalSignals();
     const SignalsHeld held;
     name.copy(unfinishedFile.data(), name.size());
     descriptor_ = mkostemp(unfinishedFile.data(), O_CLOEXEC);
     if (descriptor_ >= 0) return;
-    const FileError failure = FileError::FromErrno(place, "cannot make a file in its folder");
+    const FileError failure =
+        FileError::FromErrno(VX_OPEN_WRITE_ERROR, place, "cannot make a file in its folder");
     unfinishedFile.fill('\0');
     throw failure;
   }
@@ -156,7 +158,7 @@ class UnfinishedFile {
   void Fill(std::span<const uint8_t> bytes, mode_t mode) const {
     WriteAll(descriptor_, bytes.data(), bytes.size(), place_);
     if (fchmod(descriptor_, mode) != 0 || fsync(descriptor_) != 0) {
-      throw FileError::FromErrno(place_, "cannot write");
+      throw FileError::FromErrno(VX_WRITE_ERROR, place_, "cannot write");
     }
   }
 
@@ -165,7 +167,7 @@ class UnfinishedFile {
     descriptor_ = -1;
     const SignalsHeld held;
     if (closed != 0 || rename(unfinishedFile.data(), place_.c_str()) != 0) {
-      throw FileError::FromErrno(place_, "cannot write");
+      throw FileError::FromErrno(VX_WRITE_ERROR, place_, "cannot write");
     }
     unfinishedFile[0] = '\0';
   }
@@ -211,14 +213,15 @@ void WriteWhole(const char* path, std::span<const uint8_t> bytes) {
   const std::string place = Resolve(path);
   struct stat existing {};
   const bool exists = stat(place.c_str(), &existing) == 0;
+  if (!exists && errno != ENOENT) throw FileError::FromErrno(VX_OPEN_WRITE_ERROR, path, "cannot write");
   if (!exists) {
     ReplaceFile(place, bytes, DefaultMode());
   } else if (!S_ISREG(existing.st_mode)) {
     const Descriptor target(open(place.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
-    if (!target.IsOpen()) throw FileError::FromErrno(path, "cannot open for writing");
+    if (!target.IsOpen()) throw FileError::FromErrno(VX_OPEN_WRITE_ERROR, path, "cannot open for writing");
     WriteAll(target.Number(), bytes.data(), bytes.size(), path);
   } else if (access(place.c_str(), W_OK) != 0) {
-    throw FileError::FromErrno(path, "cannot write");
+    throw FileError::FromErrno(VX_OPEN_WRITE_ERROR, path, "cannot write");
   } else {
     ReplaceFile(place, bytes, existing.st_mode & 07777);
   }

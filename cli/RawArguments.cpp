@@ -67,6 +67,7 @@ void ParseShape(std::string_view shape, vx_raw& raw) {
   std::string_view codingName = shape;
   std::string_view sides = TakeUntil(codingName, ':');
   const Coding& coding = ParseCoding(codingName, shape);
+  if (shape.ends_with(':')) throw UsageError(fmt::format("--raw {}: a coding is missing", Printable(shape)));
   raw.format = coding.format;
   raw.width = ParseSide(TakeUntil(sides, 'x'), shape);
   raw.height = ParseSide(TakeUntil(sides, 'x'), shape);
@@ -95,7 +96,8 @@ void ParseMasks(std::string_view masks, vx_raw& raw) {
     }
     *mask = *number;
   }
-  if (!rest.empty()) throw UsageError(fmt::format("--masks {}: three masks are enough", Printable(masks)));
+  if (!rest.empty() || masks.ends_with(','))
+    throw UsageError(fmt::format("--masks {}: three masks are enough", Printable(masks)));
 }
 
 std::vector<uint8_t> FromTriplets(std::span<const uint8_t> file) {
@@ -118,7 +120,8 @@ std::vector<uint8_t> ReadPalette(const std::string& path) {
   const std::string size =
       file.size() > kMaxSize ? fmt::format("more than {} bytes", kMaxSize) : ByteCount(file.size());
   throw FileError(
-      path, fmt::format("not a palette: {}, not 4 an entry for 1 to 256 entries, nor 768 or 772", size));
+      VX_BAD_FORMAT, path,
+      fmt::format("not a palette: {}, not 4 an entry for 1 to 256 entries, nor 768 or 772", size));
 }
 
 }  // namespace

@@ -46,6 +46,13 @@ void Print(const std::string& line) {
   std::fputs(line.c_str(), stderr);
 }
 
+/// Whether the text begins with the file's name as a name: what follows is no part of another word.
+bool NamesFile(std::string_view text, std::string_view file) {
+  if (!text.starts_with(file)) return false;
+  text.remove_prefix(file.size());
+  return text.starts_with(":") || text.starts_with(",") || text.starts_with(" ");
+}
+
 void PrintHint(int status, const Circumstances& circumstances, std::string_view problem) {
   for (const Hint& hint : kHints) {
     if (hint.status == status && hint.helps(circumstances, problem)) {
@@ -59,14 +66,14 @@ void PrintHint(int status, const Circumstances& circumstances, std::string_view 
 void ReportFailure(const vx::Error& error, const Circumstances& circumstances) {
   const std::string problem = ProblemOf(error);
   const std::string prefix =
-      problem.starts_with(circumstances.file) ? "" : fmt::format("{}: ", Printable(circumstances.file));
+      NamesFile(problem, circumstances.file) ? "" : fmt::format("{}: ", Printable(circumstances.file));
   ReportMessage(fmt::format("{}{} ({}, {})", prefix, Printable(problem), vx_status_name(error.status()),
                             error.status()));
   PrintHint(error.status(), circumstances, problem);
 }
 
 void ReportMessage(std::string_view message) {
-  fmt::print(stderr, "vxbmp: {}\n", message);
+  Print(fmt::format("vxbmp: {}\n", message));
 }
 
 void Remark(std::string_view message) {

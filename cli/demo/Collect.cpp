@@ -82,8 +82,10 @@ std::vector<Item> Collect(const std::vector<std::string>& folders) {
     std::vector<fs::path> places{top};
     std::error_code error;
     const auto options = fs::directory_options::skip_permission_denied;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(top, options, error)) {
-      if (entry.is_directory(error)) places.push_back(entry.path());
+    fs::recursive_directory_iterator entry(top, options, error);
+    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
+      std::error_code unknown;
+      if (entry->is_directory(unknown)) places.push_back(entry->path());
     }
     std::sort(places.begin(), places.end());
     for (const fs::path& place : places) {
