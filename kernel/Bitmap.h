@@ -46,7 +46,7 @@ constexpr int FirstStoredRow(int first, int count, int height, int orientation) 
 
 /// A record that frees what is attached to it.
 struct OwnedBitmap : _BITMAPHANDLE {
-  OwnedBitmap() noexcept : _BITMAPHANDLE() {}
+  OwnedBitmap() noexcept : _BITMAPHANDLE{} {}
   ~OwnedBitmap() { VX_FreeBitmap(this); }
   OwnedBitmap(const OwnedBitmap&) = delete;
   OwnedBitmap& operator=(const OwnedBitmap&) = delete;
