@@ -69,7 +69,8 @@ void SetResolution(_BITMAPHANDLE& bitmap, const ImageHeader& header) {
 /// The colour order that the target had stands if it is one; otherwise the file's is set.
 int FinalColorOrder(int prior, int bitCount, bool is565) {
   if (prior == ORDER_RGB || prior == ORDER_BGR || prior == ORDER_565) return prior;
-  return ImpliedColorOrder(bitCount, is565);
+  if (is565) return ORDER_565;
+  return HasPalette(bitCount) ? ORDER_RGB : ORDER_BGR;
 }
 
 /// Rows are never narrower than the target's, whose layout the callback expects.
