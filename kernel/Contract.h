@@ -6,14 +6,13 @@
 #include "vxkrn.h"
 #pragma GCC visibility pop
 
-#include <bit>
 #include <cstdint>
 
 namespace vxkrn {
 
-/// VX_INVALID_HANDLE, without the macro's C cast.
+/// VX_INVALID_HANDLE, typed. (Not a bit_cast: clang-tidy's analyzer crashes on pointers that come from one.)
 inline HANDLE InvalidHandle() noexcept {
-  return std::bit_cast<HANDLE>(std::intptr_t{-1});
+  return VX_INVALID_HANDLE;
 }
 
 /// Whether bitmaps of this depth exist.
