@@ -39,9 +39,14 @@ constexpr int FlipRow(int row, int height, int orientation) noexcept {
   return orientation == ORIENT_BOTTOM_UP ? height - 1 - row : row;
 }
 
+/// The first stored row of a band of `count` rows, of which the topmost is row `first` from the top.
+constexpr int FirstStoredRow(int first, int count, int height, int orientation) noexcept {
+  return orientation == ORIENT_BOTTOM_UP ? height - first - count : first;
+}
+
 /// A record that frees what is attached to it.
 struct OwnedBitmap : _BITMAPHANDLE {
-  OwnedBitmap() noexcept : _BITMAPHANDLE{} {}
+  OwnedBitmap() noexcept : _BITMAPHANDLE() {}
   ~OwnedBitmap() { VX_FreeBitmap(this); }
   OwnedBitmap(const OwnedBitmap&) = delete;
   OwnedBitmap& operator=(const OwnedBitmap&) = delete;

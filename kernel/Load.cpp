@@ -105,9 +105,7 @@ int Finish(const LoadPlan& plan, const _BITMAPHANDLE& target, vx_bitmap* picture
   record->XResolution = DpiOrDefault(target.XResolution);
   record->YResolution = DpiOrDefault(target.YResolution);
   int status = TakePalette(target, record);
-  const int firstStored = record->Orientation == ORIENT_BOTTOM_UP
-                              ? target.Height - plan.bandFirst - plan.bandCount
-                              : plan.bandFirst;
+  const int firstStored = FirstStoredRow(plan.bandFirst, plan.bandCount, target.Height, record->Orientation);
   if (status == STATUS_OK) status = CopyRegionRows(target, firstStored, record);
   if (status != STATUS_OK) return status;
   if (plan.wideFields) SortChannels(*plan.wideFields, record);

@@ -95,8 +95,7 @@ int PlanBand(LoadPlan* plan) {
 /// no further than an int.
 bool IsWithinReach(const LoadPlan& plan) {
   const IMAGEINFO& info = plan.info;
-  const int first =
-      info.Orientation == ORIENT_BOTTOM_UP ? info.Height - plan.bandFirst - plan.bandCount : plan.bandFirst;
+  const int first = FirstStoredRow(plan.bandFirst, plan.bandCount, info.Height, info.Orientation);
   return first * Stride(info.Width, info.BitsPerPixel) <= INT32_MAX;
 }
 

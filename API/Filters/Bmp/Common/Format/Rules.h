@@ -1,4 +1,5 @@
-// Which decoder a depth and a compression choose, and what the raw formats stand for.
+// Which decoder a depth and a compression choose, which colour order a file implies, and what the raw
+// formats stand for.
 #pragma once
 
 #include <vxkrn.h>
@@ -26,6 +27,12 @@ constexpr RowCoding CodingOf(int bitsPerPixel, int compression) {
     case kCompressionBitFields: return RowCoding::kPlain;
     default: return RowCoding::kUnknown;
   }
+}
+
+/// The colour order that a file implies.
+constexpr int ImpliedColorOrder(int bitCount, bool is565) {
+  if (is565) return ORDER_565;
+  return HasPalette(bitCount) ? ORDER_RGB : ORDER_BGR;
 }
 
 constexpr bool IsRawFormat(int format) {

@@ -4,6 +4,7 @@
 #include "../Format/BitmapHeader.h"
 #include "../Format/Geometry.h"
 #include "../Format/IconDirectory.h"
+#include "../Format/Rules.h"
 #include "../Resources.h"
 #include "PageBody.h"
 
@@ -29,11 +30,7 @@ int Complete(IMAGEINFO& info, const ImageHeader& header, bool is565) {
   info.BitsPerPixel = header.bitCount;
   info.Orientation = info.Height < 0 ? ORIENT_TOP_DOWN : ORIENT_BOTTOM_UP;
   info.Height = WrapAbsolute(info.Height);
-  if (is565) {
-    info.ColorOrder = ORDER_565;
-  } else {
-    info.ColorOrder = HasPalette(header.bitCount) ? ORDER_RGB : ORDER_BGR;
-  }
+  info.ColorOrder = ImpliedColorOrder(header.bitCount, is565);
   info.DataSize = PackedDataSize(info.BitsPerPixel, info.Width, info.Height);
   if (IsRunLengthCompression(header.compression)) {
     VX_MemoryCopy(info.Compression, kRunLength, sizeof(kRunLength));

@@ -69,8 +69,7 @@ void SetResolution(_BITMAPHANDLE& bitmap, const ImageHeader& header) {
 /// The colour order that the target had stands if it is one; otherwise the file's is set.
 int FinalColorOrder(int prior, int bitCount, bool is565) {
   if (prior == ORDER_RGB || prior == ORDER_BGR || prior == ORDER_565) return prior;
-  if (is565) return ORDER_565;
-  return HasPalette(bitCount) ? ORDER_RGB : ORDER_BGR;
+  return ImpliedColorOrder(bitCount, is565);
 }
 
 /// Rows are never narrower than the target's, whose layout the callback expects.
