@@ -87,8 +87,12 @@ extern "C" {
 #define SAVE_ADD_PAGE 0x4u            /* _SAVEDISPATCH.Flags: always add a directory entry */
 #define SAVE_DIRECT_COLOR 0x1000u     /* _SAVEDISPATCH.Flags: more than 8 bits, not 5-6-5 */
 #define SAVE_ORDER_565 0x1000000u     /* _SAVEDISPATCH.Flags: the bitmap is 5-6-5 */
-#define SAVE_PAGE_REPLACE 0x400u      /* SAVEOPTIONS.Flags: write over page PageNumber */
-#define SAVE_PAGE_INSERT 0x800u       /* SAVEOPTIONS.Flags: insert at PageNumber; outranks the former */
+#define CONVERT_PALETTE_BEST 0        /* _SAVEDISPATCH.ConvertArg1: the palette that suits the image best */
+#define CONVERT_PALETTE_FIXED 1       /* _SAVEDISPATCH.ConvertArg1: the fixed palette of the depth */
+#define CONVERT_DIFFUSE 0        /* _SAVEDISPATCH.ConvertArg2: spread colour errors over the neighbours */
+#define CONVERT_NEAREST 1        /* _SAVEDISPATCH.ConvertArg2: every pixel the nearest colour */
+#define SAVE_PAGE_REPLACE 0x400u /* SAVEOPTIONS.Flags: write over page PageNumber */
+#define SAVE_PAGE_INSERT 0x800u  /* SAVEOPTIONS.Flags: insert at PageNumber; outranks the former */
 
 /* ---- Small records ---- */
 

@@ -5,6 +5,7 @@
 
 #include <dlfcn.h>
 #include <sys/stat.h>
+#include <bit>
 
 #include <cstdlib>
 #include <mutex>

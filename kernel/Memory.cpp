@@ -3,6 +3,7 @@
 #include "Memory.h"
 
 #include <sys/mman.h>
+#include <bit>
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,7 @@
 // One loop a depth, without branches a pixel. Must not look at anything but one row.
 #include "Rows.h"
 
+#include <bit>
 #include <cstring>
 
 namespace vxkrn {
