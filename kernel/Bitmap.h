@@ -11,6 +11,9 @@ namespace vxkrn {
 /// Dots per inch where nothing names a resolution.
 constexpr int kDefaultDpi = 96;
 
+/// _BITMAPHANDLE.Flags, beside the contract's: the fourth byte of the 32-bit pixels is alpha.
+constexpr unsigned int kBitmapHasAlpha = 0x2;
+
 /// Bytes the pixels of a row take, without padding.
 constexpr std::int64_t PixelBytes(int width, int bitsPerPixel) noexcept {
   return (std::int64_t{width} * bitsPerPixel + 7) / 8;
