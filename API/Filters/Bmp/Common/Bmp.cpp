@@ -8,3 +8,7 @@ int fltInfo(_INFODISPATCH* dispatch) {
 int fltLoad(_LOADDISPATCH* dispatch) {
   return dispatch == nullptr ? STATUS_BAD_PARAMETER : fltLoadBMP(dispatch);
 }
+
+int fltSave(_SAVEDISPATCH* dispatch) {
+  return dispatch == nullptr ? STATUS_BAD_PARAMETER : fltSaveBMP(dispatch);
+}

@@ -10,6 +10,7 @@ extern "C" {
 // Each takes one record and returns a status: STATUS_BAD_PARAMETER for null, else its driver's.
 VXBMP_EXPORT int fltInfo(_INFODISPATCH* dispatch);
 VXBMP_EXPORT int fltLoad(_LOADDISPATCH* dispatch);
+VXBMP_EXPORT int fltSave(_SAVEDISPATCH* dispatch);
 }
 
 /// Identifies the open file of the record and fills its FileInfo; clamps LoadOptions->PageNumber.
@@ -62,3 +63,32 @@ VXBMP_EXPORT int fltLoad(_LOADDISPATCH* dispatch);
 
 /// Bytes of a stored row, padded to a multiple of 4; 0 for an unknown depth. The height is not looked at.
 [[nodiscard]] VXBMP_EXPORT int GetBytesPerLine(int bitsPerPixel, int width, int height);
+
+/// Saves the image of the record as a new file. An existing file is written over, not made shorter; on a
+/// failure it stays as far as it was written. The record's Format and Flags change as documented there.
+/// @return STATUS_OK; STATUS_NOT_SUPPORTED, STATUS_BAD_BPP or STATUS_BAD_DIMENSIONS before anything is
+/// touched; STATUS_OPEN_WRITE_ERROR, STATUS_WRITE_ERROR, STATUS_NO_MEMORY, or what a callback answered
+[[nodiscard]] VXBMP_EXPORT int fltSaveBMP(_SAVEDISPATCH* dispatch);
+
+/// Writes what stands before the rows of a new file, at the position of `file`, which stays open.
+/// @param image        the converted image
+/// @param bitsPerPixel its depth
+/// @param kind         header kind, 1 to 6, that the save driver chose
+/// @param saveFile     whose palette becomes the colour table
+/// @return STATUS_OK or STATUS_WRITE_ERROR
+[[nodiscard]] VXBMP_EXPORT int WriteBMPHeader(HANDLE file, _BITMAPHANDLE* image, int bitsPerPixel, int kind,
+                                              _SAVEFILESTRUCT* saveFile);
+
+/// Makes a 1-bit bitmap of bitmap's region, open for row access. @return null, or a mask that the caller
+/// gives back through FreeMaskBitmap
+[[nodiscard]] VXBMP_EXPORT _BITMAPHANDLE* CreateMaskBitmap(_BITMAPHANDLE* bitmap);
+
+/// Frees a mask; null does nothing.
+VXBMP_EXPORT void FreeMaskBitmap(_BITMAPHANDLE* mask);
+
+/// Inverts every bit of `count` bytes.
+VXBMP_EXPORT void InvertBuffer(unsigned char* buffer, unsigned int count);
+
+/// Writes a new icon file whose one page is the image of the record as a PNG stream.
+/// @return STATUS_OK; STATUS_OPEN_WRITE_ERROR, STATUS_WRITE_ERROR, or what SaveToMemory answered
+[[nodiscard]] VXBMP_EXPORT int OverwriteVistaIcon(_SAVEDISPATCH* dispatch);

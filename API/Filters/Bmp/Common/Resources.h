@@ -5,6 +5,7 @@
 #include <vxkrn.h>
 
 #include <cstdint>
+#include <utility>
 
 #include "Format/Bytes.h"
 
@@ -17,6 +18,7 @@ inline constexpr char kFileTag[] = "API/Filters/Bmp/Common/Bmp";
 template <class Element = uint8_t>
 class Buffer {
  public:
+  Buffer() = default;  // of nothing, until something is allocated
   explicit Buffer(uint32_t count, uint32_t size = sizeof(Element), int line = __builtin_LINE())
       : elements_(static_cast<Element*>(VX_LocalAlloc(count, size, line, kFileTag))) {}
   ~Buffer() { Release(); }
@@ -26,31 +28,47 @@ class Buffer {
   explicit operator bool() const { return elements_ != nullptr; }
   [[nodiscard]] Element* Get() const { return elements_; }
 
+  /// Takes `count` elements, every byte 0, in place of what was held.
+  [[nodiscard]] bool AllocateZeroed(uint32_t count, int line = __builtin_LINE()) {
+    Release(line);
+    elements_ = static_cast<Element*>(VX_LocalAllocInit(count, sizeof(Element), line, kFileTag));
+    return elements_ != nullptr;
+  }
+  /// Hands the memory over; it goes back through VX_LocalFree.
+  [[nodiscard]] Element* Take() { return std::exchange(elements_, nullptr); }
+
   void Release(int line = __builtin_LINE()) {
     if (elements_ != nullptr) VX_LocalFree(elements_, line, kFileTag);
     elements_ = nullptr;
   }
 
  private:
-  Element* elements_;
+  Element* elements_ = nullptr;
 };
 
-/// A file opened for reading.
-class InputFile {
+/// How a file is opened. None of the ways makes an existing file shorter.
+struct OpenMode {
+  int flags;
+  int permission;
+};
+inline constexpr OpenMode kForReading = {VX_OPEN_READ, 256};
+inline constexpr OpenMode kForNewImage = {VX_OPEN_CREATE, 128};
+inline constexpr OpenMode kForNewPngIcon = {VX_OPEN_CREATE, 256};
+
+/// An open file.
+class File {
  public:
-  explicit InputFile(const char* name) : handle_(VX_RedirectedOpen(name, VX_OPEN_READ, kPermission)) {}
-  ~InputFile() {
+  File(const char* name, OpenMode mode) : handle_(VX_RedirectedOpen(name, mode.flags, mode.permission)) {}
+  ~File() {
     if (IsOpen()) VX_RedirectedClose(handle_);
   }
-  InputFile(const InputFile&) = delete;
-  InputFile& operator=(const InputFile&) = delete;
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
 
   [[nodiscard]] bool IsOpen() const { return handle_ != VX_INVALID_HANDLE; }
   [[nodiscard]] HANDLE Handle() const { return handle_; }
 
  private:
-  static constexpr int kPermission = 256;
-
   HANDLE handle_;
 };
 
@@ -64,6 +82,17 @@ template <size_t Size>
 [[nodiscard]] inline bool ReadExactly(HANDLE file, void* bytes, uint32_t count) {
   const int read = VX_RedirectedRead(file, bytes, count);
   return read >= 0 && static_cast<uint32_t>(read) == count;
+}
+
+/// Writes exactly `count` bytes. @return false when fewer were stored
+[[nodiscard]] inline bool WriteExactly(HANDLE file, const void* bytes, uint32_t count) {
+  const int written = VX_RedirectedWrite(file, bytes, count);
+  return written >= 0 && static_cast<uint32_t>(written) == count;
+}
+
+template <size_t Size>
+[[nodiscard]] bool WriteBlock(HANDLE file, const Block<Size>& block) {
+  return WriteExactly(file, block.data(), Size);
 }
 
 /// Goes to an absolute offset, which counts as unsigned; where that fails, the read that follows tells.

@@ -30,6 +30,18 @@ constexpr int32_t LoadI32(View<Size> bytes, size_t at) {
   return static_cast<int32_t>(LoadU32(bytes, at));
 }
 
+template <size_t Size>
+constexpr void StoreU16(Block<Size>& bytes, size_t at, uint16_t value) {
+  bytes[at] = static_cast<uint8_t>(value & 0xFF);
+  bytes[at + 1] = static_cast<uint8_t>(value >> 8);
+}
+
+template <size_t Size>
+constexpr void StoreU32(Block<Size>& bytes, size_t at, uint32_t value) {
+  StoreU16(bytes, at, static_cast<uint16_t>(value & 0xFFFF));
+  StoreU16(bytes, at + 2, static_cast<uint16_t>(value >> 16));
+}
+
 /// The Size bytes from `start` on, as far as the block has them; zeros behind its end.
 template <size_t Size, size_t BlockSize>
 constexpr Block<Size> Slice(const Block<BlockSize>& block, size_t start) {

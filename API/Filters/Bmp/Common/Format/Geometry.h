@@ -39,9 +39,8 @@ constexpr int Stride(int bitsPerPixel, int width) {
   }
 }
 
-/// Bytes of a mask row in the file. The depth is that of the record which is to hold the mask: 1, if
-/// whoever made the record kept to it.
-constexpr uint32_t MaskStride(int bitsPerPixel, int width) {
+/// Bytes of a row in the file, of pixels or of a mask: whole 32-bit words.
+constexpr uint32_t RowSize(int bitsPerPixel, int width) {
   return (static_cast<uint32_t>(bitsPerPixel) * static_cast<uint32_t>(width) + 31) / 8 & ~3U;
 }
 
@@ -56,11 +55,18 @@ constexpr int DotsPerInch(int32_t pixelsPerMetre) {
   return WrapAdd(WrapMultiply(pixelsPerMetre, 254), 5000) / 10000;
 }
 
+/// The resolution in pixels per metre, rounded to the nearest.
+constexpr uint32_t PixelsPerMetre(int dotsPerInch) {
+  return (static_cast<uint32_t>(dotsPerInch) * 10000 + 127) / 254;
+}
+
 static_assert(IsKnownDepth(1) && IsKnownDepth(32) && !IsKnownDepth(2) && !IsKnownDepth(0) &&
               !IsKnownDepth(-1));
 static_assert(Stride(1, 33) == 8 && Stride(4, 3) == 4 && Stride(24, 5) == 16 && Stride(32, 3) == 12);
-static_assert(MaskStride(1, 32) == 4 && MaskStride(1, 48) == 8);
+static_assert(RowSize(1, 32) == 4 && RowSize(1, 48) == 8);
 static_assert(PackedDataSize(1, 9, 3) == 6);
+static_assert(PixelsPerMetre(96) == 3780 && PixelsPerMetre(72) == 2835 && PixelsPerMetre(300) == 11811 &&
+              PixelsPerMetre(0) == 0);
 static_assert(DotsPerInch(2835) == 72 && DotsPerInch(3780) == 96 && DotsPerInch(19) == 0);
 
 }  // namespace bmp

@@ -72,7 +72,7 @@ int ReadIconMask(_BITMAPHANDLE& target, ReadBuffer& input) {
   MaskBitmap mask;
   if (const int status = mask.Make(target); status != STATUS_OK) return status;
 
-  const uint32_t fileStride = MaskStride(mask.Get()->BitsPerPixel, mask.Get()->Width);
+  const uint32_t fileStride = RowSize(mask.Get()->BitsPerPixel, mask.Get()->Width);
   const uint32_t rowSize = std::max(fileStride, static_cast<uint32_t>(mask.Get()->BytesPerLine));
   Buffer row(rowSize);
   if (!row) return STATUS_NO_MEMORY;

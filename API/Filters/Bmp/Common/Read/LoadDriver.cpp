@@ -121,7 +121,7 @@ int LoadIcon(_LOADDISPATCH& dispatch, HANDLE file) {
 }
 
 int LoadFile(_LOADDISPATCH& dispatch) {
-  const InputFile file(dispatch.FileName);
+  const File file(dispatch.FileName, kForReading);
   if (!file.IsOpen()) return STATUS_OPEN_ERROR;
 
   uint16_t signature = 0;

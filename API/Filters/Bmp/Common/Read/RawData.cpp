@@ -24,7 +24,7 @@ void SetRawPalette(const _LOADDISPATCH& dispatch, int bitsPerPixel) {
 int LoadRawData(_LOADDISPATCH* dispatch, int width, int height, int bitsPerPixel) {
   if (bmp::HasPalette(bitsPerPixel)) bmp::SetRawPalette(*dispatch, bitsPerPixel);
 
-  const bmp::InputFile file(dispatch->FileName);
+  const bmp::File file(dispatch->FileName, bmp::kForReading);
   if (!file.IsOpen()) return STATUS_OPEN_ERROR;
   VX_RedirectedSeek(file.Handle(), dispatch->RawHasOffset != 0 ? dispatch->RawOffset : 0, VX_SEEK_START);
 
