@@ -9,7 +9,6 @@
 namespace bmp {
 namespace {
 
-using contract::SAVETYPE_BMP;
 using contract::SAVETYPE_BMP_RLE;
 using contract::SAVETYPE_CUR;
 using contract::SAVETYPE_ICO;
