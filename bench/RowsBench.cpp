@@ -1,46 +1,13 @@
-// Measures the filter's row decoder against tight loops over the same data, and prints ratios: below 1
-// the filter is faster. The program plays the kernel, with the data in memory, so nothing else is timed.
-#include <dlfcn.h>
-#include <vxkrn.h>
+// The row decoder against tight loops over the same data.
+#include "RowsBench.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <random>
 #include <string>
 
+#include "MemoryKernel.h"
 #include "ReferenceDecoders.h"
-
-// ---- the kernel, as far as rows need it --------------------------------------------------------------
-
-struct tagHANDLE {
-  const uint8_t* data;
-  size_t size;
-  size_t position;
-};
-
-extern "C" {
-int VX_RedirectedRead(HANDLE file, void* buffer, unsigned int count) {
-  const size_t take = std::min<size_t>(count, file->size - file->position);
-  std::memcpy(buffer, file->data + file->position, take);
-  file->position += take;
-  return static_cast<int>(take);
-}
-void* VX_LocalAlloc(unsigned int count, unsigned int size, int, const char*) {
-  return std::malloc(std::max<size_t>(size_t{count} * size, 1));
-}
-void VX_LocalFree(void* memory, int, const char*) {
-  std::free(memory);
-}
-void VX_MemorySet(void* destination, int value, unsigned int count) {
-  std::memset(destination, value, count);
-}
-void VX_MemoryCopy(void* destination, const void* source, unsigned int count) {
-  std::memcpy(destination, source, count);
-}
-}
 
 namespace {
 
@@ -101,24 +68,11 @@ Bytes Noise(int stride) {
   return data;
 }
 
-int g_rounds = 9;
-
-template <class Work>
-double BestTime(Work work) {
-  double best = 1e9;
-  for (int i = 0; i < g_rounds; ++i) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    best = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-  }
-  return best;
-}
-
 int StrideOf(int bitsPerPixel) {
   return kWidth * bitsPerPixel / 8;
 }
 
-bool Measure(const Case& c, ReadRawData readRawData) {
+bool Measure(Case& c, ReadRawData readRawData) {
   int stride = StrideOf(c.bitsPerPixel);
   _BITMAPHANDLE bitmap{};
   bitmap.Width = kWidth;
@@ -136,13 +90,13 @@ bool Measure(const Case& c, ReadRawData readRawData) {
 
   int status = STATUS_OK;
   g_check = 0;
-  const double filter = BestTime([&] {
-    tagHANDLE file{c.data.data(), c.data.size(), 0};
+  const double filter = bench::BestTime([&] {
+    tagHANDLE file{c.data, 0};
     status = readRawData(&dispatch, &file, kWidth, kRows, c.bitsPerPixel, c.compression, c.convert, 0x4D42);
   });
   const uint32_t filterCheck = g_check;
   g_check = 0;
-  const double reference = BestTime([&] { c.reference(c.data, stride, kRows, Check); });
+  const double reference = bench::BestTime([&] { c.reference(c.data, stride, kRows, Check); });
 
   const double megapixels = 1e-6 * kWidth * kRows;
   std::printf("%-34s %6.2f x   (%7.0f against %7.0f Mpixel/s)\n", c.name.c_str(), filter / reference,
@@ -154,17 +108,10 @@ bool Measure(const Case& c, ReadRawData readRawData) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  if (argc > 1) g_rounds = static_cast<int>(std::max(std::strtol(argv[1], nullptr, 10), 1L));
-  void* library = dlopen(VXBMP_FILTER, RTLD_LAZY);
-  void* symbol =
-      library != nullptr ? dlsym(library, "_Z11ReadRawDataP13_LOADDISPATCHP9tagHANDLEiiiiit") : nullptr;
-  if (symbol == nullptr) {
-    std::fprintf(stderr, "vxbench: cannot use the filter: %s\n", dlerror());
-    return 1;
-  }
-  const auto readRawData = reinterpret_cast<ReadRawData>(symbol);
-  const Case cases[] = {
+bool bench::MeasureDecoders(void* filter) {
+  const auto readRawData = SymbolOf<ReadRawData>(filter, "_Z11ReadRawDataP13_LOADDISPATCHP9tagHANDLEiiiiit");
+  if (readRawData == nullptr) return false;
+  Case cases[] = {
       {"RLE8, runs of 1 to 8", 8, 1, 0, Codes(8, 8, 0), bench::DecodeRle8},
       {"RLE8, runs of 1 to 64", 8, 1, 0, Codes(8, 64, 0), bench::DecodeRle8},
       {"RLE8, runs of 1 to 255", 8, 1, 0, Codes(8, 255, 0), bench::DecodeRle8},
@@ -177,8 +124,8 @@ int main(int argc, char** argv) {
       {"16-bit fields to 5-5-5", 16, 3, 1, Noise(StrideOf(16)), bench::Convert565},
       {"24-bit rows (against memcpy)", 24, 0, 0, Noise(StrideOf(24)), bench::CopyRows},
   };
-  std::printf("time of the filter's row decoder / time of a tight loop over memory (best of %d)\n", g_rounds);
+  std::printf("time of the row decoder / time of a tight loop over memory\n");
   bool allRight = true;
-  for (const Case& c : cases) allRight = Measure(c, readRawData) && allRight;
-  return allRight ? 0 : 1;
+  for (Case& c : cases) allRight = Measure(c, readRawData) && allRight;
+  return allRight;
 }
