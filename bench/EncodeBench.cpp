@@ -108,8 +108,8 @@ bool Measure(const char* name, const Coding& coding, unsigned longestRun, Save s
   picture.bitmap.BytesPerLine = kRowBytes;
   picture.bitmap.Orientation = ORIENT_BOTTOM_UP;
   Bytes written(picture.pixels.size() * 2 + 4096);
-  tagHANDLE file{written, 0};
-  bench::theFile = &file;
+  tagHANDLE& file = bench::theFile;
+  file = {written, 0};
   _SAVEDISPATCH dispatch{};
   dispatch.FileName = "";
   dispatch.Bitmap = &picture.bitmap;

@@ -6,7 +6,7 @@
 
 extern "C" {
 HANDLE VX_RedirectedOpen(const char*, int, int) {
-  return bench::theFile;
+  return &bench::theFile;
 }
 int VX_RedirectedRead(HANDLE file, void* buffer, unsigned int count) {
   const size_t take = std::min<size_t>(count, file->data.size() - file->position);

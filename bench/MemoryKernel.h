@@ -12,14 +12,14 @@
 
 struct tagHANDLE {
   std::span<uint8_t> data;
-  size_t position;
+  size_t position = 0;
 };
 
 namespace bench {
 
 inline int rounds = 9;
 /// What VX_RedirectedOpen opens, whatever the name.
-inline tagHANDLE* theFile = nullptr;
+inline tagHANDLE theFile;
 
 /// Seconds of the fastest of `rounds` rounds.
 template <class Work>
