@@ -108,8 +108,7 @@ bool Measure(const char* name, const Coding& coding, unsigned longestRun, Save s
   picture.bitmap.BytesPerLine = kRowBytes;
   picture.bitmap.Orientation = ORIENT_BOTTOM_UP;
   Bytes written(picture.pixels.size() * 2 + 4096);
-  tagHANDLE& file = bench::theFile;
-  file = {written, 0};
+  bench::theFile = {written, 0};
   _SAVEDISPATCH dispatch{};
   dispatch.FileName = "";
   dispatch.Bitmap = &picture.bitmap;
@@ -121,7 +120,7 @@ bool Measure(const char* name, const Coding& coding, unsigned longestRun, Save s
 
   int status = STATUS_OK;
   const double filter = bench::BestTime([&] {
-    file.position = 0;
+    bench::theFile.position = 0;
     status = save(&dispatch);
   });
   Bytes expected;

@@ -40,6 +40,7 @@ std::string FakeKernel::Verdict() const {
   std::string text;
   for (const auto& problem : problems) text += problem + "; ";
   for (const auto& block : blocks) text += "leaked block #" + std::to_string(block.second) + "; ";
+  if (saved.globals != 0) text += "leaked global memory; ";
   for (const auto& bitmap : bitmaps)
     text += bitmap.second.accessed ? "bitmap left accessed; " : "leaked bitmap; ";
   for (const auto& handle : handles) {

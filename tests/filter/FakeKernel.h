@@ -35,6 +35,16 @@ enum class Kind {
   kRow,
   kPngLoad,
   kPngInfo,
+  kWrite,
+  kMask,
+  kBeginSave,
+  kSaveRow,
+  kEndSave,
+  kEncode,
+  kTrack,
+  kLock,
+  kUnlock,
+  kFreeGlobal,
   kKinds
 };
 
@@ -66,6 +76,21 @@ struct DecodedPng {
   bool allocated = true;
 };
 
+/** What the kernel makes of an image that is saved; byte i of its row r, and of its mask's, see PixelAt. */
+struct Saved {
+  _BITMAPHANDLE converted{};  // BytesPerLine and the resolutions are the test's
+  int maskBytesPerLine = 4;
+  Bytes rowBuffer;
+  _SAVEFILESTRUCT saveFile{};
+  Bytes png = {1, 2, 3, 4, 5};
+  int globals = 0;  // blocks handed out and not yet freed
+
+  static std::uint8_t PixelAt(int row, int i) {
+    return static_cast<std::uint8_t>((37 * row + i * i / 7) / 3);
+  }
+  static std::uint8_t MaskAt(int row, int i) { return static_cast<std::uint8_t>(91 * row + 7 * i); }
+};
+
 struct tagHANDLE {
   std::uint32_t position = 0;
   bool open = true;
@@ -91,6 +116,7 @@ class FakeKernel {
   std::optional<std::size_t> rowBytes;  // how much of each row is kept; without: the target's BytesPerLine
   DecodedPng png;
   IMAGEINFO pngInfo{};  // what GetPngInfoFromMemory tells
+  Saved saved;
 
   // What the test looks at.
   bool faultStruck = false;
@@ -144,3 +170,13 @@ int FakeLoadPng(unsigned char* buffer, _BITMAPHANDLE* bitmap, unsigned int bitma
                 int reserved1, unsigned int bufferSize, int reserved0, IMAGEINFO* info);
 int FakeGetPngInfo(unsigned char* buffer, IMAGEINFO* info, unsigned int infoRecordSize,
                    unsigned int bufferSize, int reserved0, int reserved1);
+int FakeBeginSave(_BITMAPHANDLE* bitmap, _BITMAPHANDLE** converted, int bitsPerPixel, unsigned int* flags,
+                  unsigned char** rowBuffer, int rowsPerCall, int convertArg1, int convertArg2,
+                  _SAVEFILESTRUCT** saveFile);
+int FakeGetSaveRow(_BITMAPHANDLE* bitmap, _BITMAPHANDLE* converted, unsigned char* rowBuffer, int row,
+                   int rowCount, unsigned int flags, int convertArg1, int convertArg2,
+                   _SAVEFILESTRUCT* saveFile);
+int FakeEndSave(_BITMAPHANDLE* bitmap, _BITMAPHANDLE** converted, unsigned int* flags,
+                unsigned char** rowBuffer, _SAVEFILESTRUCT** saveFile);
+int FakeSaveToMemory(void** memory, _BITMAPHANDLE* bitmap, int format, int bitsPerPixel, int reserved0,
+                     unsigned int* size, int reserved1);

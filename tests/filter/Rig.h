@@ -16,6 +16,10 @@ struct Filter {
   int (*bytesPerLine)(int, int, int);
   int (*readRaw)(_LOADDISPATCH*, HANDLE, int, int, int, int, int, unsigned short);
   int (*isPng)(unsigned char*);
+  int (*save)(_SAVEDISPATCH*);
+  _BITMAPHANDLE* (*createMask)(_BITMAPHANDLE*);
+  void (*freeMask)(_BITMAPHANDLE*);
+  void (*invert)(unsigned char*, unsigned int);
 };
 const Filter& TheFilter();
 
