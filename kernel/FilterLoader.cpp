@@ -5,7 +5,6 @@
 
 #include <dlfcn.h>
 #include <sys/stat.h>
-#include <bit>
 
 #include <cstdlib>
 #include <mutex>
@@ -57,7 +56,7 @@ std::vector<std::string> Candidates(const char* searchPath) {
 
 template <class Function>
 bool FindEntry(void* library, const char* name, Function* entry) {
-  *entry = std::bit_cast<Function>(dlsym(library, name));
+  *entry = reinterpret_cast<Function>(dlsym(library, name));
   return *entry != nullptr;
 }
 
@@ -106,7 +105,7 @@ int LoadFilter(const Filter** filter) {
 }  // namespace vxkrn
 
 HANDLE LoadLibrary(const char* fileName) {
-  return fileName == nullptr ? nullptr : std::bit_cast<HANDLE>(dlopen(fileName, RTLD_NOW | RTLD_LOCAL));
+  return fileName == nullptr ? nullptr : reinterpret_cast<HANDLE>(dlopen(fileName, RTLD_NOW | RTLD_LOCAL));
 }
 
 int FreeLibrary(HANDLE library) {

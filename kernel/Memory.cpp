@@ -3,7 +3,6 @@
 #include "Memory.h"
 
 #include <sys/mman.h>
-#include <bit>
 
 #include <algorithm>
 #include <array>
@@ -39,7 +38,7 @@ std::atomic<std::uint64_t> limit{kDefaultLimit};
 thread_local std::uint64_t lastRefusal = 0;
 
 Shard& ShardOf(const Header* header) noexcept {
-  const auto address = std::bit_cast<std::uintptr_t>(header);
+  const auto address = reinterpret_cast<std::uintptr_t>(header);
   return shards[((address >> 6) ^ (address >> 14)) % shards.size()];
 }
 
@@ -80,9 +79,9 @@ void* Plain(std::size_t size) noexcept {
 void PreferHugePages(void* block, std::size_t size) noexcept {
   constexpr std::uintptr_t kHugePage = std::uintptr_t{2} << 20;
   if (block == nullptr || size < 4 * kHugePage) return;
-  const auto start = (std::bit_cast<std::uintptr_t>(block) + kHugePage - 1) & ~(kHugePage - 1);
-  const auto end = (std::bit_cast<std::uintptr_t>(block) + size) & ~(kHugePage - 1);
-  (void)madvise(std::bit_cast<void*>(start), end - start, MADV_HUGEPAGE);
+  const auto start = (reinterpret_cast<std::uintptr_t>(block) + kHugePage - 1) & ~(kHugePage - 1);
+  const auto end = (reinterpret_cast<std::uintptr_t>(block) + size) & ~(kHugePage - 1);
+  (void)madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
 }
 
 void* Zeroed(std::size_t size) noexcept {
