@@ -14,6 +14,10 @@ constexpr int kDefaultDpi = 96;
 /// _BITMAPHANDLE.Flags, beside the contract's: the fourth byte of the 32-bit pixels is alpha.
 constexpr unsigned int kBitmapHasAlpha = 0x2;
 
+inline bool HasAlpha(const _BITMAPHANDLE& bitmap) noexcept {
+  return bitmap.BitsPerPixel == 32 && (bitmap.Flags & kBitmapHasAlpha) != 0;
+}
+
 /// Bytes the pixels of a row take, without padding.
 constexpr std::int64_t PixelBytes(int width, int bitsPerPixel) noexcept {
   return (std::int64_t{width} * bitsPerPixel + 7) / 8;

@@ -134,7 +134,7 @@ int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bit
   if (status == STATUS_OK) status = Finish(plan, target, picture.get());
   const int pageWorthSaying = plan.info.TotalPages > 1 ? plan.options.page : 0;
   if (status != STATUS_OK) return Explain(status, source, pageWorthSaying, TraceOfLastClosed());
-  picture->hasAlpha = plan.isPng ? context.png.hasAlpha : sink.SawFourthByte();
+  if (plan.isPng ? context.png.hasAlpha : sink.SawFourthByte()) picture->record.Flags |= kBitmapHasAlpha;
   *loaded = std::move(picture);
   return STATUS_OK;
 }

@@ -8,15 +8,6 @@
 #include "Memory.h"
 #include "Png.h"
 #include "Region.h"
-#include "Rows.h"
-
-void vx_bitmap::TakeColors() noexcept {
-  colors.fill(vxkrn::Rgba{0, 0, 0, 255});
-  for (int i = 0; i < record.ColorCount; ++i) {
-    const RGBQUAD& color = record.Palette[i];
-    colors[static_cast<std::size_t>(i)] = {color.Red, color.Green, color.Blue, 255};
-  }
-}
 
 void vx_bitmap::ConvertOrder(int order) noexcept {
   if (record.BitsPerPixel != 16 || record.ColorOrder == order) return;
@@ -36,15 +27,19 @@ const unsigned char* RowOfIndices(const void* owner, int row, unsigned char* /*s
   return vx_bitmap_row(static_cast<const vx_bitmap*>(owner), row);
 }
 
+void ReadColors(const vx_bitmap& bitmap, int row, std::uint8_t* rgba) {
+  vxkrn::ReadRgba(bitmap.record, bitmap.colors, bitmap.Stored(row), rgba);
+}
+
 const unsigned char* RowOfColors(const void* owner, int row, unsigned char* scratch) {
-  vxkrn::ReadRgba(*static_cast<const vx_bitmap*>(owner), row, scratch);
+  ReadColors(*static_cast<const vx_bitmap*>(owner), row, scratch);
   return scratch;
 }
 
 /// How bitmap goes into a PNG stream: rows as they are for opaque palettes, colours for all else.
 vxkrn::PngPicture PngOf(const vx_bitmap& bitmap) {
   const _BITMAPHANDLE& record = bitmap.record;
-  const bool isTransparent = bitmap.hasAlpha || vxkrn::HasOutside(record);
+  const bool isTransparent = vxkrn::HasAlpha(record) || vxkrn::HasOutside(record);
   const bool asIndices = record.BitsPerPixel <= 8 && !isTransparent;
   return {record.Width,
           record.Height,
@@ -74,7 +69,7 @@ int vx_bitmap_describe(const vx_bitmap* bitmap, vx_bitmap_info* info) {
            record.XResolution,
            record.YResolution,
            record.ColorCount,
-           bitmap->hasAlpha ? 1 : 0,
+           vxkrn::HasAlpha(record) ? 1 : 0,
            record.Region != nullptr ? 1 : 0};
   return VX_OK;
 }
@@ -93,7 +88,7 @@ int vx_bitmap_read_rgba(const vx_bitmap* bitmap, int row, uint8_t* rgba) {
     return vxkrn::Fail(VX_BAD_PARAMETER, "row ", row, " was asked for; the bitmap has rows 0 to ",
                        bitmap == nullptr ? -1 : bitmap->record.Height - 1);
   }
-  vxkrn::ReadRgba(*bitmap, row, rgba);
+  ReadColors(*bitmap, row, rgba);
   return VX_OK;
 }
 

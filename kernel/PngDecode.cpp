@@ -161,6 +161,7 @@ int Prepare(const PngDescription& description, int depth, _BITMAPHANDLE* bitmap)
     return Fail(status, "its PNG stream says ", description.width, " x ", description.height,
                 " pixels, which is too wide");
   }
+  if (description.hasAlpha) bitmap->Flags |= kBitmapHasAlpha;
   bitmap->Orientation = ORIENT_TOP_DOWN;
   bitmap->XResolution = description.xDpi;
   bitmap->YResolution = description.yDpi;

@@ -87,31 +87,41 @@ void ApplyRegion(Bytes inside, int width, std::uint8_t* rgba) noexcept {
   }
 }
 
-void Expand(const vx_bitmap& bitmap, Bytes row, std::uint8_t* rgba) noexcept {
-  const int width = bitmap.record.Width;
-  switch (bitmap.record.BitsPerPixel) {
-    case 1: ExpandIndices<1>(row, width, bitmap.colors.data(), rgba); break;
-    case 4: ExpandIndices<4>(row, width, bitmap.colors.data(), rgba); break;
-    case 8: ExpandIndices<8>(row, width, bitmap.colors.data(), rgba); break;
+void Expand(const _BITMAPHANDLE& bitmap, const ColorTable& colors, Bytes row, std::uint8_t* rgba) noexcept {
+  const int width = bitmap.Width;
+  switch (bitmap.BitsPerPixel) {
+    case 1: ExpandIndices<1>(row, width, colors.data(), rgba); break;
+    case 4: ExpandIndices<4>(row, width, colors.data(), rgba); break;
+    case 8: ExpandIndices<8>(row, width, colors.data(), rgba); break;
     case 16:
-      if (bitmap.record.ColorOrder == ORDER_565) {
+      if (bitmap.ColorOrder == ORDER_565) {
         Expand16<6>(row, width, rgba);
       } else {
         Expand16<5>(row, width, rgba);
       }
       break;
     case 24: Expand24(row, width, rgba); break;
-    default: Expand32(row, width, bitmap.hasAlpha ? 0 : kOpaque, rgba); break;
+    default: Expand32(row, width, HasAlpha(bitmap) ? 0 : kOpaque, rgba); break;
   }
 }
 
 }  // namespace
 
-void ReadRgba(const vx_bitmap& bitmap, int row, std::uint8_t* rgba) noexcept {
-  const int stored = bitmap.Stored(row);
-  Expand(bitmap, StoredRow(bitmap.record, stored), rgba);
-  const unsigned char* inside = StoredRegionRow(bitmap.record, stored);
-  if (inside != nullptr && !bitmap.hasAlpha) ApplyRegion(inside, bitmap.record.Width, rgba);
+ColorTable ColorsOf(const _BITMAPHANDLE& bitmap) noexcept {
+  ColorTable colors;
+  colors.fill(Rgba{0, 0, 0, 255});
+  for (int i = 0; i < bitmap.ColorCount; ++i) {
+    const RGBQUAD& color = bitmap.Palette[i];
+    colors[static_cast<std::size_t>(i)] = {color.Red, color.Green, color.Blue, 255};
+  }
+  return colors;
+}
+
+void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow,
+              std::uint8_t* rgba) noexcept {
+  Expand(bitmap, colors, StoredRow(bitmap, storedRow), rgba);
+  const unsigned char* inside = StoredRegionRow(bitmap, storedRow);
+  if (inside != nullptr && !HasAlpha(bitmap)) ApplyRegion(inside, bitmap.Width, rgba);
 }
 
 void ConvertRow16(unsigned char* row, int width, int order) noexcept {

@@ -10,7 +10,7 @@
 #include "Bitmap.h"
 #include "Errors.h"
 #include "Leaks.h"
-#include "Rows.h"
+#include "Picture.h"
 
 namespace {
 
@@ -104,7 +104,7 @@ Bytes RgbaOf(vx_bitmap& bitmap) {
   Bytes rgba;
   for (int row = 0; row < bitmap.record.Height; ++row) {
     Bytes line(static_cast<std::size_t>(bitmap.record.Width) * 4);
-    vxkrn::ReadRgba(bitmap, row, line.data());
+    vxkrn::ReadRgba(bitmap.record, bitmap.colors, bitmap.Stored(row), line.data());
     rgba.insert(rgba.end(), line.begin(), line.end());
   }
   return rgba;
@@ -114,9 +114,7 @@ class Png : public Leaks {
  protected:
   static int Decode(const Bytes& stream, int depth, vx_bitmap* bitmap) {
     vxkrn::PngDescription description = {};
-    const int status = vxkrn::DecodePng(stream.data(), stream.size(), depth, &bitmap->record, &description);
-    bitmap->hasAlpha = description.hasAlpha;
-    return status;
+    return vxkrn::DecodePng(stream.data(), stream.size(), depth, &bitmap->record, &description);
   }
 };
 
@@ -137,9 +135,9 @@ TEST_F(Png, EveryKindDecodesToItsColoursAtEveryDepthThatHoldsThem) {
         vx_bitmap bitmap;
         ASSERT_EQ(Decode(stream, asked, &bitmap), STATUS_OK);
         EXPECT_EQ(bitmap.record.BitsPerPixel, holds ? wanted : kind.ownDepth);
-        EXPECT_EQ(bitmap.hasAlpha, kind.ownDepth == 32);
+        EXPECT_EQ(vxkrn::HasAlpha(bitmap.record), kind.ownDepth == 32);
         EXPECT_EQ(RgbaOf(bitmap), expected);
-        if (bitmap.record.BitsPerPixel == 32 && !bitmap.hasAlpha) {
+        if (bitmap.record.BitsPerPixel == 32 && !vxkrn::HasAlpha(bitmap.record)) {
           EXPECT_EQ(vxkrn::StoredRow(bitmap.record, 3)[7], 255);
         }
       }
