@@ -10,6 +10,8 @@ struct CallContext {
   bool toleratesMissingMask = false;  ///< a file may end before the mask: the picture then has none
   bool sawPng = false;                ///< the filter had a PNG stream described or decoded: `png`
   PngDescription png = {};
+  int convertArg1 = CONVERT_PALETTE_BEST;  ///< how SaveToMemory converts, which is not told
+  int convertArg2 = CONVERT_DIFFUSE;
 };
 
 /// While it lives, `context` is this thread's. It must outlive the scope.

@@ -58,13 +58,6 @@ struct Release {
 template <class T>
 using Owned = std::unique_ptr<T, Release>;
 
-/// @return a new T, or null when there is no memory.
-template <class T, class... Arguments>
-[[nodiscard]] Owned<T> Make(Tag tag, Arguments&&... arguments) {
-  void* block = AllocateRecord(sizeof(T), tag);
-  return Owned<T>(block == nullptr ? nullptr : ::new (block) T{std::forward<Arguments>(arguments)...});
-}
-
 struct FreeBytes {
   void operator()(std::uint8_t* bytes) const noexcept { Free(bytes); }
 };
@@ -73,6 +66,16 @@ using Bytes = std::unique_ptr<std::uint8_t[], FreeBytes>;
 /// @return `size` bytes held against the limit, or null.
 [[nodiscard]] inline Bytes MakeBytes(std::size_t size, Tag tag) noexcept {
   return Bytes(static_cast<std::uint8_t*>(Allocate(size, tag)));
+}
+
+/// @return a new T, or null when there is no memory. Throws what T's constructor throws.
+template <class T, class... Arguments>
+[[nodiscard]] Owned<T> Make(Tag tag, Arguments&&... arguments) {
+  Bytes block(static_cast<std::uint8_t*>(AllocateRecord(sizeof(T), tag)));
+  if (block == nullptr) return nullptr;
+  Owned<T> object(::new (block.get()) T{std::forward<Arguments>(arguments)...});
+  (void)block.release();
+  return object;
 }
 
 }  // namespace vxkrn::memory

@@ -41,16 +41,17 @@ vxkrn::PngPicture PngOf(const vx_bitmap& bitmap) {
   const _BITMAPHANDLE& record = bitmap.record;
   const bool isTransparent = vxkrn::HasAlpha(record) || vxkrn::HasOutside(record);
   const bool asIndices = record.BitsPerPixel <= 8 && !isTransparent;
-  return {record.Width,
-          record.Height,
-          record.XResolution,
-          record.YResolution,
-          asIndices ? record.BitsPerPixel : 0,
-          isTransparent,
-          record.Palette,
-          &bitmap,
-          asIndices ? RowOfIndices : RowOfColors,
-          nullptr};
+  return {.width = record.Width,
+          .height = record.Height,
+          .xDpi = record.XResolution,
+          .yDpi = record.YResolution,
+          .paletteDepth = asIndices ? record.BitsPerPixel : 0,
+          .hasAlpha = isTransparent,
+          .palette = record.Palette,
+          .colorCount = record.ColorCount,
+          .owner = &bitmap,
+          .row = asIndices ? RowOfIndices : RowOfColors,
+          .scratch = nullptr};
 }
 
 }  // namespace

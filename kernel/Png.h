@@ -39,16 +39,21 @@ struct PngPicture {
   int height;
   int xDpi;
   int yDpi;
-  int paletteDepth;        ///< 1, 4 or 8: rows are indices of that depth; 0: rows are RGBA bytes
-  bool hasAlpha;           ///< of RGBA rows: otherwise the fourth byte is dropped
-  const RGBQUAD* palette;  ///< 2^paletteDepth entries
+  int paletteDepth;           ///< 1, 4 or 8: rows are indices of that depth; 0: rows are RGBA bytes
+  bool hasAlpha;              ///< of RGBA rows: otherwise the fourth byte is dropped
+  const RGBQUAD* palette;     ///< colorCount entries
+  int colorCount;             ///< 1 to 2^paletteDepth
+  int transparentEntry = -1;  ///< the palette entry that is transparent; -1: none
+  /// Of RGBA rows without alpha: the colour that is transparent; null: none.
+  const RGBQUAD* transparentColor = nullptr;
   const void* owner;
-  /// @return row `row`, valid until the next call.
+  /// @return row `row`, valid until the next call. May throw.
   const unsigned char* (*row)(const void* owner, int row, unsigned char* scratch);
   unsigned char* scratch;  ///< handed to `row`
 };
 
-/// Encodes into memory that the caller frees with memory::Free. @return STATUS_OK or STATUS_NO_MEMORY.
+/// Encodes into memory that the caller frees with memory::Free. Throws what the picture's rows throw.
+/// @return STATUS_OK or STATUS_NO_MEMORY.
 [[nodiscard]] int EncodePng(const PngPicture& picture, unsigned char** png, std::size_t* size);
 
 }  // namespace vxkrn

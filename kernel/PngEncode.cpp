@@ -43,6 +43,20 @@ png_uint_32 PerMetre(int dpi) {
   return static_cast<png_uint_32>((std::int64_t{dpi} * 10000 + 127) / 254);
 }
 
+/// Fully transparent from one entry or colour on; there is no half.
+void WriteTransparency(PngSession& session, const PngPicture& picture) {
+  if (picture.transparentEntry >= 0) {
+    png_byte alpha[256];
+    std::fill_n(alpha, picture.transparentEntry, png_byte{255});
+    alpha[picture.transparentEntry] = 0;
+    png_set_tRNS(session.Png(), session.Info(), alpha, picture.transparentEntry + 1, nullptr);
+  } else if (picture.transparentColor != nullptr) {
+    const RGBQUAD& key = *picture.transparentColor;
+    const png_color_16 color = {0, key.Red, key.Green, key.Blue, 0};
+    png_set_tRNS(session.Png(), session.Info(), nullptr, 0, &color);
+  }
+}
+
 void WriteHeader(PngSession& session, const PngPicture& picture) {
   png_structp png = session.Png();
   png_infop info = session.Info();
@@ -53,12 +67,12 @@ void WriteHeader(PngSession& session, const PngPicture& picture) {
                PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
   if (picture.paletteDepth != 0) {
     png_color colors[256];
-    const int count = 1 << picture.paletteDepth;
-    std::transform(picture.palette, picture.palette + count, colors, [](const RGBQUAD& c) {
+    std::transform(picture.palette, picture.palette + picture.colorCount, colors, [](const RGBQUAD& c) {
       return png_color{c.Red, c.Green, c.Blue};
     });
-    png_set_PLTE(png, info, colors, count);
+    png_set_PLTE(png, info, colors, picture.colorCount);
   }
+  WriteTransparency(session, picture);
   if (picture.xDpi > 0 && picture.yDpi > 0) {
     png_set_pHYs(png, info, PerMetre(picture.xDpi), PerMetre(picture.yDpi), PNG_RESOLUTION_METER);
   }

@@ -46,7 +46,7 @@ void PngSession::SetLimits() {
   png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, kIgnoredChunks, kIgnoredChunkCount);
 }
 
-int PngSession::Run(Step step, void* argument) noexcept {
+int PngSession::Run(Step step, void* argument) {
   if (png_ == nullptr || info_ == nullptr) return STATUS_NO_MEMORY;
   if (setjmp(png_jmpbuf(png_)) != 0) return outOfMemory_ ? STATUS_NO_MEMORY : STATUS_BAD_FORMAT;
   SetLimits();

@@ -21,8 +21,9 @@ class PngSession {
   PngSession& operator=(const PngSession&) = delete;
 
   /// Runs step, in which libpng may fail at any call. libpng then jumps out of it, so step and whatever it
-  /// calls must not own anything. @return STATUS_OK, STATUS_NO_MEMORY or STATUS_BAD_FORMAT.
-  [[nodiscard]] int Run(Step step, void* argument) noexcept;
+  /// calls must not own anything while in libpng. Throws what step throws; not out of libpng's callbacks.
+  /// @return STATUS_OK, STATUS_NO_MEMORY or STATUS_BAD_FORMAT.
+  [[nodiscard]] int Run(Step step, void* argument);
 
   [[nodiscard]] png_structp Png() const noexcept { return png_; }
   [[nodiscard]] png_infop Info() const noexcept { return info_; }

@@ -49,14 +49,20 @@ static_assert(ScaleRounds<5>() && ScaleRounds<6>());
 
 constexpr std::uint32_t kOpaque = 0xFF000000;
 
+/// The colour of a pixel as the word that Rgba is in memory.
+template <unsigned int GreenBits>
+constexpr std::uint32_t Color16(std::uint32_t pixel) noexcept {
+  constexpr std::uint32_t kGreenLast = (1U << GreenBits) - 1;
+  const std::uint32_t red = Scale<5>((pixel >> (5 + GreenBits)) & 31);
+  const std::uint32_t green = Scale<GreenBits>((pixel >> 5) & kGreenLast);
+  return red | green << 8 | Scale<5>(pixel & 31) << 16 | kOpaque;
+}
+
 template <unsigned int GreenBits>
 void Expand16(Bytes row, int width, std::uint8_t* rgba) noexcept {
-  constexpr std::uint32_t kGreenLast = (1U << GreenBits) - 1;
   for (int x = 0; x < width; ++x, row += 2, rgba += 4) {
     const std::uint32_t pixel = row[0] | static_cast<std::uint32_t>(row[1]) << 8;
-    const std::uint32_t red = Scale<5>((pixel >> (5 + GreenBits)) & 31);
-    const std::uint32_t green = Scale<GreenBits>((pixel >> 5) & kGreenLast);
-    const std::uint32_t color = red | green << 8 | Scale<5>(pixel & 31) << 16 | kOpaque;
+    const std::uint32_t color = Color16<GreenBits>(pixel);
     std::memcpy(rgba, &color, sizeof color);
   }
 }
@@ -105,6 +111,11 @@ void Expand(const _BITMAPHANDLE& bitmap, const ColorTable& colors, Bytes row, st
   }
 }
 
+/// The nearest of the levels that `bits` bits have.
+constexpr unsigned int Narrow(std::uint8_t level, unsigned int bits) noexcept {
+  return (level * ((1U << bits) - 1) + 127) / 255;
+}
+
 }  // namespace
 
 ColorTable ColorsOf(const _BITMAPHANDLE& bitmap) noexcept {
@@ -122,6 +133,64 @@ void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedR
   Expand(bitmap, colors, StoredRow(bitmap, storedRow), rgba);
   const unsigned char* inside = StoredRegionRow(bitmap, storedRow);
   if (inside != nullptr && !HasAlpha(bitmap)) ApplyRegion(inside, bitmap.Width, rgba);
+}
+
+void UnpackIndices(const std::uint8_t* row, int bitsPerPixel, std::span<std::uint8_t> indices) noexcept {
+  const auto perByte = static_cast<std::size_t>(8 / bitsPerPixel);
+  const unsigned int last = (1U << bitsPerPixel) - 1;
+  for (std::size_t x = 0; x < indices.size(); ++x) {
+    const std::size_t shift = 8 - static_cast<std::size_t>(bitsPerPixel) * (x % perByte + 1);
+    indices[x] = static_cast<std::uint8_t>(row[x / perByte] >> shift & last);
+  }
+}
+
+void PackIndices(std::span<const std::uint8_t> indices, int bitsPerPixel, std::uint8_t* row) noexcept {
+  const auto perByte = static_cast<std::size_t>(8 / bitsPerPixel);
+  for (std::size_t x = 0; x < indices.size(); x += perByte) {
+    unsigned int packed = 0;
+    for (std::size_t i = 0; i < perByte; ++i) {
+      packed = packed << bitsPerPixel | (x + i < indices.size() ? indices[x + i] : 0U);
+    }
+    *row++ = static_cast<std::uint8_t>(packed);
+  }
+}
+
+unsigned int Pixel16(Rgba color, bool is565) noexcept {
+  const unsigned int greenBits = is565 ? 6 : 5;
+  return Narrow(color.red, 5) << (5 + greenBits) | Narrow(color.green, greenBits) << 5 |
+         Narrow(color.blue, 5);
+}
+
+Rgba ColorOfPixel16(unsigned int pixel, bool is565) noexcept {
+  const std::uint32_t color = is565 ? Color16<6>(pixel) : Color16<5>(pixel);
+  Rgba rgba = {};
+  std::memcpy(&rgba, &color, sizeof rgba);
+  return rgba;
+}
+
+void Pack16(std::span<const Rgba> pixels, bool is565, std::uint8_t* row) noexcept {
+  for (const Rgba color : pixels) {
+    const unsigned int pixel = Pixel16(color, is565);
+    *row++ = static_cast<std::uint8_t>(pixel);
+    *row++ = static_cast<std::uint8_t>(pixel >> 8);
+  }
+}
+
+void Pack24(std::span<const Rgba> pixels, std::uint8_t* row) noexcept {
+  for (const Rgba color : pixels) {
+    *row++ = color.blue;
+    *row++ = color.green;
+    *row++ = color.red;
+  }
+}
+
+void Pack32(std::span<const Rgba> pixels, bool hasAlpha, std::uint8_t* row) noexcept {
+  for (const Rgba color : pixels) {
+    *row++ = color.blue;
+    *row++ = color.green;
+    *row++ = color.red;
+    *row++ = hasAlpha ? color.alpha : 0;
+  }
 }
 
 void ConvertRow16(unsigned char* row, int width, int order) noexcept {

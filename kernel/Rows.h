@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <span>
 
 #include "Bitmap.h"
 
@@ -18,6 +19,20 @@ using ColorTable = std::array<Rgba, 256>;
 /// from the bitmap's alpha channel, else from its region.
 void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow,
               std::uint8_t* rgba) noexcept;
+
+/// Takes the indices of 1, 4 or 8 bits out of a row, one a byte.
+void UnpackIndices(const std::uint8_t* row, int bitsPerPixel, std::span<std::uint8_t> indices) noexcept;
+
+// Rows from colours or indices, without padding. The bits behind the last index of a byte are 0.
+void PackIndices(std::span<const std::uint8_t> indices, int bitsPerPixel, std::uint8_t* row) noexcept;
+void Pack16(std::span<const Rgba> pixels, bool is565, std::uint8_t* row) noexcept;
+void Pack24(std::span<const Rgba> pixels, std::uint8_t* row) noexcept;
+/// The fourth byte is alpha, or 0.
+void Pack32(std::span<const Rgba> pixels, bool hasAlpha, std::uint8_t* row) noexcept;
+
+/// The pixel of 16 bits that is nearest to a colour, and the colour that a pixel of 16 bits shows.
+[[nodiscard]] unsigned int Pixel16(Rgba color, bool is565) noexcept;
+[[nodiscard]] Rgba ColorOfPixel16(unsigned int pixel, bool is565) noexcept;
 
 /// Rewrites a row of 16-bit pixels: to 5-6-5 when order is ORDER_565, else from 5-6-5 to 5-5-5.
 void ConvertRow16(unsigned char* row, int width, int order) noexcept;
