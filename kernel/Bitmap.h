@@ -14,6 +14,9 @@ constexpr int kDefaultDpi = 96;
 /// _BITMAPHANDLE.Flags, beside the contract's: the fourth byte of the 32-bit pixels is alpha.
 constexpr unsigned int kBitmapHasAlpha = 0x2;
 
+/// The least alpha of a pixel that is there, where pixels are either there or not.
+constexpr int kLeastOpaque = 128;
+
 inline bool HasAlpha(const _BITMAPHANDLE& bitmap) noexcept {
   return bitmap.BitsPerPixel == 32 && (bitmap.Flags & kBitmapHasAlpha) != 0;
 }

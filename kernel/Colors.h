@@ -27,7 +27,7 @@ constexpr RGBQUAD QuadOf(Color color) noexcept {
 
 /// Whether a pixel shows where pixels can only be there or not.
 constexpr bool IsOpaque(Rgba pixel) noexcept {
-  return pixel.alpha >= 128;
+  return pixel.alpha >= kLeastOpaque;
 }
 
 /// Reads a bitmap's stored rows as colours. The bitmap must outlive it. Throws std::bad_alloc.

@@ -115,8 +115,4 @@ int EndSave(_BITMAPHANDLE* /*bitmap*/, _BITMAPHANDLE** converted, unsigned int* 
   return STATUS_OK;
 }
 
-bool KeepsColors(const _BITMAPHANDLE& bitmap, int bitsPerPixel, bool is565, int convertArg1) {
-  return KeepsColors(bitmap, TargetOf(bitsPerPixel, is565, convertArg1, CONVERT_NEAREST));
-}
-
 }  // namespace vxkrn

@@ -29,8 +29,4 @@ int SaveToMemory(void** memory, _BITMAPHANDLE* bitmap, int format, int bitsPerPi
 [[nodiscard]] int EncodeAsPng(const _BITMAPHANDLE& bitmap, int bitsPerPixel, int convertArg1, int convertArg2,
                               unsigned char** png, std::size_t* size);
 
-/// Whether every pixel keeps its colour when the image is saved so. Alpha and region are not looked at.
-/// Throws std::bad_alloc. @param convertArg1 CONVERT_PALETTE_...
-[[nodiscard]] bool KeepsColors(const _BITMAPHANDLE& bitmap, int bitsPerPixel, bool is565, int convertArg1);
-
 }  // namespace vxkrn

@@ -11,6 +11,7 @@
 #include "Files.h"
 #include "FilterLoader.h"
 #include "PngCallbacks.h"
+#include "PngFile.h"
 
 namespace vxkrn {
 namespace {
@@ -78,10 +79,15 @@ bool IsIcon(const IMAGEINFO& info) noexcept {
 }
 
 int Identify(vx_source& source, int page, IMAGEINFO* info) {
+  if (page < 1) return Fail(STATUS_BAD_PAGE, "page ", page, " was asked for; pages count from 1");
+  if (IsPngFile(source)) {
+    if (page > 1) return FailForPage(source, page, 1);
+    const int described = DescribePngFile(source, info);
+    return described == STATUS_OK ? described : Explain(described, source, 0, {});
+  }
   const Filter* filter = nullptr;
   int status = LoadFilter(&filter);
   if (status != STATUS_OK) return status;
-  if (page < 1) return Fail(STATUS_BAD_PAGE, "page ", page, " was asked for; pages count from 1");
 
   CallContext context;
   const CallScope scope(&context);

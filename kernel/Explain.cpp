@@ -117,7 +117,8 @@ void ExplainBadFormat(const vx_source& source, const ReadTrace& trace) {
     Fail(STATUS_BAD_FORMAT, "the file has ", start.Count(), " bytes, too few for any picture");
   } else if (start.HeaderOffset() == 0 && !start.Is(0, 0)) {
     Fail(STATUS_BAD_FORMAT, "it begins with the bytes ", Hexadecimal(start[0], first), " ",
-         Hexadecimal(start[1], second), "; bitmaps begin with 42 4D or 42 41, icons and cursors with 00 00");
+         Hexadecimal(start[1], second),
+         "; bitmaps begin with 42 4D or 42 41, PNG files with 89 50, icons and cursors with 00 00");
   } else if (start.HeaderOffset() != 0) {
     ExplainBitmapHeader(source, start.HeaderOffset());
   } else {

@@ -67,8 +67,9 @@ int OpenFilter(const std::string& path, Filter* filter) {
   if (library == nullptr) return Fail(VX_NO_FILTER, "the filter cannot be loaded: ", dlerror());
   Filter found;
   const char* missing = nullptr;
-  if (!FindEntry(library, "fltInfo", &found.info)) missing = "fltInfo";
+  if (!FindEntry(library, "fltSave", &found.save)) missing = "fltSave";
   if (!FindEntry(library, "fltLoad", &found.load)) missing = "fltLoad";
+  if (!FindEntry(library, "fltInfo", &found.info)) missing = "fltInfo";
   if (missing != nullptr) {
     dlclose(library);
     return Fail(VX_NO_FILTER, path, " is not a filter of this kernel: it has no function ", missing);

@@ -5,10 +5,11 @@
 
 namespace vxkrn {
 
-/// The filter's entry points that reading uses.
+/// The filter's entry points.
 struct Filter {
   int (*info)(_INFODISPATCH*) = nullptr;
   int (*load)(_LOADDISPATCH*) = nullptr;
+  int (*save)(_SAVEDISPATCH*) = nullptr;
 };
 
 /// @return STATUS_OK and the filter in *filter, or VX_NO_FILTER with a detail of what was tried. A failure is

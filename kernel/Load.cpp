@@ -8,6 +8,7 @@
 #include "FilterLoader.h"
 #include "LoadPlan.h"
 #include "PngCallbacks.h"
+#include "PngFile.h"
 #include "Region.h"
 #include "RowSink.h"
 
@@ -115,14 +116,20 @@ int Finish(const LoadPlan& plan, const _BITMAPHANDLE& target, vx_bitmap* picture
 }
 
 int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bitmap>* loaded) {
-  const Filter* filter = nullptr;
   LoadPlan plan;
-  int status = LoadFilter(&filter);
-  if (status == STATUS_OK) status = PlanLoad(source, options, &plan);
+  int status = PlanLoad(source, options, &plan);
   if (status != STATUS_OK) return status;
-
   auto picture = memory::Make<vx_bitmap>({"kernel/Load", __LINE__});
   if (picture == nullptr) return FailForMemory("a bitmap record", sizeof(vx_bitmap));
+  if (plan.info.Format == FMT_PNG) {
+    status = LoadPngFile(source, plan.bandFirst, plan.bandCount, picture.get());
+    if (status != STATUS_OK) return Explain(status, source, 0, {});
+    *loaded = std::move(picture);
+    return STATUS_OK;
+  }
+  const Filter* filter = nullptr;
+  status = LoadFilter(&filter);
+  if (status != STATUS_OK) return status;
   CallContext context;
   context.toleratesMissingMask = plan.options.allow_truncated != 0;
   const CallScope scope(&context);

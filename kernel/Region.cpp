@@ -103,6 +103,27 @@ int CopyRegionRows(const _BITMAPHANDLE& whole, int firstRow, _BITMAPHANDLE* band
   return STATUS_OK;
 }
 
+int SetRegionFromAlpha(_BITMAPHANDLE* bitmap) noexcept {
+  const auto bytesPerLine = static_cast<int>(Stride(bitmap->Width, 1));
+  unsigned char* plane = NewPlane(*bitmap, bytesPerLine);
+  if (plane == nullptr) return STATUS_NO_MEMORY;
+  std::memset(plane, 0, static_cast<std::size_t>(bytesPerLine) * static_cast<std::size_t>(bitmap->Height));
+  AttachPlane(bitmap, plane, bytesPerLine);
+  for (int row = 0; row < bitmap->Height; ++row) {
+    unsigned char* pixel = StoredRow(*bitmap, row);
+    unsigned char* bits = StoredRegionRow(*bitmap, row);
+    for (int x = 0; x < bitmap->Width; ++x, pixel += 4) {
+      if (pixel[3] >= kLeastOpaque) {
+        bits[x / 8] = static_cast<unsigned char>(bits[x / 8] | 0x80 >> x % 8);
+      } else {
+        std::memset(pixel, 0, 4);
+      }
+    }
+  }
+  bitmap->Flags &= ~kBitmapHasAlpha;
+  return STATUS_OK;
+}
+
 bool HasOutside(const _BITMAPHANDLE& bitmap) noexcept {
   if (bitmap.Region == nullptr) return false;
   const int pixelBytes = MaskBytes(bitmap.Width);

@@ -121,10 +121,11 @@ bool AllAre16(ColorRows& rows, bool is565) {
   return true;
 }
 
-bool FixedPaletteHolds(ColorRows& rows, int bitsPerPixel) {
+bool FixedPaletteHolds(ColorRows& rows, Pixels which, int bitsPerPixel, std::size_t room) {
   std::vector<Color> fixed = FixedPalette(bitsPerPixel);
+  fixed.resize(room);
   std::sort(fixed.begin(), fixed.end());
-  const std::vector<Color> own = DistinctColors(rows, Pixels::kAll, fixed.size());
+  const std::vector<Color> own = DistinctColors(rows, which, room);
   return std::includes(fixed.begin(), fixed.end(), own.begin(), own.end());
 }
 
@@ -134,10 +135,12 @@ bool KeepsColors(const _BITMAPHANDLE& bitmap, const RowTarget& target) {
   if (target.bitsPerPixel >= 24 || (target.bitsPerPixel == 16 && IsAsWanted(bitmap, target))) return true;
   ColorRows rows(bitmap);
   if (target.bitsPerPixel == 16) return AllAre16(rows, target.is565);
-  if (target.usesFixedPalette) return FixedPaletteHolds(rows, target.bitsPerPixel);
-  if (bitmap.BitsPerPixel <= target.bitsPerPixel) return true;
-  const std::size_t room = std::size_t{1} << target.bitsPerPixel;
-  return DistinctColors(rows, Pixels::kAll, room).size() <= room;
+  const bool reserves = target.reservesTransparent && HasTransparentPixel(rows);
+  const Pixels which = reserves ? Pixels::kOpaque : Pixels::kAll;
+  const std::size_t room = (std::size_t{1} << target.bitsPerPixel) - (reserves ? 1 : 0);
+  if (target.usesFixedPalette) return FixedPaletteHolds(rows, which, target.bitsPerPixel, room);
+  if (!reserves && bitmap.BitsPerPixel <= target.bitsPerPixel) return true;
+  return DistinctColors(rows, which, room).size() <= room;
 }
 
 }  // namespace vxkrn

@@ -52,7 +52,8 @@ class RowConverter {
   std::vector<std::uint8_t> indices_;
 };
 
-/// Whether every pixel keeps its colour when the picture is converted so. Throws std::bad_alloc.
+/// Whether every pixel keeps its colour when the picture is converted so, but those that get the entry of
+/// transparent ones. Throws std::bad_alloc.
 [[nodiscard]] bool KeepsColors(const _BITMAPHANDLE& bitmap, const RowTarget& target);
 
 }  // namespace vxkrn

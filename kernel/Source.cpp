@@ -66,15 +66,22 @@ void vx_source::HoldIfSmallIcon() noexcept {
   const std::int64_t size = Size();
   std::uint16_t signature = 1;
   if (size < 2 || size > kSmall || Peek(&signature, 2, 0) != 2 || signature != 0) return;
+  (void)Hold();
+}
 
+bool vx_source::Hold() noexcept {
+  if (file == &memory) return true;
+  const std::int64_t size = Size();
+  if (size < 0 || size > static_cast<std::int64_t>(vxkrn::kLastPosition)) return false;
   const auto count = static_cast<std::uint32_t>(size);
   vxkrn::memory::Bytes bytes = vxkrn::memory::MakeBytes(count, {"kernel/Source", __LINE__});
-  if (bytes == nullptr || Peek(bytes.get(), count, 0) != count) return;
+  if (bytes == nullptr || Peek(bytes.get(), count, 0) != count) return false;
   (void)backend.functions.close(backend.user, file);
   held = std::move(bytes);
   memory = {held.get(), count};
   backend = vxkrn::MemoryBackend(&memory);
   file = &memory;
+  return true;
 }
 
 std::int64_t vx_source::Size() const noexcept {

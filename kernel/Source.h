@@ -18,8 +18,10 @@ struct vx_source {
   vx_source& operator=(const vx_source&) = delete;
 
   [[nodiscard]] const char* Name() const noexcept;
-  /// Makes a small file that begins like an icon one in memory, where there is room: its directory is
-  /// hopped through entry by entry, over and over.
+  /// Takes a file into memory, if it is not there yet. @return whether there was room and every byte came
+  bool Hold() noexcept;
+  /// Holds a small file that begins like an icon one: its directory is hopped through entry by entry, over
+  /// and over.
   void HoldIfSmallIcon() noexcept;
   /// Bytes, or below 0 when that cannot be told.
   [[nodiscard]] std::int64_t Size() const noexcept;

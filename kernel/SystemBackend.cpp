@@ -9,13 +9,10 @@
 
 #include "Backend.h"
 #include "Memory.h"
+#include "SystemFile.h"
 
 namespace vxkrn {
 namespace {
-
-struct SystemFile {
-  int descriptor;
-};
 
 int DescriptorOf(void* file) noexcept {
   return static_cast<SystemFile*>(file)->descriptor;

@@ -50,6 +50,15 @@ struct LoadOptions : vx_load_options {
   LoadOptions() noexcept : vx_load_options VX_LOAD_OPTIONS_DEFAULT {}
 };
 
+/// Save options that start from the defaults.
+struct SaveOptions : vx_save_options {
+  SaveOptions() noexcept : vx_save_options VX_SAVE_OPTIONS_DEFAULT {}
+  explicit SaveOptions(vx_format form, int bitsPerPixel = 0) noexcept : SaveOptions() {
+    format = form;
+    bits_per_pixel = bitsPerPixel;
+  }
+};
+
 /// Bytes that the library allocated.
 class Buffer {
  public:
@@ -102,6 +111,22 @@ class Bitmap {
     std::size_t size = 0;
     Check(vx_bitmap_encode_png(bitmap_.get(), &png, &size));
     return {png, size};
+  }
+  /// What saving does to the picture; throws where saving would.
+  [[nodiscard]] vx_save_plan Plan(const vx_save_options& options) const {
+    vx_save_plan plan;
+    Check(vx_plan_save(bitmap_.get(), &options, &plan));
+    return plan;
+  }
+  /// Saves a file of its own, which appears whole or not at all.
+  void Save(const std::string& path, const vx_save_options& options) const {
+    Check(vx_save_file(bitmap_.get(), path.c_str(), &options));
+  }
+  [[nodiscard]] Buffer Save(const vx_save_options& options) const {
+    std::uint8_t* bytes = nullptr;
+    std::size_t size = 0;
+    Check(vx_save_memory(bitmap_.get(), &options, &bytes, &size));
+    return {bytes, size};
   }
   [[nodiscard]] vx_bitmap* Get() const noexcept { return bitmap_.get(); }
 

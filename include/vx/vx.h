@@ -1,6 +1,6 @@
 /*
  * vx.h - the application side of libvxkrn: open an image file or a block of memory, ask what is on
- * each page, load a page into a bitmap, and take its pixels out.
+ * each page, load a page into a bitmap, take its pixels out, and save it as another file.
  *
  * Valid C11 and C++. For C++ with ownership taken care of, see <vx/image.hpp>.
  *
@@ -216,6 +216,78 @@ VX_API int vx_bitmap_read_rgba(const vx_bitmap* bitmap, int row, uint8_t* rgba);
 VX_API int vx_bitmap_encode_png(const vx_bitmap* bitmap, uint8_t** png, size_t* size);
 /** Frees what the library allocated for the caller; null does nothing. */
 VX_API void vx_free(void* memory);
+
+/* ---- Saving -------------------------------------------------------------------------------------------- */
+
+/** What a format can hold. */
+typedef struct vx_format_limits {
+  unsigned int depths; /**< bit n - 1 is set where n bits per pixel can be saved */
+  int largest_side;    /**< pixels, of width and of height; 0: whatever a bitmap can have */
+} vx_format_limits;
+
+/** Tells what can be saved in a format. @return VX_NOT_SUPPORTED for formats that cannot be saved. */
+VX_API int vx_format_describe(int format, vx_format_limits* limits);
+
+/** Where the colours of a picture of up to 8 bits come from when its own do not fit. */
+typedef enum vx_palette {
+  VX_PALETTE_BEST = 0, /**< chosen to suit the picture; its own colours whenever they fit */
+  VX_PALETTE_FIXED = 1 /**< the fixed palette of the depth, whatever the picture */
+} vx_palette;
+
+/** What happens to the difference between a colour and the one it is saved as. */
+typedef enum vx_dither {
+  VX_DITHER_DIFFUSE = 0, /**< it is spread over the neighbouring pixels */
+  VX_DITHER_NONE = 1     /**< it is lost: every pixel gets the nearest colour */
+} vx_dither;
+
+/** How to save. Start from VX_SAVE_OPTIONS_DEFAULT and set the format. */
+typedef struct vx_save_options {
+  int format;         /**< VX_FORMAT_BMP, OS2, OS2_2, BMP_RLE, ICO, CUR, VISTA_ICO or PNG */
+  int bits_per_pixel; /**< a depth of the format; 0: the one that loses least, the picture's own if it is one
+                           of those and else the fewest bits; PNG icons get 32 */
+  int use_565;        /**< nonzero: 16 bits are 5-6-5, not 5-5-5 (VX_FORMAT_BMP alone) */
+  int palette;        /**< vx_palette */
+  int dither;         /**< vx_dither */
+  int in_place;       /**< vx_save_file: nonzero writes over an existing file without making room beside it:
+                           what lies beyond the new end of an older, longer file stays, and a failure leaves
+                           the file half written */
+} vx_save_options;
+
+#define VX_SAVE_OPTIONS_DEFAULT \
+  { VX_FORMAT_BMP, 0, 0, VX_PALETTE_BEST, VX_DITHER_DIFFUSE, 0 }
+
+/** What becomes of a picture's transparency. */
+typedef enum vx_transparency {
+  VX_TRANSPARENCY_KEPT = 0,     /**< nothing is lost, or there was none */
+  VX_TRANSPARENCY_HARDENED = 1, /**< half opaque and more became opaque, the rest transparent */
+  VX_TRANSPARENCY_LOST = 2      /**< everything is opaque */
+} vx_transparency;
+
+/** What saving does to a picture. */
+typedef struct vx_save_plan {
+  int format;         /**< vx_format written: VX_FORMAT_BMP where run-length coding has not the depth */
+  int bits_per_pixel; /**< depth written */
+  int colors_lost;    /**< nonzero: some pixels change their colour */
+  int transparency;   /**< vx_transparency */
+} vx_save_plan;
+
+/**
+ * Tells what saving with these options does, writing nothing. Fails where saving would refuse:
+ * VX_BAD_BPP for a depth that the format has not, VX_BAD_DIMENSIONS for sides it has no room for,
+ * VX_NOT_SUPPORTED for a format that is not saved. @param options may be null.
+ */
+VX_API int vx_plan_save(const vx_bitmap* bitmap, const vx_save_options* options, vx_save_plan* plan);
+/**
+ * Saves the bitmap as a file of its own. The file appears whole or not at all: it is written beside its
+ * place, stored and then renamed. An existing file keeps its permissions and, where the system lets us, its
+ * owner; a symbolic link keeps pointing to it; other hard links keep the old file. Devices and pipes are
+ * written to. Files of vx_redirect_files, which cannot be renamed, are always written in place.
+ * @param options may be null.
+ */
+VX_API int vx_save_file(const vx_bitmap* bitmap, const char* path, const vx_save_options* options);
+/** As vx_save_file, into memory. *bytes is freed with vx_free. */
+VX_API int vx_save_memory(const vx_bitmap* bitmap, const vx_save_options* options, uint8_t** bytes,
+                          size_t* size);
 
 /* ---- The library
  * ------------------------------------------------------------------------------------------- */

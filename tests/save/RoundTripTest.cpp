@@ -1,0 +1,144 @@
+// What is saved is found again: every format at every depth, and what becomes of transparency.
+#include <gtest/gtest.h>
+
+#include "Sources.h"
+
+namespace saving {
+namespace {
+
+constexpr vx_format kFormats[] = {VX_FORMAT_BMP,     VX_FORMAT_OS2, VX_FORMAT_OS2_2,     VX_FORMAT_PNG,
+                                  VX_FORMAT_BMP_RLE, VX_FORMAT_ICO, VX_FORMAT_VISTA_ICO, VX_FORMAT_CUR};
+constexpr int kDepths[] = {1, 4, 8, 16, 24, 32};
+
+class RoundTrip : public testing::Test {
+ protected:
+  void TearDown() override { EXPECT_EQ(vx_memory_in_use(), 0U); }
+};
+
+bool Has(vx_format format, int depth) {
+  vx_format_limits limits;
+  EXPECT_EQ(vx_format_describe(format, &limits), VX_OK);
+  return (limits.depths >> (depth - 1) & 1U) != 0;
+}
+
+/// Saves the picture and loads it again. Expects to find what the plan says, and the colours unchanged.
+void ExpectSame(const vx::Bitmap& picture, const vx_save_options& options, const std::string& what) {
+  const vx_save_plan plan = picture.Plan(options);
+  ASSERT_EQ(plan.colors_lost, 0) << what;
+  const vx::Buffer file = picture.Save(options);
+  const vx::Source source = vx::Source::Memory(file.Bytes());
+  const vx_info info = source.Describe();
+  ASSERT_EQ(info.format, plan.format) << what;
+  ASSERT_EQ(info.bits_per_pixel, plan.bits_per_pixel) << what;
+  ASSERT_EQ(source.Load().Rgba(), picture.Rgba()) << what;
+}
+
+TEST_F(RoundTrip, EveryFormatAtEveryDepthKeepsEveryPixel) {
+  for (const int depth : kDepths) {
+    for (const vx_format format : kFormats) {
+      if (!Has(format, depth)) continue;
+      for (const int orientation : {VX_BOTTOM_UP, VX_TOP_DOWN}) {
+        for (int width = 1; width <= 40; ++width) {
+          const std::string what = "format " + std::to_string(format) + ", depth " + std::to_string(depth) +
+                                   ", orientation " + std::to_string(orientation) + ", width " +
+                                   std::to_string(width);
+          ASSERT_NO_FATAL_FAILURE(
+              ExpectSame(Noise(width, 5, depth, orientation), vx::SaveOptions(format, depth), what));
+        }
+      }
+    }
+  }
+}
+
+TEST_F(RoundTrip, SixteenBitsKeepTheirLayout) {
+  for (const bool is565 : {false, true}) {
+    const vx::Bitmap picture = Noise(13, 4, 16, VX_BOTTOM_UP, is565);
+    ExpectSame(picture, vx::SaveOptions(VX_FORMAT_BMP), "own layout");
+    for (const vx_format format : kFormats) ExpectSame(picture, vx::SaveOptions(format), "own depth or more");
+  }
+  const vx::Bitmap from565 = Noise(13, 4, 16, VX_BOTTOM_UP, true);
+  for (const vx_format format : {VX_FORMAT_BMP, VX_FORMAT_OS2, VX_FORMAT_OS2_2}) {
+    const vx::SaveOptions options(format, 16);
+    EXPECT_EQ(from565.Plan(options).colors_lost, 1);
+    const vx::Bitmap narrowed = LoadFrom(from565.Save(options).Bytes());
+    EXPECT_EQ(narrowed.Describe().color_order, VX_ORDER_BGR);
+    const std::vector<uint8_t> before = from565.Rgba();
+    const std::vector<uint8_t> after = narrowed.Rgba();
+    for (size_t i = 0; i < before.size(); ++i) ASSERT_LE(std::abs(before[i] - after[i]), 4) << i;
+  }
+  vx::SaveOptions wide(VX_FORMAT_BMP);
+  wide.use_565 = 1;
+  const vx::Bitmap widened = LoadFrom(Noise(13, 4, 24).Save(wide).Bytes());
+  EXPECT_EQ(widened.Describe().color_order, VX_ORDER_565);
+}
+
+TEST_F(RoundTrip, BandsOfPngFilesAreTheirRows) {
+  const vx::Bitmap picture = Noise(9, 10, 8);
+  const vx::Buffer png = picture.Save(vx::SaveOptions(VX_FORMAT_PNG));
+  const vx::Source source = vx::Source::Memory(png.Bytes());
+  vx::LoadOptions options;
+  options.band_first = 3;
+  options.band_count = 4;
+  const std::vector<uint8_t> band = source.Load(options).Rgba();
+  const std::vector<uint8_t> whole = picture.Rgba();
+  EXPECT_TRUE(std::equal(band.begin(), band.end(), whole.begin() + 3 * 9 * 4));
+  options.page = 2;
+  EXPECT_THROW(static_cast<void>(source.Load(options)), vx::Error);
+}
+
+/// Alpha rises from left to right; hidden pixels have colours of their own.
+Pixel Ramp(int x, int y) {
+  return {static_cast<uint8_t>(y * 40), static_cast<uint8_t>(255 - y), 9, static_cast<uint8_t>(x * 17)};
+}
+
+TEST_F(RoundTrip, TransparencyIsKeptWholeOrHardened) {
+  const vx::Bitmap soft = WithAlpha(16, 6, Ramp);
+  const std::vector<uint8_t> before = soft.Rgba();
+  for (const vx_format format : {VX_FORMAT_PNG, VX_FORMAT_VISTA_ICO}) {
+    EXPECT_EQ(LoadFrom(soft.Save(vx::SaveOptions(format)).Bytes()).Rgba(), before);
+  }
+  for (const vx_format format : {VX_FORMAT_ICO, VX_FORMAT_CUR, VX_FORMAT_PNG, VX_FORMAT_VISTA_ICO}) {
+    for (const int depth : {4, 8, 24}) {
+      const vx::SaveOptions options(format, depth);
+      EXPECT_EQ(soft.Plan(options).transparency, VX_TRANSPARENCY_HARDENED);
+      const std::vector<uint8_t> after = LoadFrom(soft.Save(options).Bytes()).Rgba();
+      for (size_t i = 0; i < before.size(); i += 4) {
+        const bool isOpaque = before[i + 3] >= 128;
+        ASSERT_EQ(after[i + 3], isOpaque ? 255 : 0) << format << ", " << depth << ", byte " << i;
+        if (isOpaque) {
+          ASSERT_TRUE(std::equal(&before[i], &before[i] + 3, &after[i])) << format << ", " << depth;
+        }
+        // A colour under a transparent mask bit would show as its inverse.
+        if (!isOpaque && format == VX_FORMAT_ICO) {
+          ASSERT_EQ(after[i] | after[i + 1] | after[i + 2], 0);
+        }
+      }
+    }
+  }
+  EXPECT_EQ(soft.Rgba(), before) << "the picture itself stays as it is";
+}
+
+TEST_F(RoundTrip, RegionsBecomeMasksAndAlphaAndComeBack) {
+  const vx::Bitmap hard = WithAlpha(9, 4, [](int x, int y) -> Pixel {
+    if ((x + y) % 3 == 0) return {0, 0, 0, 0};
+    return {static_cast<uint8_t>(x), 200, 0, 255};
+  });
+  const vx::Bitmap icon = LoadFrom(hard.Save(vx::SaveOptions(VX_FORMAT_ICO)).Bytes());
+  ASSERT_EQ(icon.Describe().has_region, 1);
+  ASSERT_EQ(icon.Rgba(), hard.Rgba());
+  for (const vx_format format : {VX_FORMAT_CUR, VX_FORMAT_PNG, VX_FORMAT_VISTA_ICO}) {
+    for (const int depth : {0, 4, 8, 24}) {
+      const vx::Bitmap again = LoadFrom(icon.Save(vx::SaveOptions(format, depth)).Bytes());
+      const std::vector<uint8_t> before = icon.Rgba();
+      const std::vector<uint8_t> after = again.Rgba();
+      for (size_t i = 0; i < before.size(); ++i) {
+        if (i % 4 == 3 || before[i | 3] != 0) {
+          ASSERT_EQ(after[i], before[i]) << format << ", " << depth;
+        }
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace saving

@@ -1,0 +1,46 @@
+// Pictures to save, and files to save them to.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <vx/image.hpp>
+
+namespace saving {
+
+using Bytes = std::vector<uint8_t>;
+
+/// Loads headerless rows of pseudo-random pixels; at 16 bits `is565` tells the layout. Palettes are the fixed
+/// ones.
+vx::Bitmap Noise(int width, int height, int bitsPerPixel, int orientation = VX_BOTTOM_UP, bool is565 = false);
+
+struct Pixel {
+  uint8_t red, green, blue, alpha;
+};
+/// A 32-bit picture with an alpha channel.
+vx::Bitmap WithAlpha(int width, int height, const std::function<Pixel(int x, int y)>& pixelAt);
+
+/// Its pixels as 24-bit ones without transparency, of at most `colors` different colours.
+vx::Bitmap Colors24(int width, int height, int colors);
+
+vx::Bitmap LoadFrom(std::span<const uint8_t> file, int page = 1);
+
+/// A folder of its own, gone with everything in it at the end.
+class Folder {
+ public:
+  Folder();
+  ~Folder();
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+
+  std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+  /// Its entries, hidden ones too.
+  [[nodiscard]] std::vector<std::string> Names() const;
+
+ private:
+  std::filesystem::path path_;
+};
+
+void Write(const std::string& path, const std::string& text);
+std::string Read(const std::string& path);
+
+}  // namespace saving
