@@ -1,4 +1,4 @@
-// vxbmp convert: one page, a band of it, or headerless data, into a PNG file.
+// vxbmp convert: one page, a band of it, or headerless data, into a file of any format.
 #include <fmt/format.h>
 #include <sys/stat.h>
 
@@ -14,6 +14,7 @@
 #include "Output.h"
 #include "RawArguments.h"
 #include "Report.h"
+#include "SaveArguments.h"
 #include "Text.h"
 
 namespace cli {
@@ -26,6 +27,7 @@ struct ConvertArguments {
   bool allowTruncated = false;
   std::string band;
   RawArguments raw;
+  SaveArguments save;
 };
 
 int ParsePage(const std::string& page) {
@@ -73,11 +75,11 @@ bool AreSameFile(const std::string& one, const std::string& other) {
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
-/// A PNG file in the place of the original is never what was meant.
+/// A new file in the place of the original is hardly ever what was meant.
 void RefuseToReplace(const ConvertArguments& arguments) {
   if (arguments.in == kStandardStream || arguments.out == kStandardStream) return;
   if (AreSameFile(arguments.in, arguments.out)) {
-    throw UsageError("IN and OUT are the same file; the PNG file needs a name of its own");
+    throw UsageError("IN and OUT are the same file; the new one needs a name of its own");
   }
 }
 
@@ -98,8 +100,23 @@ vx::Bitmap Load(const vx::Source& source, const vx::LoadOptions& options, Circum
   throw;
 }
 
+ExitCode Save(const vx::Bitmap& picture, const std::string& out, const vx_save_options& options) {
+  const std::string name = out == kStandardStream ? "standard output" : out;
+  try {
+    const vx_save_plan plan = picture.Plan(options);
+    WritePicture(picture, out.c_str(), options);
+    RemarkOnLosses(name, options, plan);
+  } catch (const vx::Error& error) {
+    ReportFailure(error, {.file = name});
+    return kExitFailed;
+  }
+  return kExitOk;
+}
+
 ExitCode Convert(const ConvertArguments& arguments) {
   RefuseToReplace(arguments);
+  const vx::SaveOptions saveOptions =
+      arguments.save.Describe(arguments.out, arguments.raw.Palette().ForOutput());
   const std::unique_ptr<RawDescription> raw = arguments.raw.Describe();
   const vx::LoadOptions options = OptionsFor(arguments, raw.get());
   RefuseTerminal(arguments.out.c_str());
@@ -107,14 +124,13 @@ ExitCode Convert(const ConvertArguments& arguments) {
   Circumstances at{.file = name, .isLoading = true, .isRaw = raw != nullptr};
   try {
     Input input(arguments.in.c_str(), raw ? Content::Headerless : Content::Picture);
-    const vx::Buffer png = Load(input.Source(), options, at).EncodePng();
+    const vx::Bitmap picture = Load(input.Source(), options, at);
     if (raw == nullptr) RemarkOnOtherPages(input.Source(), arguments);
-    WriteWhole(arguments.out.c_str(), png.Bytes());
+    return Save(picture, arguments.out, saveOptions);
   } catch (const vx::Error& error) {
     ReportFailure(error, at);
     return kExitFailed;
   }
-  return kExitOk;
 }
 
 }  // namespace
@@ -122,13 +138,15 @@ ExitCode Convert(const ConvertArguments& arguments) {
 Action DeclareConvert(CLI::App& command) {
   auto arguments = std::make_shared<ConvertArguments>();
   command.add_option("IN", arguments->in, "file to read; - is standard input")->required();
-  command.add_option("OUT.png", arguments->out, "file to write; - is standard output")->required();
+  command.add_option("OUT", arguments->out, "file to write; - is standard output")->required();
   CLI::Option* page =
       command.add_option("--page", arguments->page, "page of an icon or cursor, from 1; 1 unless given")
           ->option_text("N");
   command.add_flag("--allow-truncated", arguments->allowTruncated, "take what is there of a file cut short");
   command.add_option("--band", arguments->band, "convert COUNT rows only, from row FIRST; the top row is 0")
       ->option_text("FIRST:COUNT");
+  arguments->save.Declare(command);
+  command.footer(FormatTable() + "\n" + command.get_footer());
   arguments->raw.Declare(command)->excludes(page);
   return [arguments] { return Convert(*arguments); };
 }

@@ -60,7 +60,7 @@ class Stream {
 
 /// Whether a picture can begin like this.
 bool MayBePicture(std::span<const uint8_t> bytes) {
-  constexpr std::array<uint8_t, 2> kSignatures[] = {{'B', 'M'}, {'B', 'A'}, {0, 0}};
+  constexpr std::array<uint8_t, 2> kSignatures[] = {{'B', 'M'}, {'B', 'A'}, {0, 0}, {0x89, 'P'}};
   return std::any_of(std::begin(kSignatures), std::end(kSignatures), [&](const auto& signature) {
     const size_t count = std::min(bytes.size(), signature.size());
     return std::equal(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count), signature.begin());

@@ -136,10 +136,7 @@ CLI::Option* RawArguments::Declare(CLI::App& command) {
       ->option_text("BYTES")
       ->group(kGroup)
       ->needs(raw);
-  command.add_option("--palette", palettePath_, "file of its colours")
-      ->option_text("FILE")
-      ->group(kGroup)
-      ->needs(raw);
+  palette_.Declare(command);
   command.add_option("--masks", masks_, "bits that hold red, green and blue")
       ->option_text("R,G,B")
       ->group(kGroup)
@@ -149,16 +146,21 @@ CLI::Option* RawArguments::Declare(CLI::App& command) {
 }
 
 std::unique_ptr<RawDescription> RawArguments::Describe(const std::filesystem::path& folder) const {
-  if (shape_.empty()) return nullptr;
+  const std::string palettePath = palette_.File();
+  if (shape_.empty()) {
+    if (palettePath.empty()) return nullptr;
+    throw UsageError(fmt::format("--palette {}: a file of colours goes with --raw; otherwise auto or fixed",
+                                 Printable(palettePath)));
+  }
   auto description = std::make_unique<RawDescription>();
   vx_raw& raw = description->raw_;
   ParseShape(shape_, raw);
   if (!offset_.empty()) raw.offset = ParseOffset(offset_);
   raw.orientation = topDown_ ? VX_TOP_DOWN : VX_BOTTOM_UP;
   if (!masks_.empty()) ParseMasks(masks_, raw);
-  if (!palettePath_.empty()) {
+  if (!palettePath.empty()) {
     if (raw.bits_per_pixel > kDeepestWithPalette) throw UsageError("--palette is for pixels of up to 8 bits");
-    description->palette_ = ReadPalette((folder / palettePath_).string());
+    description->palette_ = ReadPalette((folder / palettePath).string());
     raw.palette = description->palette_.data();
     raw.palette_count = static_cast<int>(description->palette_.size() / kEntrySize);
   }

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "PaletteArgument.h"
+
 namespace cli {
 
 /// A description of headerless data that owns its palette.
@@ -34,10 +36,13 @@ class RawArguments {
   /// @throws UsageError where the values make no sense, FileError where the palette cannot be read.
   std::unique_ptr<RawDescription> Describe(const std::filesystem::path& folder = {}) const;
 
+  /// --palette, of which this only takes the file.
+  [[nodiscard]] const PaletteArgument& Palette() const { return palette_; }
+
  private:
   std::string shape_;
   std::string offset_;
-  std::string palettePath_;
+  PaletteArgument palette_;
   std::string masks_;
   bool topDown_ = false;
 };

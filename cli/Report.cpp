@@ -29,6 +29,9 @@ bool TakesTruncated(const Circumstances& at, std::string_view /*unused*/) {
 bool MayBeRaw(const Circumstances& at, std::string_view problem) {
   return at.isLoading && !at.isRaw && problem.find("it begins with the bytes") != std::string_view::npos;
 }
+bool FitsPngIcon(const Circumstances& /*unused*/, std::string_view problem) {
+  return problem.find("PNG pages") != std::string_view::npos;
+}
 /// The limit is not all that memory can run out of.
 bool IsOverLimit(const Circumstances& /*unused*/, std::string_view problem) {
   return problem.find("memory limit") != std::string_view::npos;
@@ -38,6 +41,7 @@ constexpr Hint kHints[] = {
     {VX_READ_ERROR, TakesTruncated, "--allow-truncated takes what is there of a file that ends early"},
     {VX_BAD_FORMAT, MayBeRaw, "pixel data without a header is described with --raw WIDTHxHEIGHTxBITS"},
     {VX_NO_MEMORY, IsOverLimit, "--memory-limit SIZE sets how much memory a picture may take, such as 4G"},
+    {VX_BAD_DIMENSIONS, FitsPngIcon, "--to png-icon makes such an icon"},
     {VX_NO_FILTER, Always, "VX_FILTER_PATH may name the folder that holds the filter"},
 };
 

@@ -44,9 +44,14 @@ std::string Resolve(const char* path) {
 }
 
 /// A name that no other save of this process, or of another one alive, uses.
-std::string UnfinishedName(const std::string& folder) {
+std::string UnfinishedName(std::string folder) {
   static std::atomic<unsigned int> count{0};
-  return folder + ".vx-" + std::to_string(getpid()) + "-" + std::to_string(++count);
+  return folder.append(".vx-").append(std::to_string(getpid())).append("-").append(std::to_string(++count));
+}
+
+/// The way to a file without a name.
+std::string LinkTo(int descriptor) {
+  return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
 }  // namespace
@@ -70,8 +75,7 @@ int Replacement::OpenUnnamed() {
   });
   if (descriptor < 0) return -1;
   // It is named through /proc in the end; without one it had better have a name from the start.
-  const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
-  if (access(link.c_str(), F_OK) == 0) return descriptor;
+  if (access(LinkTo(descriptor).c_str(), F_OK) == 0) return descriptor;
   close(descriptor);
   errno = EOPNOTSUPP;
   return -1;
@@ -129,7 +133,7 @@ bool Replacement::TakeOverOwnerAndMode() const noexcept {
 
 bool Replacement::GiveName() {
   if (!name_.empty()) return true;
-  const std::string link = "/proc/self/fd/" + std::to_string(file_.descriptor);
+  const std::string link = LinkTo(file_.descriptor);
   std::string name;
   int result = -1;
   do {

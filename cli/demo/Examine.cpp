@@ -10,7 +10,6 @@
 
 #include "Errors.h"
 #include "Input.h"
-#include "Output.h"
 #include "RawArguments.h"
 #include "Text.h"
 
@@ -32,7 +31,7 @@ Failure ToFailure(const vx::Error& error, const std::string& file) {
 void Convert(const vx::Source& source, const vx_load_options& options, const std::filesystem::path& path,
              PageResult& result) {
   const vx::Bitmap bitmap = source.Load(options);
-  cli::WriteWhole(path.c_str(), bitmap.EncodePng().Bytes());
+  bitmap.Save(path.string(), vx::SaveOptions(VX_FORMAT_PNG));
   result.width = bitmap.Describe().width;
   result.height = bitmap.Describe().height;
   result.picture = path.filename().string();

@@ -6,13 +6,13 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "Collect.h"
 #include "Errors.h"
 #include "Examine.h"
-#include "Output.h"
 #include "Page.h"
 #include "Text.h"
 
@@ -25,8 +25,10 @@ constexpr const char* kPictureFolder = "pictures";
 constexpr uint64_t kMemoryLimit = uint64_t{256} << 20;
 
 void WritePage(const fs::path& folder, const std::vector<demo::FileResult>& results) {
-  const std::string html = demo::RenderPage(results, kPictureFolder);
-  cli::WriteWhole((folder / "index.html").c_str(), std::vector<uint8_t>(html.begin(), html.end()));
+  const fs::path path = folder / "index.html";
+  std::ofstream page(path, std::ios::binary);
+  page << demo::RenderPage(results, kPictureFolder) << std::flush;
+  if (!page) throw cli::FileError::FromErrno(VX_WRITE_ERROR, path.string(), "cannot write");
 }
 
 struct Arguments {

@@ -65,6 +65,63 @@ TEST_F(CommandLineTest, ConvertsEverySampleToItsPicture) {
   }
 }
 
+TEST_F(CommandLineTest, ConvertsToEveryFormatAndBack) {
+  // By name, by word, and what is said of it; the last is what comes back.
+  struct Way {
+    const char* arguments;
+    const char* kind;
+    const char* said;
+    bool isLossless;
+  };
+  constexpr Way kWays[] = {
+      {"out.bmp", "Windows bitmap", "transparency is lost", false},
+      {"out.bmp --to rle --bits 8", "Windows bitmap, run-length coded", "transparency is lost", false},
+      {"out.x --to os2", "OS/2 1.x bitmap", "transparency is lost", false},
+      {"out.x --to os2v2 --bits 4 --dither none", "OS/2 2.x or long-header bitmap", "transparency is lost",
+       false},
+      {"out.x --to bmp --565", "Windows bitmap", "transparency is lost", false},
+      {"out.ICO", "icon", "--to png-icon", false},
+      {"out.cur --bits 8 --palette fixed", "cursor", "--to png-icon", false},
+      {"out.ico --to png-icon", "icon with PNG or 256-pixel pages", "", true},
+      {"out.png", "PNG", "", true},
+      {"out.png --bits 24", "PNG", "--bits 32", false}};
+  const samples::Sample& sample = SampleNamed("icon-32bit.ico");
+  shell.Write("in.ico", sample.bytes);
+  for (const Way& way : kWays) {
+    SCOPED_TRACE(way.arguments);
+    const std::string out = std::string(way.arguments).substr(0, std::string(way.arguments).find(' '));
+    const Outcome outcome = shell.Run(std::string("vxbmp convert in.ico ") + way.arguments);
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_EQ(outcome.err.empty(), *way.said == '\0') << outcome.err;
+    EXPECT_TRUE(Mentions(outcome.err, way.said)) << outcome.err;
+    const Outcome info = shell.Run("vxbmp info --json " + out);
+    EXPECT_TRUE(Mentions(info.out, std::string("\"") + way.kind + "\"")) << info.out << info.err;
+    ASSERT_EQ(shell.Run("vxbmp convert " + out + " again.png").code, 0);
+    EXPECT_EQ(DecodePng(shell.Read("again.png")) == sample.rgba, way.isLossless);
+  }
+}
+
+TEST_F(CommandLineTest, RefusesWhatAFormatCannotHoldBeforeAnythingIsWritten) {
+  Provide("win-24bit.bmp");
+  shell.Write("wide.raw", std::vector<uint8_t>(300));
+  const Names before = shell.Names();
+  const std::pair<const char*, const char*> usages[] = {
+      {"out.ico --bits 32", "1, 4, 8, 24"}, {"out.bmp --to rle --bits 16", "1, 4, 8, 24"},
+      {"out.bmp --bits 2", "16, 24, 32"},   {"out.ico --565", "--565"},
+      {"out.bmp --bits 8 --565", "--565"},  {"out.gif", "--to"},
+      {"out.bmp --to gif", "os2v2"},        {"out.bmp --dither some", "diffuse"},
+      {"out.bmp --palette web", "--raw"},   {"out.bmp --palette auto --palette fixed", "once"}};
+  for (const auto& [arguments, word] : usages) {
+    const Outcome outcome = shell.Run(std::string("vxbmp convert win-24bit.bmp ") + arguments);
+    EXPECT_EQ(outcome.code, 2) << arguments;
+    EXPECT_TRUE(Mentions(outcome.err, word)) << outcome.err;
+  }
+  const Outcome large = shell.Run("vxbmp convert wide.raw out.ico --raw 256x1x8");
+  EXPECT_EQ(large.code, 1);
+  EXPECT_TRUE(Mentions(large.err, "hint: --to png-icon")) << large.err;
+  EXPECT_EQ(shell.Names(), before);
+}
+
 TEST_F(CommandLineTest, InfoListsWhatItCanAndNamesTheRest) {
   Provide("icon-sizes.ico");
   Provide("win-rle8.bmp");
