@@ -106,8 +106,9 @@ std::vector<Color> ChoosePalette(ColorRows& rows, Pixels which, std::size_t limi
     boxes.push_back(BoxOf(worst.cells.subspan(worst.firstPart)));
     std::push_heap(boxes.begin(), boxes.end(), byGain);
   }
-  std::vector<Color> palette;
-  for (const Box& box : boxes) palette.push_back(Total(box.cells).MeanColor());
+  std::vector<Color> palette(boxes.size());
+  std::transform(boxes.begin(), boxes.end(), palette.begin(),
+                 [](const Box& box) { return Total(box.cells).MeanColor(); });
   std::sort(palette.begin(), palette.end());
   palette.erase(std::unique(palette.begin(), palette.end()), palette.end());
   return palette;
