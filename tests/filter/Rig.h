@@ -17,6 +17,7 @@ struct Filter {
   int (*readRaw)(_LOADDISPATCH*, HANDLE, int, int, int, int, int, unsigned short);
   int (*isPng)(unsigned char*);
   int (*save)(_SAVEDISPATCH*);
+  int (*deletePage)(_DELETEPAGEDISPATCH*);
   _BITMAPHANDLE* (*createMask)(_BITMAPHANDLE*);
   void (*freeMask)(_BITMAPHANDLE*);
   void (*invert)(unsigned char*, unsigned int);

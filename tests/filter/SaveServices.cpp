@@ -26,7 +26,8 @@ int VX_RedirectedWrite(HANDLE file, const void* buffer, unsigned int count) {
   const auto failure = Kernel().Happens(Kind::kWrite, "write", {file->position, count});
   const std::uint32_t stored = failure ? count / 2 : count;
   Bytes& bytes = Kernel().file;
-  bytes.resize(std::max<std::size_t>(bytes.size(), std::size_t{file->position} + stored));
+  const std::size_t end = std::size_t{file->position} + stored;
+  bytes.resize(count == 0 && !failure ? end : std::max(bytes.size(), end));
   std::copy_n(static_cast<const std::uint8_t*>(buffer), stored, bytes.begin() + file->position);
   file->position += stored;
   return failure ? *failure : static_cast<int>(count);

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "Rig.h"
+#include "SaveRig.h"
 
 namespace {
 
@@ -25,51 +25,6 @@ bool Admits(int format, int bits) {
 bool HasMask(int format) {
   return format == FMT_ICO || format == FMT_CUR;
 }
-
-class SaveRig {
- public:
-  SaveRig(int format, int bits, int width, int height) {
-    bitmap.Width = width;
-    bitmap.Height = height;
-    bitmap.BitsPerPixel = 24;
-    bitmap.ColorOrder = ORDER_BGR;
-    bitmap.Orientation = ORIENT_BOTTOM_UP;
-    dispatch.FileName = FakeKernel::kFileName;
-    dispatch.Bitmap = &bitmap;
-    dispatch.BitsPerPixel = bits;
-    dispatch.Format = format;
-    dispatch.ConvertArg1 = 11;
-    dispatch.ConvertArg2 = 12;
-    dispatch.SaveOptions = &options;
-    dispatch.BeginSave = FakeBeginSave;
-    dispatch.GetSaveRow = FakeGetSaveRow;
-    dispatch.EndSave = FakeEndSave;
-    dispatch.SaveToMemory = FakeSaveToMemory;
-    kernel.saved.converted.BytesPerLine = RowSize();
-    kernel.saved.converted.XResolution = 96;
-    kernel.saved.converted.YResolution = 300;
-    kernel.saved.maskBytesPerLine = MaskRowSize();
-    for (int i = 0; i < 256; ++i) {
-      const auto byte = static_cast<unsigned char>(i);
-      kernel.saved.saveFile.Palette[i] = {byte, static_cast<unsigned char>(255 - i), 7, 0};
-    }
-  }
-
-  int Save() {
-    kernel.StartCall();
-    const int status = TheFilter().save(&dispatch);
-    EXPECT_EQ(kernel.Verdict(), "");
-    return status;
-  }
-
-  [[nodiscard]] int RowSize() const { return (bitmap.Width * dispatch.BitsPerPixel + 31) / 32 * 4; }
-  [[nodiscard]] int MaskRowSize() const { return (bitmap.Width + 31) / 32 * 4; }
-
-  FakeKernel kernel;
-  _BITMAPHANDLE bitmap{};
-  SAVEOPTIONS options{};
-  _SAVEDISPATCH dispatch{};
-};
 
 // ---- the model: a file built from what was asked for
 
@@ -394,17 +349,6 @@ TEST(Save, APngIconIsOneEntryAndTheStream) {
   EXPECT_EQ(ended({Kind::kEncode, 1, false, 0}), "0: close");
   EXPECT_EQ(ended({Kind::kWrite, 2, false, 0}), "-5: free block, close");
   EXPECT_EQ(ended({Kind::kWrite, 3, false, 0}), "-5: close, unlock, free block");
-}
-
-TEST(Save, PagesOfExistingFilesAreNotEdited) {
-  const std::pair<unsigned, int> requests[] = {{SAVE_PAGE_REPLACE, 1}, {SAVE_PAGE_INSERT, 0}, {0, 2}};
-  for (const auto& [flags, page] : requests) {
-    SaveRig rig(FMT_ICO, 8, 16, 16);
-    rig.options.Flags = flags;
-    rig.options.PageNumber = page;
-    EXPECT_EQ(rig.Save(), STATUS_NOT_SUPPORTED);
-    EXPECT_EQ(rig.kernel.LastEvent(), Kind::kKinds);
-  }
 }
 
 TEST(Save, MasksAloneAndInvertedBytes) {

@@ -12,3 +12,7 @@ int fltLoad(_LOADDISPATCH* dispatch) {
 int fltSave(_SAVEDISPATCH* dispatch) {
   return dispatch == nullptr ? STATUS_BAD_PARAMETER : fltSaveBMP(dispatch);
 }
+
+int fltDeletePage(_DELETEPAGEDISPATCH* dispatch) {
+  return dispatch == nullptr ? STATUS_BAD_PARAMETER : fltDeletePageBMP(dispatch);
+}

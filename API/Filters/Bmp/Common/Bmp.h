@@ -11,6 +11,7 @@ extern "C" {
 VXBMP_EXPORT int fltInfo(_INFODISPATCH* dispatch);
 VXBMP_EXPORT int fltLoad(_LOADDISPATCH* dispatch);
 VXBMP_EXPORT int fltSave(_SAVEDISPATCH* dispatch);
+VXBMP_EXPORT int fltDeletePage(_DELETEPAGEDISPATCH* dispatch);
 }
 
 /// Identifies the open file of the record and fills its FileInfo; clamps LoadOptions->PageNumber.
@@ -64,10 +65,12 @@ VXBMP_EXPORT int fltSave(_SAVEDISPATCH* dispatch);
 /// Bytes of a stored row, padded to a multiple of 4; 0 for an unknown depth. The height is not looked at.
 [[nodiscard]] VXBMP_EXPORT int GetBytesPerLine(int bitsPerPixel, int width, int height);
 
-/// Saves the image of the record as a new file. An existing file is written over, not made shorter; on a
-/// failure it stays as far as it was written. The record's Format and Flags change as documented there.
+/// Saves the image of the record as a new file or, where the page options ask for that, as a page of an icon
+/// or cursor file. An existing file is written over, not made shorter; on a failure it stays as far as it was
+/// written. The record's Format and Flags change as documented there.
 /// @return STATUS_OK; STATUS_NOT_SUPPORTED, STATUS_BAD_BPP or STATUS_BAD_DIMENSIONS before anything is
-/// touched; STATUS_OPEN_WRITE_ERROR, STATUS_WRITE_ERROR, STATUS_NO_MEMORY, or what a callback answered
+/// touched; STATUS_OPEN_WRITE_ERROR, STATUS_WRITE_ERROR, STATUS_NO_MEMORY, AddPage's, or what a callback
+/// answered
 [[nodiscard]] VXBMP_EXPORT int fltSaveBMP(_SAVEDISPATCH* dispatch);
 
 /// Writes what stands before the rows of a new file, at the position of `file`, which stays open.
@@ -92,3 +95,25 @@ VXBMP_EXPORT void InvertBuffer(unsigned char* buffer, unsigned int count);
 /// Writes a new icon file whose one page is the image of the record as a PNG stream.
 /// @return STATUS_OK; STATUS_OPEN_WRITE_ERROR, STATUS_WRITE_ERROR, or what SaveToMemory answered
 [[nodiscard]] VXBMP_EXPORT int OverwriteVistaIcon(_SAVEDISPATCH* dispatch);
+
+/// Makes the image of the record a page of the icon or cursor file that it names, as SaveOptions say: a new
+/// entry in the directory, or another content of one. The body is appended, and no body is removed. Nothing
+/// is rolled back on a failure.
+/// @param kind not looked at
+/// @return STATUS_OK; STATUS_OPEN_WRITE_ERROR where there is no file or an empty one, STATUS_BAD_FORMAT where
+/// it ends in its first 6 bytes, STATUS_BAD_PAGE for a page below -1, one to replace where there is none, and
+/// one more than 65535, all with the file untouched; STATUS_WRITE_ERROR, STATUS_NO_MEMORY, or what a callback
+/// answered
+[[nodiscard]] VXBMP_EXPORT int AddPage(_SAVEDISPATCH* dispatch, int kind);
+
+/// Writes the entry at `entryOffset` of an icon file, and the image of the record as a PNG stream at its end.
+/// @param file open for reading and writing; closed here whatever happens
+/// @return STATUS_OK, STATUS_WRITE_ERROR, or what SaveToMemory answered
+[[nodiscard]] VXBMP_EXPORT int InsertVistaIcon(_SAVEDISPATCH* dispatch, HANDLE file,
+                                               unsigned int entryOffset);
+
+/// Removes a page of the icon or cursor file that the record names. Its body stays in the file. Nothing is
+/// rolled back on a failure.
+/// @return STATUS_OK; STATUS_OPEN_WRITE_ERROR, STATUS_BAD_PAGE, STATUS_LAST_PAGE for the only page, all with
+/// the file untouched; STATUS_WRITE_ERROR
+[[nodiscard]] VXBMP_EXPORT int fltDeletePageBMP(_DELETEPAGEDISPATCH* dispatch);

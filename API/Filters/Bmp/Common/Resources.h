@@ -54,19 +54,26 @@ struct OpenMode {
 inline constexpr OpenMode kForReading = {VX_OPEN_READ, 256};
 inline constexpr OpenMode kForNewImage = {VX_OPEN_CREATE, 128};
 inline constexpr OpenMode kForNewPngIcon = {VX_OPEN_CREATE, 256};
+inline constexpr OpenMode kForEditing = {VX_OPEN_UPDATE, 256};
 
 /// An open file.
 class File {
  public:
   File(const char* name, OpenMode mode) : handle_(VX_RedirectedOpen(name, mode.flags, mode.permission)) {}
-  ~File() {
-    if (IsOpen()) VX_RedirectedClose(handle_);
-  }
+  /// Takes over an open file.
+  explicit File(HANDLE handle) : handle_(handle) {}
+  ~File() { Close(); }
   File(const File&) = delete;
   File& operator=(const File&) = delete;
 
   [[nodiscard]] bool IsOpen() const { return handle_ != VX_INVALID_HANDLE; }
   [[nodiscard]] HANDLE Handle() const { return handle_; }
+  /// Hands the open file over.
+  [[nodiscard]] HANDLE Take() { return std::exchange(handle_, VX_INVALID_HANDLE); }
+
+  void Close() {
+    if (IsOpen()) VX_RedirectedClose(Take());
+  }
 
  private:
   HANDLE handle_;

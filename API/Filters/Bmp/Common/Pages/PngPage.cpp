@@ -7,6 +7,7 @@ namespace bmp {
 namespace {
 
 constexpr int kTrackedInNewFile = 3;
+constexpr int kTrackedInPage = 1;
 
 /// The stream, in a global memory block of the kernel's.
 class PngStream {
@@ -30,11 +31,14 @@ class PngStream {
 
   [[nodiscard]] uint32_t Size() const { return size_; }
 
-  /// Writes the stream where the file stands. It stays locked until it is freed.
-  [[nodiscard]] bool WriteTo(HANDLE file) {
-    const void* bytes = WinGlobalLock(memory_);
+  /// Gives the stream an address, for WriteTo. It stays locked until it is freed.
+  void Lock() {
+    bytes_ = WinGlobalLock(memory_);
     isLocked_ = true;
-    return bytes != nullptr && WriteExactly(file, bytes, size_);
+  }
+  /// Writes the stream where the file stands.
+  [[nodiscard]] bool WriteTo(HANDLE file) const {
+    return bytes_ != nullptr && WriteExactly(file, bytes_, size_);
   }
 
   void Free() {
@@ -46,6 +50,7 @@ class PngStream {
 
  private:
   void* memory_ = nullptr;
+  const void* bytes_ = nullptr;
   uint32_t size_ = 0;
   bool isOwned_ = false;
   bool isLocked_ = false;
@@ -79,5 +84,21 @@ int OverwriteVistaIcon(_SAVEDISPATCH* dispatch) {
     stream.Free();  // here before the file is closed
     return STATUS_WRITE_ERROR;
   }
+  stream.Lock();
   return stream.WriteTo(file.Handle()) ? STATUS_OK : STATUS_WRITE_ERROR;
+}
+
+int InsertVistaIcon(_SAVEDISPATCH* dispatch, HANDLE file, unsigned int entryOffset) {
+  bmp::PngStream stream;  // freed after the file is closed
+  const bmp::File owned(file);
+  const int status = stream.Encode(*dispatch, bmp::kTrackedInPage);
+  if (status != STATUS_OK) return status;
+  const auto end = static_cast<uint32_t>(VX_RedirectedSeek(file, 0, VX_SEEK_END));
+  bmp::GoTo(file, entryOffset);
+  if (!bmp::WriteBlock(file, bmp::EncodeEntry(bmp::EntryOf(*dispatch, stream.Size(), end)))) {
+    return STATUS_WRITE_ERROR;
+  }
+  stream.Lock();
+  VX_RedirectedSeek(file, 0, VX_SEEK_END);
+  return stream.WriteTo(file) ? STATUS_OK : STATUS_WRITE_ERROR;
 }

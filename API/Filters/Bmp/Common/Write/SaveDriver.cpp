@@ -1,5 +1,5 @@
 // The save driver: refuses what a format cannot hold before anything is touched, then writes a new file with
-// one image.
+// one image, or has the image made a page of an old one.
 #include <SaveRules.h>
 
 #include "../Bmp.h"
@@ -97,7 +97,10 @@ int fltSaveBMP(_SAVEDISPATCH* dispatch) {
   dispatch->Format = contract::FormatToSave(dispatch->Format, dispatch->BitsPerPixel);
   dispatch->Flags |= bmp::ConversionFlags(*dispatch);
   if (contract::IsIconFormat(dispatch->Format)) {
-    if (bmp::AsksForPage(*dispatch->SaveOptions)) return STATUS_NOT_SUPPORTED;
+    if (bmp::AsksForPage(*dispatch->SaveOptions)) {
+      const int added = AddPage(dispatch, contract::SaveRuleOf(dispatch->Format).type);
+      if (added != STATUS_OPEN_WRITE_ERROR) return added;  // without a file to edit there will be a new one
+    }
     if (dispatch->Format == FMT_VISTA_ICO) return OverwriteVistaIcon(dispatch);
   }
   return bmp::WriteNewFile(*dispatch, contract::SaveRuleOf(dispatch->Format).type);

@@ -1,0 +1,118 @@
+// A page more in a file that exists, or another one in the place of an old one. Only the directory changes in
+// the middle of the file: bodies are appended, and that of a replaced page stays.
+#include "../Bmp.h"
+#include "../Format/HeaderEncoding.h"
+#include "../Format/PageSlot.h"
+#include "../Resources.h"
+#include "../Write/Conversion.h"
+#include "../Write/IconMasks.h"
+#include "../Write/RowWriter.h"
+#include "Directory.h"
+
+namespace bmp {
+namespace {
+
+/// Sizes of the body that a page gets.
+class PageBody {
+ public:
+  PageBody(const _SAVEDISPATCH& dispatch, const _BITMAPHANDLE& converted)
+      : bitmap_(*dispatch.Bitmap), bitsPerPixel_(dispatch.BitsPerPixel), converted_(converted) {}
+
+  [[nodiscard]] uint32_t TableSize() const {
+    const uint32_t entries = HasPalette(bitsPerPixel_) ? PaletteSize(bitsPerPixel_) : 0;
+    return static_cast<uint32_t>(sizeof(RGBQUAD)) * entries;
+  }
+  [[nodiscard]] uint32_t RowsSize() const {
+    const uint32_t rowSize = RowSize(converted_.BitsPerPixel, converted_.Width);
+    return (rowSize + RowSize(1, bitmap_.Width)) * Height();
+  }
+  [[nodiscard]] ICONDIRENTRY Entry(uint32_t offset) const {
+    return {.Width = EntrySide(bitmap_.Width),
+            .Height = EntrySide(bitmap_.Height),
+            .ColorCount = EntryColorCount(bitsPerPixel_),
+            .Reserved = 0,
+            .Planes = 0,
+            .BitCount = 0,
+            .BytesInRes = kInfoHeaderSize + TableSize() + RowsSize(),
+            .ImageOffset = offset};
+  }
+  [[nodiscard]] NewHeader Header() const {
+    return {.width = static_cast<uint32_t>(bitmap_.Width),
+            .height = 2 * Height(),
+            .bitCount = static_cast<uint16_t>(bitsPerPixel_),
+            .imageSize = RowsSize()};
+  }
+
+ private:
+  [[nodiscard]] uint32_t Height() const { return static_cast<uint32_t>(bitmap_.Height); }
+
+  const _BITMAPHANDLE& bitmap_;
+  int bitsPerPixel_;
+  const _BITMAPHANDLE& converted_;
+};
+
+/// Closes a file that was opened before what must outlive it.
+class ClosedFirst {
+ public:
+  explicit ClosedFirst(File& file) : file_(file) {}
+  ~ClosedFirst() { file_.Close(); }
+  ClosedFirst(const ClosedFirst&) = delete;
+  ClosedFirst& operator=(const ClosedFirst&) = delete;
+
+ private:
+  File& file_;
+};
+
+bool WriteBodyStart(HANDLE file, const PageBody& body, const _SAVEFILESTRUCT& saveFile) {
+  if (VX_RedirectedSeek(file, 0, VX_SEEK_END) == -1) return false;
+  if (!WriteBlock(file, EncodeHeader<kInfoHeaderSize>(body.Header()))) return false;
+  return body.TableSize() == 0 || WriteExactly(file, saveFile.Palette, body.TableSize());
+}
+
+/// Writes the entry into its slot and the body at the end. What was acquired goes in the reverse of the order
+/// in which it is declared here.
+int WritePage(_SAVEDISPATCH& dispatch, File& file, uint32_t slot) {
+  const Conversion conversion(dispatch);
+  RowWriter rows(*dispatch.Bitmap, conversion, RowForm::kPlain);
+  Mask mask;
+  const ClosedFirst closed(file);
+  if (conversion.Status() < STATUS_OK) return conversion.Status();
+  if (!mask.Make(dispatch.Bitmap)) return STATUS_NO_MEMORY;
+
+  const PageBody body(dispatch, conversion.Image());
+  const int end = VX_RedirectedSeek(file.Handle(), 0, VX_SEEK_END);
+  const ICONDIRENTRY entry = body.Entry(static_cast<uint32_t>(end));
+  if (end == -1 || !SeekTo(file.Handle(), slot) || !WriteBlock(file.Handle(), EncodeEntry(entry))) {
+    return STATUS_WRITE_ERROR;
+  }
+  int status = rows.Prepare();
+  if (status != STATUS_OK) return status;
+  if (!WriteBodyStart(file.Handle(), body, conversion.SaveFile())) return STATUS_WRITE_ERROR;
+  if (conversion.Status() != STATUS_OK) return conversion.Status();
+  status = rows.WriteColorRows(file.Handle());
+  return status == STATUS_OK ? rows.WriteMaskRows(file.Handle(), mask.Record()) : status;
+}
+
+}  // namespace
+}  // namespace bmp
+
+int AddPage(_SAVEDISPATCH* dispatch, int /*kind*/) {
+  bmp::File file(dispatch->FileName, bmp::kForEditing);
+  if (!file.IsOpen()) return STATUS_OPEN_WRITE_ERROR;
+  bmp::Block<bmp::kDirectorySize> bytes;
+  const int read = VX_RedirectedRead(file.Handle(), bytes.data(), bmp::kDirectorySize);
+  if (read <= 0) return STATUS_OPEN_WRITE_ERROR;  // there is no file yet to speak of
+  if (read < static_cast<int>(bmp::kDirectorySize)) return STATUS_BAD_FORMAT;
+
+  const int count = bmp::DecodeDirectory(bytes).Count;
+  const SAVEOPTIONS& options = *dispatch->SaveOptions;
+  const bmp::PageSlot slot = bmp::FindPageSlot(dispatch->Flags, options.Flags, options.PageNumber, count);
+  if (slot.page == 0) return STATUS_BAD_PAGE;
+  if (slot.isNew) {
+    const int status = bmp::OpenSlot(file.Handle(), slot.page, count);
+    if (status != STATUS_OK) return status;
+  }
+  const uint32_t offset = bmp::EntryOffset(slot.page);
+  if (dispatch->Format == FMT_VISTA_ICO) return InsertVistaIcon(dispatch, file.Take(), offset);
+  return bmp::WritePage(*dispatch, file, offset);
+}

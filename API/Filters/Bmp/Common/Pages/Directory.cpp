@@ -1,0 +1,52 @@
+#include "Directory.h"
+
+#include "../Format/HeaderEncoding.h"
+#include "../Resources.h"
+#include "BlockMove.h"
+
+namespace bmp {
+namespace {
+
+/// Adds `distance` to where a page's body is. An entry that cannot be reached or read stays as it is.
+/// @return false when it cannot be written
+bool MoveBody(HANDLE file, int page, uint32_t distance) {
+  const uint32_t offset = EntryOffset(page);
+  Block<kEntrySize> bytes;
+  if (!SeekTo(file, offset) || !ReadBlock(file, bytes)) return true;
+  ICONDIRENTRY entry = DecodeEntry(bytes);
+  entry.ImageOffset += distance;
+  return SeekTo(file, offset) && WriteBlock(file, EncodeEntry(entry));
+}
+
+/// Adds to the directory's count, which is only believed when it can be read once more.
+bool Count(HANDLE file, int difference) {
+  Block<kDirectorySize> bytes;
+  if (!SeekTo(file, 0) || !ReadBlock(file, bytes)) return false;
+  ICONDIR directory = DecodeDirectory(bytes);
+  directory.Count = static_cast<uint16_t>(static_cast<int>(directory.Count) + difference);
+  return SeekTo(file, 0) && WriteBlock(file, EncodeDirectory(directory));
+}
+
+}  // namespace
+
+int OpenSlot(HANDLE file, int page, int count) {
+  const uint32_t slot = EntryOffset(page);
+  BlockMove(file, slot, slot + kEntrySize);
+  for (int each = 1; each <= count + 1; ++each) {
+    if (each != page) static_cast<void>(MoveBody(file, each, kEntrySize));
+  }
+  return Count(file, 1) ? STATUS_OK : STATUS_WRITE_ERROR;
+}
+
+int CloseSlot(HANDLE file, int page, int count) {
+  const int slot = VX_RedirectedSeek(file, static_cast<int>(EntryOffset(page)), VX_SEEK_START);
+  if (slot == -1) return STATUS_WRITE_ERROR;
+  BlockMove(file, static_cast<uint32_t>(slot) + kEntrySize, static_cast<uint32_t>(slot));
+  if (!Count(file, -1)) return STATUS_WRITE_ERROR;
+  for (int each = 1; each < count; ++each) {
+    if (!MoveBody(file, each, 0U - kEntrySize)) return STATUS_WRITE_ERROR;
+  }
+  return STATUS_OK;
+}
+
+}  // namespace bmp
