@@ -67,6 +67,7 @@ int OpenFilter(const std::string& path, Filter* filter) {
   if (library == nullptr) return Fail(VX_NO_FILTER, "the filter cannot be loaded: ", dlerror());
   Filter found;
   const char* missing = nullptr;
+  if (!FindEntry(library, "fltDeletePage", &found.deletePage)) missing = "fltDeletePage";
   if (!FindEntry(library, "fltSave", &found.save)) missing = "fltSave";
   if (!FindEntry(library, "fltLoad", &found.load)) missing = "fltLoad";
   if (!FindEntry(library, "fltInfo", &found.info)) missing = "fltInfo";

@@ -10,6 +10,7 @@ struct Filter {
   int (*info)(_INFODISPATCH*) = nullptr;
   int (*load)(_LOADDISPATCH*) = nullptr;
   int (*save)(_SAVEDISPATCH*) = nullptr;
+  int (*deletePage)(_DELETEPAGEDISPATCH*) = nullptr;
 };
 
 /// @return STATUS_OK and the filter in *filter, or VX_NO_FILTER with a detail of what was tried. A failure is

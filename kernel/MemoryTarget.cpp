@@ -44,6 +44,27 @@ std::int64_t MemoryTarget::WriteAt(const void* buffer, std::uint32_t count, std:
   return count;
 }
 
+bool MemoryTarget::Assign(const std::uint8_t* bytes, std::size_t size) noexcept {
+  if (!Reserve(size)) return false;
+  std::memcpy(bytes_.get(), bytes, size);
+  size_ = size;
+  return true;
+}
+
+int MemoryTarget::ReadFrom(const Backend& backend, void* file) noexcept {
+  const std::int64_t size = backend.functions.size(backend.user, file);
+  if (size < 0) return STATUS_READ_ERROR;
+  if (!Resize(static_cast<std::uint64_t>(size))) return STATUS_NO_MEMORY;
+  for (std::size_t done = 0; done < size_;) {
+    constexpr std::size_t kMostAtOnce = 1 << 30;
+    const auto count = static_cast<std::uint32_t>(std::min(size_ - done, kMostAtOnce));
+    const std::int64_t got = backend.functions.read_at(backend.user, file, bytes_.get() + done, count, done);
+    if (got <= 0 || got > count) return STATUS_READ_ERROR;
+    done += static_cast<std::size_t>(got);
+  }
+  return STATUS_OK;
+}
+
 memory::Bytes MemoryTarget::Take() noexcept {
   size_ = 0;
   capacity_ = 0;

@@ -15,6 +15,11 @@ class MemoryTarget {
   /// A backend whose every open gives this file, for reading and writing. It must not outlive the target.
   [[nodiscard]] Backend AsBackend() noexcept;
 
+  /// Takes `size` bytes in place of its own. @return whether there was memory
+  [[nodiscard]] bool Assign(const std::uint8_t* bytes, std::size_t size) noexcept;
+  /// Reads a whole file in place of its own bytes. @return STATUS_OK, STATUS_NO_MEMORY or STATUS_READ_ERROR
+  [[nodiscard]] int ReadFrom(const Backend& backend, void* file) noexcept;
+
   [[nodiscard]] std::size_t Size() const noexcept { return size_; }
   [[nodiscard]] const std::uint8_t* Data() const noexcept { return bytes_.get(); }
   /// Hands the bytes over; the target is empty then.

@@ -2,6 +2,7 @@
 // encode it.
 #include "Picture.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "Errors.h"
@@ -55,6 +56,40 @@ vxkrn::PngPicture PngOf(const vx_bitmap& bitmap) {
 }
 
 }  // namespace
+
+int vx_bitmap_from_rgba(int width, int height, const uint8_t* rgba, vx_bitmap** bitmap) {
+  return vxkrn::Guarded([&]() -> int {
+    if (bitmap != nullptr) *bitmap = nullptr;
+    if (rgba == nullptr || bitmap == nullptr) {
+      return vxkrn::Fail(VX_BAD_PARAMETER, "the pixels and the place for the bitmap must be given");
+    }
+    const auto isSide = [](int side) { return side >= 1 && side <= vxkrn::kMaxSide; };
+    if (!isSide(width) || !isSide(height)) {
+      return vxkrn::Fail(VX_BAD_DIMENSIONS, width, " x ", height, " pixels; a side can have 1 to ",
+                         vxkrn::kMaxSide);
+    }
+    const std::uint64_t bytes = vxkrn::PictureBytes(width, height, 32);
+    if (!vxkrn::memory::Fits(bytes)) return vxkrn::FailForMemory("the picture", bytes);
+    auto made = vxkrn::memory::Make<vx_bitmap>({"kernel/Picture", __LINE__});
+    if (made == nullptr) return vxkrn::FailForMemory("a bitmap record", sizeof(vx_bitmap));
+    _BITMAPHANDLE* record = &made->record;
+    int status = VX_InitBitmap(record, sizeof *record, width, height, 32);
+    if (status == STATUS_OK) status = VX_AllocateBitmap(record, 1);
+    if (status != STATUS_OK) return vxkrn::FailForMemory("the picture", bytes);
+    record->Orientation = ORIENT_TOP_DOWN;
+    const auto count = static_cast<std::size_t>(width);
+    for (int row = 0; row < height; ++row, rgba += 4 * count) {
+      const auto* pixels = reinterpret_cast<const vxkrn::Rgba*>(rgba);
+      const std::span<const vxkrn::Rgba> all(pixels, count);
+      vxkrn::Pack32(all, true, vxkrn::StoredRow(*record, row));
+      const bool isOpaque =
+          std::all_of(all.begin(), all.end(), [](vxkrn::Rgba pixel) { return pixel.alpha == 255; });
+      if (!isOpaque) record->Flags |= vxkrn::kBitmapHasAlpha;
+    }
+    *bitmap = made.release();
+    return VX_OK;
+  });
+}
 
 int vx_bitmap_describe(const vx_bitmap* bitmap, vx_bitmap_info* info) {
   vxkrn::BeginCall();

@@ -120,6 +120,17 @@ Backend Replacement::AsBackend() noexcept {
   return backend;
 }
 
+int Replacement::Fill(const std::uint8_t* bytes, std::size_t size) {
+  std::size_t done = 0;
+  while (done < size) {
+    const ssize_t stored = Uninterrupted(
+        [&] { return pwrite(file_.descriptor, bytes + done, size - done, static_cast<off_t>(done)); });
+    if (stored < 0) return FailToWrite(errno);
+    done += static_cast<std::size_t>(stored);
+  }
+  return STATUS_OK;
+}
+
 /// A file that cannot be given to its old owner must not act in the new one's name.
 bool Replacement::TakeOverOwnerAndMode() const noexcept {
   if (!exists_) return true;

@@ -26,6 +26,8 @@ class Replacement {
   /// Whether the path is a device, a pipe or the like, which cannot be replaced: only written to. Nothing is
   /// open then.
   [[nodiscard]] bool IsStream() const noexcept { return isStream_; }
+  /// Writes the whole content. @return STATUS_OK, or STATUS_WRITE_ERROR with its detail set
+  [[nodiscard]] int Fill(const std::uint8_t* bytes, std::size_t size);
   /// A backend whose every open gives the new file, for reading and writing.
   [[nodiscard]] Backend AsBackend() noexcept;
   /// Stores the new file and moves it to its place. @return STATUS_OK, or STATUS_WRITE_ERROR with its detail

@@ -79,6 +79,13 @@ class Bitmap {
   /// Takes ownership.
   explicit Bitmap(vx_bitmap* bitmap) noexcept : bitmap_(bitmap) {}
 
+  /// Takes 4 x width bytes a row, the top one first: red, green, blue, alpha.
+  [[nodiscard]] static Bitmap FromRgba(int width, int height, const std::uint8_t* rgba) {
+    vx_bitmap* bitmap = nullptr;
+    Check(vx_bitmap_from_rgba(width, height, rgba, &bitmap));
+    return Bitmap(bitmap);
+  }
+
   [[nodiscard]] vx_bitmap_info Describe() const {
     vx_bitmap_info info;
     Check(vx_bitmap_describe(bitmap_.get(), &info));
@@ -171,6 +178,18 @@ class Source {
     options.page = page;
     return Load(options);
   }
+  /// Where a page of an icon or cursor file lies.
+  [[nodiscard]] vx_page_info DescribePage(int page) const {
+    vx_page_info info;
+    Check(vx_page_describe(source_.get(), page, &info));
+    return info;
+  }
+  /// Bytes of an icon or cursor file that belong to no page.
+  [[nodiscard]] std::uint64_t UnreferencedBytes() const {
+    std::uint64_t bytes = 0;
+    Check(vx_unreferenced_bytes(source_.get(), &bytes));
+    return bytes;
+  }
   [[nodiscard]] vx_source* Get() const noexcept { return source_.get(); }
 
  private:
@@ -178,6 +197,42 @@ class Source {
     void operator()(vx_source* source) const noexcept { vx_close(source); }
   };
   std::unique_ptr<vx_source, Close> source_;
+};
+
+/// Edits of an icon or cursor file, which show in the file once they are committed. Options may be null.
+class Edit {
+ public:
+  /// @param flags vx_edit_flags
+  explicit Edit(const std::string& path, unsigned int flags = 0) {
+    vx_edit* edit = nullptr;
+    Check(vx_edit_open(path.c_str(), flags, &edit));
+    edit_.reset(edit);
+  }
+
+  [[nodiscard]] int PageCount() const {
+    int count = 0;
+    Check(vx_edit_page_count(edit_.get(), &count));
+    return count;
+  }
+  void Add(const Bitmap& bitmap, const vx_save_options* options = nullptr) {
+    Check(vx_edit_add(edit_.get(), bitmap.Get(), options));
+  }
+  void Insert(int page, const Bitmap& bitmap, const vx_save_options* options = nullptr) {
+    Check(vx_edit_insert(edit_.get(), page, bitmap.Get(), options));
+  }
+  void Replace(int page, const Bitmap& bitmap, const vx_save_options* options = nullptr) {
+    Check(vx_edit_replace(edit_.get(), page, bitmap.Get(), options));
+  }
+  void Delete(int page) { Check(vx_edit_delete(edit_.get(), page)); }
+  void SetHotSpot(int page, int x, int y) { Check(vx_edit_set_hot_spot(edit_.get(), page, x, y)); }
+  void Compact() { Check(vx_edit_compact(edit_.get())); }
+  void Commit() { Check(vx_edit_commit(edit_.get())); }
+
+ private:
+  struct Close {
+    void operator()(vx_edit* edit) const noexcept { vx_edit_close(edit); }
+  };
+  std::unique_ptr<vx_edit, Close> edit_;
 };
 
 }  // namespace vx

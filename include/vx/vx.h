@@ -194,6 +194,11 @@ typedef struct vx_bitmap_info {
   int has_region;    /**< nonzero: some pixels may be outside (transparent) */
 } vx_bitmap_info;
 
+/**
+ * Makes a 32-bit bitmap of `height` rows, the top one first, of 4 x width bytes each: red, green, blue,
+ * alpha. It has an alpha channel where some pixel is not opaque. The caller frees *bitmap.
+ */
+VX_API int vx_bitmap_from_rgba(int width, int height, const uint8_t* rgba, vx_bitmap** bitmap);
 VX_API int vx_bitmap_describe(const vx_bitmap* bitmap, vx_bitmap_info* info);
 /**
  * One row as stored: indices for 1 to 8 bits (leftmost pixel in the highest bits), little-endian
@@ -288,6 +293,66 @@ VX_API int vx_save_file(const vx_bitmap* bitmap, const char* path, const vx_save
 /** As vx_save_file, into memory. *bytes is freed with vx_free. */
 VX_API int vx_save_memory(const vx_bitmap* bitmap, const vx_save_options* options, uint8_t** bytes,
                           size_t* size);
+
+/* ---- Pages of icon and cursor files -----------------------------------------------------------------------
+ */
+
+/** Where one page lies in an icon or cursor file, by its directory. */
+typedef struct vx_page_info {
+  int is_png;      /**< nonzero: the body is a PNG stream */
+  uint32_t offset; /**< byte offset of the body */
+  uint32_t size;   /**< bytes of the body */
+  int hot_x;       /**< cursors: the pixel that points; 0 for icons */
+  int hot_y;
+} vx_page_info;
+
+/** Tells where a page lies. @return VX_BAD_FORMAT for files that are neither icons nor cursors */
+VX_API int vx_page_describe(vx_source* source, int page, vx_page_info* info);
+/** Counts the bytes of an icon or cursor file that belong to no page: what edits leave behind. */
+VX_API int vx_unreferenced_bytes(vx_source* source, uint64_t* bytes);
+
+/**
+ * Edits of one icon or cursor file, in the order in which they are made. They happen to a copy in memory;
+ * vx_edit_commit puts the edited file in the old one's place, so that it is the old one or the new one at
+ * every instant. Pages that are not edited stay as they are, bit for bit.
+ */
+typedef struct vx_edit vx_edit;
+
+typedef enum vx_edit_flags {
+  VX_EDIT_IN_PLACE = 1, /**< every edit goes to the file at once: a failure may leave it half edited. Files of
+                             vx_redirect_files are always edited so */
+  VX_EDIT_NEW = 2       /**< begin without pages; a file of that name is replaced when the edit is stored */
+} vx_edit_flags;
+
+/**
+ * Opens a file for editing. While it is open other edits of the file wait, for two seconds; then they fail
+ * with VX_OPEN_WRITE_ERROR. @param flags vx_edit_flags
+ */
+VX_API int vx_edit_open(const char* path, unsigned int flags, vx_edit** edit);
+/** Tells how many pages there are now. */
+VX_API int vx_edit_page_count(vx_edit* edit, int* count);
+/*
+ * The next three save a picture as a page. options may be null: the page is then a bitmap, or a PNG stream
+ * where an icon's picture has soft edges or a side of 256 pixels. Given options have a format of the file's
+ * type (VX_FORMAT_CUR for cursors, VX_FORMAT_ICO or VX_FORMAT_VISTA_ICO for icons), or 0 to have it chosen
+ * so. Pages count from 1, and those behind an inserted or deleted one change their numbers at once.
+ */
+/** Adds a page behind the last one. */
+VX_API int vx_edit_add(vx_edit* edit, const vx_bitmap* bitmap, const vx_save_options* options);
+/** Inserts a page so that it becomes page `page`, from 1 to the number of pages and one. */
+VX_API int vx_edit_insert(vx_edit* edit, int page, const vx_bitmap* bitmap, const vx_save_options* options);
+/** Replaces a page; a cursor's keeps its hot spot. The old body stays in the file until it is compacted. */
+VX_API int vx_edit_replace(vx_edit* edit, int page, const vx_bitmap* bitmap, const vx_save_options* options);
+/** Deletes a page; the only one of a file cannot go: VX_LAST_PAGE. Its body stays until it is compacted. */
+VX_API int vx_edit_delete(vx_edit* edit, int page);
+/** Sets the hot spot of a cursor's page, 0 to 65535 each. */
+VX_API int vx_edit_set_hot_spot(vx_edit* edit, int page, int x, int y);
+/** Drops the bytes that belong to no page. Bodies stay as they are, bit for bit, and in their order. */
+VX_API int vx_edit_compact(vx_edit* edit);
+/** Stores the edited file; after that, or after an edit that failed half way, it can only be closed. */
+VX_API int vx_edit_commit(vx_edit* edit);
+/** Ends the edit; without vx_edit_commit before it the file stays as it was. Null does nothing. */
+VX_API void vx_edit_close(vx_edit* edit);
 
 /* ---- The library
  * ------------------------------------------------------------------------------------------- */

@@ -1,0 +1,58 @@
+// The directory of an icon or cursor file: where its pages lie, what nobody refers to, and a file without
+// that. Knows how long an image body is, nothing else of it.
+#pragma once
+
+#include <vector>
+
+#include "MemoryTarget.h"
+
+namespace vxkrn {
+
+/// A directory, read whole.
+struct IconDirectory {
+  std::uint64_t fileSize = 0;
+  bool isCursor = false;
+  std::vector<ICONDIRENTRY> entries;
+
+  /// Where page `page`, from 1, has its entry.
+  [[nodiscard]] static std::uint64_t EntryOffset(int page) noexcept;
+};
+
+/// A run of a file's bytes.
+struct Extent {
+  std::uint64_t begin;
+  std::uint64_t end;
+};
+
+/// A file that is read in places.
+class IconReader {
+ public:
+  IconReader(const Backend& backend, const char* name) noexcept;
+  ~IconReader();
+  IconReader(const IconReader&) = delete;
+  IconReader& operator=(const IconReader&) = delete;
+
+  /// Throws std::bad_alloc. @return STATUS_OK, or a failure with its detail set that does not name the file
+  [[nodiscard]] int ReadDirectory(IconDirectory* directory) const;
+  [[nodiscard]] bool IsPng(const ICONDIRENTRY& entry) const noexcept;
+  /// The page's body as far as the file has it: what the directory says or, because readers go by that, what
+  /// the body's own header says if it is more.
+  [[nodiscard]] Extent BodyOf(const ICONDIRENTRY& entry, std::uint64_t fileSize) const noexcept;
+  /// All bodies in the order of the file; those that touch are one. Throws std::bad_alloc.
+  [[nodiscard]] std::vector<Extent> Bodies(const IconDirectory& directory) const;
+
+ private:
+  [[nodiscard]] bool ReadAt(std::uint64_t position, void* bytes, std::uint32_t count) const noexcept;
+
+  Backend backend_;
+  void* file_;
+};
+
+/// Bytes of the file that are neither directory nor body.
+[[nodiscard]] std::uint64_t UnreferencedBytes(const IconReader& reader, const IconDirectory& directory);
+
+/// Leaves the directory and the bodies, in their order and unchanged. Throws std::bad_alloc.
+/// @return STATUS_OK, or STATUS_BAD_FORMAT with its detail set where a body lies in the directory
+[[nodiscard]] int Compact(MemoryTarget* file);
+
+}  // namespace vxkrn

@@ -1,0 +1,345 @@
+// Editing icon and cursor files. A transaction is a copy of the file in memory, edited by the filter as it
+// edits any file, and a new file in the old one's place in the end. The filter trusts its caller about the
+// file, so everything it would have to ask is looked at here first.
+#include <SaveRules.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
+#include "Describe.h"
+#include "Errors.h"
+#include "FileLock.h"
+#include "FilterCalls.h"
+#include "IconFile.h"
+#include "Replacement.h"
+#include "Source.h"
+
+struct vx_edit {
+  std::string path;
+  bool inPlace = false;   ///< edits go to the file itself
+  bool isSpoilt = false;  ///< an edit failed half way
+  bool isDone = false;
+  vxkrn::FileLock lock;
+  vxkrn::Replacement replacement;
+  vxkrn::MemoryTarget copy;
+  vxkrn::Backend backend = {};  ///< where the edits go
+};
+
+namespace vxkrn {
+namespace {
+
+constexpr int kMostPages = 0xFFFF;
+constexpr int kMostHotSpot = 0xFFFF;
+
+/// Puts the file's name before the detail. @return status
+int NameFile(const vx_edit& edit, int status) {
+  const Text reason = Detail();
+  return Fail(status, edit.path, ": ", reason.CString());
+}
+
+bool AreSystemFiles(const Backend& backend) {
+  return backend.functions.open == kSystemBackend.functions.open;
+}
+
+int TakeCopy(vx_edit* edit) {
+  const int status = edit->copy.ReadFrom(kSystemBackend, edit->lock.File());
+  if (status == STATUS_OK) return status;
+  if (status == STATUS_NO_MEMORY) FailForMemory("a copy of it to edit", memory::LastRefusal());
+  if (status == STATUS_READ_ERROR) Fail(status, "it cannot be read");
+  return NameFile(*edit, status);
+}
+
+int CheckIsIcon(const vx_edit& edit) {
+  const IconReader reader(edit.backend, edit.path.c_str());
+  IconDirectory directory;
+  const int status = reader.ReadDirectory(&directory);
+  return status == STATUS_OK ? status : NameFile(edit, status);
+}
+
+int Open(vx_edit* edit, unsigned int flags) {
+  const bool isNew = (flags & VX_EDIT_NEW) != 0;
+  const bool areSystemFiles = AreSystemFiles(InstalledBackend());
+  edit->inPlace = (flags & VX_EDIT_IN_PLACE) != 0 || !areSystemFiles;
+  if (isNew && edit->inPlace) {
+    return Fail(STATUS_NOT_SUPPORTED, "a new file cannot be made in place of an old one");
+  }
+  edit->backend = edit->inPlace ? InstalledBackend() : edit->copy.AsBackend();
+  int status = STATUS_OK;
+  if (!isNew && areSystemFiles) status = edit->lock.Take(edit->path.c_str());
+  if (status == STATUS_OK && !edit->inPlace) status = edit->replacement.Open(edit->path.c_str());
+  if (status == STATUS_OK && edit->replacement.IsStream()) {
+    status = Fail(STATUS_NOT_SUPPORTED, edit->path, " is no file that can be edited");
+  }
+  if (status != STATUS_OK || isNew) return status;
+  if (!edit->inPlace) status = TakeCopy(edit);
+  return status == STATUS_OK ? CheckIsIcon(*edit) : status;
+}
+
+/// What an edit finds when it begins.
+struct State {
+  bool isEmpty = false;  ///< a new file without pages yet
+  IconDirectory directory;
+
+  [[nodiscard]] int Count() const { return static_cast<int>(directory.entries.size()); }
+};
+
+int Begin(const vx_edit* edit, State* state) {
+  if (edit == nullptr) return Fail(STATUS_BAD_PARAMETER, "the edit must be given");
+  if (edit->isDone) return Fail(STATUS_BAD_PARAMETER, edit->path, ": this edit is stored already");
+  if (edit->isSpoilt) return Fail(STATUS_BAD_PARAMETER, edit->path, ": an earlier edit failed half way");
+  state->isEmpty = !edit->inPlace && edit->copy.Size() == 0;
+  if (state->isEmpty) return STATUS_OK;
+  const IconReader reader(edit->backend, edit->path.c_str());
+  const int status = reader.ReadDirectory(&state->directory);
+  return status == STATUS_OK ? status : NameFile(*edit, status);
+}
+
+int CheckPage(const vx_edit& edit, const State& state, int page) {
+  if (page >= 1 && page <= state.Count()) return STATUS_OK;
+  return Fail(STATUS_BAD_PAGE, edit.path, " has no page ", page, ": its pages are 1 to ", state.Count());
+}
+
+/// After the filter or a write: a failure may have left the file half edited.
+int End(vx_edit* edit, int status) {
+  if (status != STATUS_OK) edit->isSpoilt = true;
+  return status;
+}
+
+/// The options with the format that suits file and picture best where none was asked for.
+int PlanPage(const vx_edit& edit, const State& state, const vx_bitmap& picture,
+             const vx_save_options* options, SavePlan* plan) {
+  vx_save_options chosen = VX_SAVE_OPTIONS_DEFAULT;
+  chosen.format = 0;
+  if (options != nullptr) chosen = *options;
+  const bool isCursor = !state.isEmpty && state.directory.isCursor;
+  const bool isOpen = chosen.format == 0;
+  if (isOpen) chosen.format = isCursor ? FMT_CUR : FMT_ICO;
+  const bool isForCursor = chosen.format == FMT_CUR;
+  if (!contract::IsIconFormat(chosen.format) || (!state.isEmpty && isForCursor != isCursor)) {
+    return Fail(STATUS_NOT_SUPPORTED, edit.path, " is ", isCursor ? "a cursor" : "an icon",
+                " file, which cannot have a page of format ", chosen.format, " (",
+                vx_format_name(chosen.format), ")");
+  }
+  constexpr int kLargestBitmapPage = 255;
+  const bool isLarge = std::max(picture.record.Width, picture.record.Height) > kLargestBitmapPage;
+  const bool mayBePng = isOpen && !isCursor;
+  if (mayBePng && isLarge) chosen.format = FMT_VISTA_ICO;
+  int status = PlanSave(picture, &chosen, plan);
+  const bool isHardened = status == STATUS_OK && plan->outcome.transparency == VX_TRANSPARENCY_HARDENED;
+  if (mayBePng && isHardened && chosen.bits_per_pixel == 0) {
+    chosen.format = FMT_VISTA_ICO;
+    VX_FreeBitmap(&plan->copy);
+    status = PlanSave(picture, &chosen, plan);
+  }
+  return status == STATUS_OK ? status : NameFile(edit, status);
+}
+
+/// Writes the picture where `flags` and `page` say; as the first page of a file that is new.
+int PutPage(vx_edit* edit, const State& state, unsigned int flags, int page, SavePlan* plan) {
+  SAVEOPTIONS options = NewFile();
+  if (!state.isEmpty) {
+    options.Flags = flags;
+    options.PageNumber = page;
+  }
+  return End(edit, SavePicture(edit->backend, edit->path.c_str(), options, plan));
+}
+
+int Insert(vx_edit* edit, const State& state, int page, const vx_bitmap& picture,
+           const vx_save_options* options) {
+  if (state.Count() == kMostPages) {
+    return Fail(STATUS_BAD_PAGE, edit->path, " has ", kMostPages, " pages, which is as many as there can be");
+  }
+  SavePlan plan = {};
+  const int status = PlanPage(*edit, state, picture, options, &plan);
+  return status == STATUS_OK ? PutPage(edit, state, SAVE_PAGE_INSERT, page, &plan) : status;
+}
+
+/// A cursor's hot spot stands where an icon has planes and depth.
+int WriteHotSpot(vx_edit* edit, int page, std::uint16_t x, std::uint16_t y) {
+  constexpr std::uint64_t kInEntry = offsetof(ICONDIRENTRY, Planes);
+  const std::uint16_t hotSpot[2] = {x, y};
+  return End(edit, Overwrite(edit->backend, edit->path.c_str(), IconDirectory::EntryOffset(page) + kInEntry,
+                             hotSpot, sizeof hotSpot));
+}
+
+int Replace(vx_edit* edit, const State& state, int page, const vx_bitmap& picture,
+            const vx_save_options* options) {
+  SavePlan plan = {};
+  int status = PlanPage(*edit, state, picture, options, &plan);
+  if (status == STATUS_OK) status = PutPage(edit, state, SAVE_PAGE_REPLACE, page, &plan);
+  if (status != STATUS_OK || !state.directory.isCursor) return status;
+  const ICONDIRENTRY& old = state.directory.entries[static_cast<std::size_t>(page) - 1];
+  return WriteHotSpot(edit, page, old.Planes, old.BitCount);
+}
+
+/// Runs one edit. @param edits gets the state and returns a status
+template <class Edits>
+int RunEdit(vx_edit* edit, const Edits& edits) {
+  return Guarded([&]() -> int {
+    State state;
+    const int status = Begin(edit, &state);
+    return status == STATUS_OK ? edits(state) : status;
+  });
+}
+
+int FailWithoutPicture() {
+  return Fail(STATUS_BAD_PARAMETER, "the bitmap must be given");
+}
+
+/// Reads the directory of a source that must be an icon or cursor file.
+template <class Use>
+int WithDirectory(vx_source& source, const Use& use) {
+  const Backend view = source.View();
+  const IconReader reader(view, source.Name());
+  IconDirectory directory;
+  const int status = reader.ReadDirectory(&directory);
+  if (status == STATUS_OK) return use(reader, directory);
+  const Text reason = Detail();
+  return Fail(status, source.Name(), ": ", reason.CString());
+}
+
+}  // namespace
+}  // namespace vxkrn
+
+using vxkrn::Fail;
+using vxkrn::RunEdit;
+using vxkrn::State;
+
+int vx_page_describe(vx_source* source, int page, vx_page_info* info) {
+  return vxkrn::Guarded([&]() -> int {
+    if (source == nullptr || info == nullptr) {
+      return Fail(VX_BAD_PARAMETER, "the source and the record to fill must be given");
+    }
+    *info = vx_page_info{};
+    return vxkrn::WithDirectory(*source, [&](const auto& reader, const auto& directory) {
+      const auto count = static_cast<int>(directory.entries.size());
+      if (page < 1 || page > count) {
+        return Fail(VX_BAD_PAGE, source->Name(), " has no page ", page, ": its pages are 1 to ", count);
+      }
+      const ICONDIRENTRY& entry = directory.entries[static_cast<std::size_t>(page) - 1];
+      info->is_png = reader.IsPng(entry) ? 1 : 0;
+      info->offset = entry.ImageOffset;
+      info->size = entry.BytesInRes;
+      if (directory.isCursor) {
+        info->hot_x = entry.Planes;
+        info->hot_y = entry.BitCount;
+      }
+      return int{VX_OK};
+    });
+  });
+}
+
+int vx_unreferenced_bytes(vx_source* source, uint64_t* bytes) {
+  return vxkrn::Guarded([&]() -> int {
+    if (source == nullptr || bytes == nullptr) {
+      return Fail(VX_BAD_PARAMETER, "the source and the number to fill must be given");
+    }
+    *bytes = 0;
+    return vxkrn::WithDirectory(*source, [&](const auto& reader, const auto& directory) {
+      *bytes = vxkrn::UnreferencedBytes(reader, directory);
+      return int{VX_OK};
+    });
+  });
+}
+
+int vx_edit_open(const char* path, unsigned int flags, vx_edit** edit) {
+  return vxkrn::Guarded([&]() -> int {
+    if (edit != nullptr) *edit = nullptr;
+    if (path == nullptr || edit == nullptr) {
+      return Fail(VX_BAD_PARAMETER, "the path and the place for the edit must be given");
+    }
+    constexpr unsigned int kKnown = VX_EDIT_IN_PLACE | VX_EDIT_NEW;
+    if ((flags & ~kKnown) != 0)
+      return Fail(VX_BAD_PARAMETER, "flags is ", flags, "; some of its bits mean nothing");
+    auto opened = vxkrn::memory::Make<vx_edit>({"kernel/PageEdit", __LINE__});
+    if (opened == nullptr) return vxkrn::FailForMemory("an edit", sizeof(vx_edit));
+    opened->path = path;
+    const int status = vxkrn::Open(opened.get(), flags);
+    if (status == STATUS_OK) *edit = opened.release();
+    return status;
+  });
+}
+
+int vx_edit_page_count(vx_edit* edit, int* count) {
+  return RunEdit(edit, [&](const State& state) {
+    if (count == nullptr) return Fail(VX_BAD_PARAMETER, "the number to fill must be given");
+    *count = state.Count();
+    return int{VX_OK};
+  });
+}
+
+int vx_edit_add(vx_edit* edit, const vx_bitmap* bitmap, const vx_save_options* options) {
+  return RunEdit(edit, [&](const State& state) {
+    constexpr int kBehindTheLast = -1;
+    if (bitmap == nullptr) return vxkrn::FailWithoutPicture();
+    return vxkrn::Insert(edit, state, kBehindTheLast, *bitmap, options);
+  });
+}
+
+int vx_edit_insert(vx_edit* edit, int page, const vx_bitmap* bitmap, const vx_save_options* options) {
+  return RunEdit(edit, [&](const State& state) {
+    if (bitmap == nullptr) return vxkrn::FailWithoutPicture();
+    if (page < 1 || page > state.Count() + 1) {
+      return Fail(VX_BAD_PAGE, edit->path, ": a page can be inserted as page 1 to ", state.Count() + 1,
+                  ", not as ", page);
+    }
+    return vxkrn::Insert(edit, state, page, *bitmap, options);
+  });
+}
+
+int vx_edit_replace(vx_edit* edit, int page, const vx_bitmap* bitmap, const vx_save_options* options) {
+  return RunEdit(edit, [&](const State& state) {
+    if (bitmap == nullptr) return vxkrn::FailWithoutPicture();
+    const int status = vxkrn::CheckPage(*edit, state, page);
+    return status == STATUS_OK ? vxkrn::Replace(edit, state, page, *bitmap, options) : status;
+  });
+}
+
+int vx_edit_delete(vx_edit* edit, int page) {
+  return RunEdit(edit, [&](const State& state) {
+    const int status = vxkrn::CheckPage(*edit, state, page);
+    if (status != STATUS_OK) return status;
+    if (state.Count() == 1) return Fail(VX_LAST_PAGE, edit->path, ": its only page cannot go");
+    return vxkrn::End(edit, vxkrn::DeletePage(edit->backend, edit->path.c_str(), page));
+  });
+}
+
+int vx_edit_set_hot_spot(vx_edit* edit, int page, int x, int y) {
+  return RunEdit(edit, [&](const State& state) {
+    const int status = vxkrn::CheckPage(*edit, state, page);
+    if (status != STATUS_OK) return status;
+    if (!state.directory.isCursor) {
+      return Fail(VX_NOT_SUPPORTED, edit->path, " is an icon file; only cursors have hot spots");
+    }
+    const auto isInRange = [](int value) { return value >= 0 && value <= vxkrn::kMostHotSpot; };
+    if (!isInRange(x) || !isInRange(y)) {
+      return Fail(VX_BAD_PARAMETER, "the hot spot is ", x, ", ", y, "; both must be 0 to ",
+                  vxkrn::kMostHotSpot);
+    }
+    return vxkrn::WriteHotSpot(edit, page, static_cast<std::uint16_t>(x), static_cast<std::uint16_t>(y));
+  });
+}
+
+int vx_edit_compact(vx_edit* edit) {
+  return RunEdit(edit, [&](const State& /*state*/) {
+    if (edit->inPlace) return Fail(VX_NOT_SUPPORTED, edit->path, " cannot be compacted in place");
+    const int status = vxkrn::Compact(&edit->copy);
+    return status == STATUS_OK ? status : vxkrn::NameFile(*edit, status);
+  });
+}
+
+int vx_edit_commit(vx_edit* edit) {
+  return RunEdit(edit, [&](const State& state) {
+    if (state.isEmpty) return Fail(VX_BAD_PARAMETER, edit->path, ": a file without pages cannot be stored");
+    if (edit->inPlace) return int{VX_OK};
+    int status = edit->replacement.Fill(edit->copy.Data(), edit->copy.Size());
+    if (status == STATUS_OK) status = edit->replacement.Commit();
+    if (status == STATUS_OK) edit->isDone = true;
+    return vxkrn::End(edit, status);
+  });
+}
+
+void vx_edit_close(vx_edit* edit) {
+  if (edit != nullptr) vxkrn::memory::Release{}(edit);
+}
