@@ -1,6 +1,4 @@
-// What becomes of files: replaced whole or left as they were, whatever fails on the way. The test stands in
-// for two functions of the system: fsync, the last step before a file gets its name, and the one by which a
-// file is found to need a name from the start.
+// What becomes of files: replaced whole or left as they were, whatever fails on the way.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -13,21 +11,19 @@
 #include <thread>
 
 #include "Sources.h"
+#include "SystemCalls.h"
 
 namespace saving {
 namespace {
 
 namespace fs = std::filesystem;
 
-bool needsName = false;
-std::function<int()> insteadOfFsync = [] { return 0; };
-
 /// The parameter tells whether files need a name from the start.
 class Replacing : public testing::TestWithParam<bool> {
  protected:
-  void SetUp() override { needsName = GetParam(); }
+  void SetUp() override { system_calls::needsName = GetParam(); }
   void TearDown() override {
-    insteadOfFsync = [] { return 0; };
+    system_calls::Restore();
     vx_redirect_files(nullptr, nullptr);
     vx_set_memory_limit(0);
   }
@@ -111,14 +107,14 @@ TEST_P(Replacing, FailsWithTheOldFileUntouched) {
 TEST_P(Replacing, IsInterruptedWithTheOldFileUntouched) {
   const std::string path = folder_ / "old.bmp";
   Write(path, "old");
-  insteadOfFsync = [] {
+  system_calls::insteadOfFsync = [] {
     errno = EIO;
     return -1;
   };
   ExpectUntouched(path, VX_WRITE_ERROR, "Input/output error");
   if (GetParam()) return;  // what has a name stays when the process is killed
   for (const int signal : {SIGTERM, SIGKILL}) {
-    insteadOfFsync = [signal] { return raise(signal); };
+    system_calls::insteadOfFsync = [signal] { return raise(signal); };
     EXPECT_EXIT(picture_.Save(path, vx::SaveOptions()), testing::KilledBySignal(signal), "");
     EXPECT_EQ(Read(path), "old");
     EXPECT_EQ(folder_.Names(), std::vector<std::string>{"old.bmp"});
@@ -224,17 +220,3 @@ INSTANTIATE_TEST_SUITE_P(Files, Replacing, testing::Bool(), [](const auto& each)
 
 }  // namespace
 }  // namespace saving
-
-// As seen from the library.
-#pragma GCC visibility push(default)
-
-extern "C" int fsync(int /*descriptor*/) {
-  return saving::insteadOfFsync();
-}
-
-extern "C" int access(const char* path, int mode) noexcept {
-  if (saving::needsName && std::strncmp(path, "/proc/self/fd/", 14) == 0) return -1;
-  return faccessat(AT_FDCWD, path, mode, 0);
-}
-
-#pragma GCC visibility pop
