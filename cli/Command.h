@@ -25,5 +25,7 @@ std::span<const Command> AllCommands();
 
 Action DeclareInfo(CLI::App& command);
 Action DeclareConvert(CLI::App& command);
+Action DeclarePages(CLI::App& command);
+Action DeclareIcon(CLI::App& command);
 
 }  // namespace cli

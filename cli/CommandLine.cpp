@@ -54,6 +54,7 @@ std::string FirstUnknown(const CLI::App& app) {
 
 /// An empty word is never what was meant: it comes from a variable that was not set.
 void RefuseEmptyWords(CLI::App& app) {
+  for (CLI::App* nested : app.get_subcommands({})) RefuseEmptyWords(*nested);
   for (CLI::Option* option : app.get_options()) {
     const char* problem = option->get_positional() ? "the file name is empty" : "the value is empty";
     option->check([problem](const std::string& word) { return word.empty() ? std::string(problem) : ""; });

@@ -37,6 +37,37 @@ Examples:
   vxbmp convert dump.bin out.png --raw 640x480x16:bitfields \
       --masks 0xF800,0x07E0,0x001F --offset 512 --top-down)",
      DeclareConvert},
+    {"pages", "Lists and changes the pages of icon and cursor files.",
+     R"(SEL is a page: 3, -1 (the last), 32x32 (all of that size), 32x32@8 (of 8 bits a pixel);
+a range: 1-3, 2- (from 2 on); or a list of those with commas. Numbers mean the pages as
+they were before the command. Icons take soft edges and 256 pixels as PNG pages, the rest
+as bitmaps, unless --png or --bits say otherwise.
+
+A changed file takes the place of the old one only when it is complete, and pages that
+are not meant stay as they are, bit for bit. Replaced and deleted pages leave their bytes
+in the file until it is compacted.
+
+Examples:
+  vxbmp pages app.ico
+  vxbmp pages extract app.ico --page 32x32@8 -o small.png
+  vxbmp pages add app.ico large.png
+  vxbmp pages insert app.ico first.bmp --at 1
+  vxbmp pages replace app.ico new.png --page -1
+  vxbmp pages delete app.ico --page 1-2,48x48 && vxbmp pages compact app.ico
+  vxbmp pages hotspot arrow.cur --page 1 3,2)",
+     DeclarePages},
+    {"icon", "Makes an icon file of several sizes from one picture or more.",
+     R"(Every page comes from the smallest picture that is as large or larger, which is made
+smaller if need be: in linear light, and pixels count for as much as can be seen of them.
+A picture that is no square gets transparent margins. Pictures of the right size stay as
+they are. FILE is replaced when the new icon is complete.
+
+Examples:
+  vxbmp icon logo.png -o favicon.ico
+  vxbmp icon logo.png -o favicon.ico --sizes 16,32,48
+  vxbmp icon hand-drawn-16.png logo.png -o app.ico
+  vxbmp icon logo.png -o app.ico --png-from 16)",
+     DeclareIcon},
 };
 
 }  // namespace

@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -15,6 +14,7 @@
 #include "Numbers.h"
 #include "Output.h"
 #include "Report.h"
+#include "Table.h"
 #include "Text.h"
 
 namespace cli {
@@ -57,27 +57,11 @@ class Table final : public Listing {
   void Finish() override {
     if (rows_.empty()) return;
     rows_.insert(rows_.begin(), {"FILE", "PAGE", "KIND", "SIZE", "BITS", "CODING", "ROWS", "COLOURS", "DPI"});
-    Row text;
-    std::array<size_t, kColumns> widths{};
-    for (const Row& row : rows_) {
-      for (size_t i = 0; i < kColumns; ++i) widths[i] = std::max(widths[i], DisplayWidth(row[i]));
-    }
-    std::string table;
-    for (const Row& row : rows_) table += Line(row, widths);
-    PrintToStandardOutput(table);
+    PrintToStandardOutput(InColumns(rows_));
   }
 
  private:
-  static constexpr size_t kColumns = 9;
-  using Row = std::array<std::string, kColumns>;
-
-  static std::string Line(const Row& row, const std::array<size_t, kColumns>& widths) {
-    std::string line;
-    for (size_t i = 0; i + 1 < kColumns; ++i) line += PadRight(row[i], widths[i] + 2);
-    return line + row.back() + "\n";
-  }
-
-  std::vector<Row> rows_;
+  std::vector<TableRow> rows_;
 };
 
 class JsonLines final : public Listing {

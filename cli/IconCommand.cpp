@@ -1,0 +1,148 @@
+// vxbmp icon: an icon file of many sizes from one picture, or from the pictures there are.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Command.h"
+#include "Input.h"
+#include "Numbers.h"
+#include "Report.h"
+#include "Resize.h"
+#include "Text.h"
+
+namespace cli {
+namespace {
+
+constexpr int kLargestPage = 256;
+
+struct IconArguments {
+  std::vector<std::string> images;
+  std::string out;
+  std::string sizes;
+  std::string pngFrom;
+};
+
+int ParseSize(std::string_view text, std::string_view option, std::string_view all) {
+  const std::optional<int> size = ParseInt(text, 1);
+  if (size && *size <= kLargestPage) return *size;
+  throw UsageError(
+      fmt::format("{} {}: sizes are whole numbers from 1 to {}", option, Printable(all), kLargestPage));
+}
+
+std::vector<int> ParseSizes(std::string_view list) {
+  std::vector<int> sizes;
+  for (size_t start = 0; start <= list.size();) {
+    const size_t end = std::min(list.find(',', start), list.size());
+    sizes.push_back(ParseSize(list.substr(start, end - start), "--sizes", list));
+    start = end + 1;
+  }
+  std::sort(sizes.begin(), sizes.end());
+  sizes.erase(std::unique(sizes.begin(), sizes.end()), sizes.end());
+  return sizes;
+}
+
+struct Picture {
+  vx::Bitmap bitmap;
+  int side;  // the longer one
+  bool isSquare;
+};
+
+/// Loads every page of every image, for icons to be made of icons.
+void LoadPages(const std::string& image, std::vector<Picture>& pictures) {
+  Input input(image.c_str());
+  const int count = input.Source().Describe().page_count;
+  for (int page = 1; page <= count; ++page) {
+    vx::Bitmap bitmap = input.Source().Load(page);
+    const vx_bitmap_info info = bitmap.Describe();
+    pictures.push_back({std::move(bitmap), std::max(info.width, info.height), info.width == info.height});
+  }
+}
+
+std::optional<std::vector<Picture>> LoadAll(const std::vector<std::string>& images) {
+  std::vector<Picture> pictures;
+  for (const std::string& image : images) {
+    try {
+      LoadPages(image, pictures);
+    } catch (const vx::Error& error) {
+      ReportFailure(error, {.file = InputName(image.c_str()), .isLoading = true});
+      return std::nullopt;
+    }
+  }
+  std::stable_sort(pictures.begin(), pictures.end(),
+                   [](const Picture& a, const Picture& b) { return a.side < b.side; });
+  return pictures;
+}
+
+/// The usual sizes, but none that would have to be made up.
+std::vector<int> SizesFor(const std::vector<Picture>& pictures) {
+  std::vector<int> sizes = {16, 24, 32, 48, 64, 128, 256};
+  const int largest = pictures.back().side;
+  const auto end =
+      std::find_if(sizes.begin() + 1, sizes.end(), [largest](int size) { return size > largest; });
+  sizes.erase(end, sizes.end());
+  return sizes;
+}
+
+/// The picture that a page of `size` is made from: the smallest that is large enough, else the largest.
+const Picture& SourceFor(const std::vector<Picture>& pictures, int size) {
+  const auto enough = std::find_if(pictures.begin(), pictures.end(),
+                                   [size](const Picture& each) { return each.side >= size; });
+  return enough == pictures.end() ? pictures.back() : *enough;
+}
+
+void AddPage(vx::Edit& edit, const Picture& source, int size, int pngFrom) {
+  vx::SaveOptions options;
+  options.format = size >= pngFrom ? VX_FORMAT_VISTA_ICO : 0;
+  if (source.side == size && source.isSquare) {
+    edit.Add(source.bitmap, &options);
+  } else {
+    edit.Add(FitInto(source.bitmap, size), &options);
+  }
+}
+
+ExitCode MakeIcon(const IconArguments& arguments) {
+  const int pngFrom = arguments.pngFrom.empty()
+                          ? kLargestPage
+                          : ParseSize(arguments.pngFrom, "--png-from", arguments.pngFrom);
+  std::vector<int> sizes;
+  if (!arguments.sizes.empty()) sizes = ParseSizes(arguments.sizes);
+  const std::optional<std::vector<Picture>> pictures = LoadAll(arguments.images);
+  if (!pictures) return kExitFailed;
+  if (sizes.empty()) sizes = SizesFor(*pictures);
+  try {
+    vx::Edit edit(arguments.out, VX_EDIT_NEW);
+    for (const int size : sizes) AddPage(edit, SourceFor(*pictures, size), size, pngFrom);
+    edit.Commit();
+  } catch (const vx::Error& error) {
+    ReportFailure(error, {.file = arguments.out});
+    return kExitFailed;
+  }
+  return kExitOk;
+}
+
+}  // namespace
+
+Action DeclareIcon(CLI::App& command) {
+  auto arguments = std::make_shared<IconArguments>();
+  command
+      .add_option("IMAGE", arguments->images, "picture, or pictures in several sizes; - is standard input")
+      ->required();
+  command.add_option("-o", arguments->out, "icon file to write")->option_text("FILE")->required();
+  command
+      .add_option("--sizes", arguments->sizes,
+                  "sides of the pages, in pixels; 16,24,32,48,64,128,256\n"
+                  "unless given, as far as the largest picture goes")
+      ->option_text("LIST");
+  command
+      .add_option("--png-from", arguments->pngFrom,
+                  "pages of this size and larger are PNG streams; 256\n"
+                  "unless given. Pages with soft edges always are")
+      ->option_text("SIZE");
+  return [arguments] { return MakeIcon(*arguments); };
+}
+
+}  // namespace cli
