@@ -38,7 +38,7 @@ std::string Resolve(const char* path) {
     const ssize_t length = readlink(place.c_str(), target, sizeof target);
     if (length <= 0 || length == static_cast<ssize_t>(sizeof target)) break;
     const std::string link(target, static_cast<std::size_t>(length));
-    place = link.front() == '/' ? link : FolderOf(place) + link;
+    place = link.front() == '/' ? link : FolderOf(place).append(link);
   }
   return place;
 }

@@ -52,11 +52,8 @@ struct LoadOptions : vx_load_options {
 
 /// Save options that start from the defaults.
 struct SaveOptions : vx_save_options {
-  SaveOptions() noexcept : vx_save_options VX_SAVE_OPTIONS_DEFAULT {}
-  explicit SaveOptions(vx_format form, int bitsPerPixel = 0) noexcept : SaveOptions() {
-    format = form;
-    bits_per_pixel = bitsPerPixel;
-  }
+  explicit SaveOptions(vx_format form = VX_FORMAT_BMP, int bitsPerPixel = 0) noexcept
+      : vx_save_options{form, bitsPerPixel, 0, VX_PALETTE_BEST, VX_DITHER_DIFFUSE, 0} {}
 };
 
 /// Bytes that the library allocated.

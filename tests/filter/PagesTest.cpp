@@ -73,7 +73,7 @@ struct PageRig : SaveRig {
     const Bytes file = std::exchange(kernel.file, {});
     const auto fault = std::exchange(kernel.fault, std::nullopt);
     EXPECT_EQ(Put(0, 0), STATUS_OK);
-    const Page page = PagesOf(kernel.file).at(0);
+    Page page = PagesOf(kernel.file).at(0);
     kernel.file = file;
     kernel.fault = fault;
     return page;
