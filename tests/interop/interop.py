@@ -3,10 +3,11 @@
 usage: interop.py VXBMP VXSAMPLES
 
 Programs that are not installed are left out and named. What a program that is there cannot read stands in
-UNSUPPORTED with the reason; everything else has to come out the same as vxbmp itself reads it. Last, every
-sample goes into every format and back.
+UNSUPPORTED with the reason; everything else has to come out the same as vxbmp itself reads it. Then files that
+they made are edited. Last, every sample goes into every format and back.
 """
 import concurrent.futures
+import json
 import os
 import shutil
 import struct
@@ -251,6 +252,56 @@ class Comparison:
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
             list(pool.map(lambda case: self.compare(*case), cases))
 
+    def makers(self, source):
+        """Icon files of 16 and 32 pixels as other programs make them: name -> whether it worked."""
+        def of_pillow(path):
+            import PIL.Image
+            PIL.Image.open(source).save(path, sizes=[(16, 16), (32, 32)])
+
+        small = os.path.join(self.folder, "small.png")
+        run("convert", source, "-resize", "16x16", "png32:" + small)
+        makers = {imagemagick: lambda path: run("convert", small, source, "ico:" + path),
+                  icotool: lambda path: run("icotool", "-c", "-o", path, small, source), pillow: of_pillow}
+        for program, make in makers.items():
+            path = os.path.join(self.folder, "made-by-" + program.__name__ + ".ico")
+            if is_there(program) and is_there(imagemagick):
+                make(path)
+                yield path
+
+    def pages(self, *arguments):
+        done = subprocess.run((self.vxbmp, "pages", *arguments), capture_output=True, text=True)
+        if done.returncode != 0:
+            self.failures.append(f"vxbmp pages {' '.join(arguments)}: {done.stderr.strip()}")
+        return done.stdout
+
+    def bodies(self, path):
+        lines = [json.loads(line) for line in self.pages("--json", path).splitlines()]
+        with open(path, "rb") as file:
+            data = file.read()
+        return [data[page["offset"]:page["offset"] + page["bytes"]] for page in lines if "page" in page]
+
+    def edit_files_of_others(self):
+        """Pages that are not meant stay bit for bit, and every program still reads the file."""
+        picture = os.path.join(self.folder, "two.png")
+        for path in self.makers(os.path.join(self.folder, "hard.png")):
+            before = self.bodies(path)
+            self.pages("insert", path, picture, "--at", "1")
+            self.pages("add", path, picture, "--bits", "8")
+            self.pages("delete", path, "--page", "2")
+            self.pages("replace", path, picture, "--page", "-1")
+            after = self.bodies(path)
+            if len(after) != len(before) + 1 or after[1:-1] != before[1:]:
+                self.failures.append(f"{path}: pages that were not meant changed")
+            self.pages("compact", path)
+            if self.bodies(path) != after:
+                self.failures.append(f"{path}: compacting changed pages")
+            has_png = any(body.startswith(b"\x89PNG") for body in after)
+            for program in (imagemagick, pillow, netpbm, gdk_pixbuf):
+                if is_there(program) and not (has_png and program is gdk_pixbuf) and program(path, "ico") is None:
+                    self.failures.append(f"{program.__name__} does not open {path} after edits")
+            if is_there(icotool) and len((run("icotool", "-l", path) or b"").splitlines()) != len(after):
+                self.failures.append(f"icotool does not list {path} after edits")
+
     def samples_and_back(self):
         """Every sample that loads, in every format as deep as it needs: nothing may be lost."""
         samples = os.path.join(self.folder, "samples")
@@ -280,6 +331,7 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         comparison = Comparison(*sys.argv[1:3], folder)
         comparison.compare_all()
+        comparison.edit_files_of_others()
         count = comparison.samples_and_back()
         for program in PROGRAMS:
             name = program.__name__

@@ -1,0 +1,269 @@
+// The save callbacks: nothing is lost where the colours fit, as little as can be where not, and palettes are
+// what the documentation says.
+#include <algorithm>
+#include <cstdlib>
+#include <numeric>
+#include <random>
+
+#include "Bitmap.h"
+#include "Colors.h"
+#include "Conversion.h"
+#include "GlobalMemory.h"
+#include "Leaks.h"
+#include "Png.h"
+#include "Region.h"
+
+namespace {
+
+using vxkrn::Color;
+using vxkrn::OwnedBitmap;
+using vxkrn::Rgba;
+
+/// A depth, and at 16 bits its layout.
+struct Depth {
+  int bits;
+  bool is565 = false;
+};
+constexpr Depth kDepths[] = {{1}, {4}, {8}, {16}, {16, true}, {24}, {32}};
+
+class ConvertTest : public Leaks {};
+
+/// Makes a picture of pseudo-random pixels; `colors` of them differ at most, each representable in 5-5-5.
+void Make(OwnedBitmap* bitmap, Depth depth, int width, int height, int colors,
+          int orientation = ORIENT_BOTTOM_UP) {
+  ASSERT_EQ(VX_InitBitmap(bitmap, sizeof(_BITMAPHANDLE), width, height, depth.bits), STATUS_OK);
+  ASSERT_EQ(VX_AllocateBitmap(bitmap, 1), STATUS_OK);
+  bitmap->Orientation = orientation;
+  if (depth.is565) bitmap->ColorOrder = ORDER_565;
+  std::minstd_rand random(static_cast<unsigned>(width + colors));
+  std::vector<Rgba> table;
+  for (int i = 0; i < colors; ++i) {
+    const auto level = [&random](unsigned int limit) {
+      return static_cast<std::uint8_t>((random() % limit * 255 * 2 + limit - 1) / (limit - 1) / 2);
+    };
+    table.push_back({level(32), i % 2 == 0 ? std::uint8_t{0} : std::uint8_t{255}, level(32), 255});
+  }
+  if (depth.bits <= 8) {
+    RGBQUAD palette[256] = {};
+    for (std::size_t i = 0; i < table.size(); ++i) palette[i] = vxkrn::QuadOf(vxkrn::ColorOf(table[i]));
+    ASSERT_EQ(VX_SetBitmapNewPalette(bitmap, palette, 1 << depth.bits), STATUS_OK);
+  }
+  for (int row = 0; row < height; ++row) {
+    std::vector<std::uint8_t> indices;
+    std::vector<Rgba> pixels;
+    for (int x = 0; x < width; ++x) {
+      indices.push_back(static_cast<std::uint8_t>(random() % table.size()));
+      pixels.push_back(table[indices.back()]);
+    }
+    unsigned char* stored = vxkrn::StoredRow(*bitmap, row);
+    switch (depth.bits) {
+      case 16: vxkrn::Pack16(pixels, depth.is565, stored); break;
+      case 24: vxkrn::Pack24(pixels, stored); break;
+      case 32: vxkrn::Pack32(pixels, true, stored); break;
+      default: vxkrn::PackIndices(indices, depth.bits, stored); break;
+    }
+  }
+}
+
+std::vector<Color> ColorsIn(const _BITMAPHANDLE& bitmap) {
+  vxkrn::ColorRows rows(bitmap);
+  std::vector<Color> colors;
+  for (int row = 0; row < bitmap.Height; ++row) {
+    for (const Rgba pixel : rows.Read(row)) colors.push_back(vxkrn::ColorOf(pixel));
+  }
+  return colors;
+}
+
+/// What comes out of a conversion: the colours of all stored rows, and the palette with all its entries.
+struct Converted {
+  std::vector<Color> colors;
+  std::vector<Color> palette;
+  int entries = 0;
+};
+
+Converted Convert(OwnedBitmap& bitmap, Depth depth, int arg1 = CONVERT_PALETTE_BEST,
+                  int arg2 = CONVERT_NEAREST) {
+  Converted result;
+  _BITMAPHANDLE* converted = nullptr;
+  unsigned char* buffer = nullptr;
+  _SAVEFILESTRUCT* file = nullptr;
+  unsigned int flags = depth.is565 ? SAVE_ORDER_565 : 0;
+  EXPECT_EQ(vxkrn::BeginSave(&bitmap, &converted, depth.bits, &flags, &buffer, 1, arg1, arg2, &file),
+            STATUS_OK);
+  if (converted == nullptr) return result;
+  OwnedBitmap picture;
+  EXPECT_EQ(VX_InitBitmap(&picture, sizeof(_BITMAPHANDLE), bitmap.Width, bitmap.Height, depth.bits),
+            STATUS_OK);
+  EXPECT_EQ(VX_AllocateBitmap(&picture, 1), STATUS_OK);
+  EXPECT_EQ(converted->BytesPerLine, picture.BytesPerLine);
+  EXPECT_EQ(converted->ColorOrder == ORDER_565, depth.is565);
+  picture.ColorOrder = converted->ColorOrder;
+  result.entries = file->ColorCount;
+  if (depth.bits <= 8) {
+    EXPECT_EQ(VX_SetBitmapNewPalette(&picture, file->Palette, 1 << depth.bits), STATUS_OK);
+    for (int i = 0; i < 1 << depth.bits; ++i) result.palette.push_back(vxkrn::ColorOf(file->Palette[i]));
+  }
+  const auto used = static_cast<int>(vxkrn::PixelBytes(bitmap.Width, depth.bits));
+  for (int row = 0; row < bitmap.Height; ++row) {
+    EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, row, 1, flags, arg1, arg2, file), STATUS_OK);
+    std::copy_n(buffer, picture.BytesPerLine, vxkrn::StoredRow(picture, row));
+    EXPECT_TRUE(
+        std::all_of(buffer + used, buffer + picture.BytesPerLine, [](unsigned char b) { return b == 0; }));
+  }
+  result.colors = ColorsIn(picture);
+  EXPECT_EQ(vxkrn::EndSave(&bitmap, &converted, &flags, &buffer, &file), STATUS_OK);
+  EXPECT_EQ(converted, nullptr);
+  return result;
+}
+
+int Distance(Color a, Color b) {
+  int sum = 0;
+  for (const int shift : {0, 8, 16}) {
+    const int difference = static_cast<int>(a >> shift & 255) - static_cast<int>(b >> shift & 255);
+    sum += difference * difference;
+  }
+  return sum;
+}
+
+TEST_F(ConvertTest, ColoursThatFitStayWhatTheyAre) {
+  for (const Depth from : kDepths) {
+    for (const Depth to : kDepths) {
+      for (const int width : {1, 7, 8, 9, 33}) {
+        for (const int orientation : {ORIENT_BOTTOM_UP, ORIENT_TOP_DOWN}) {
+          OwnedBitmap bitmap;
+          Make(&bitmap, from, width, 9, std::min(1 << std::min({from.bits, to.bits, 8}), 200), orientation);
+          ASSERT_EQ(Convert(bitmap, to).colors, ColorsIn(bitmap))
+              << from.bits << " to " << to.bits << ", width " << width;
+        }
+      }
+    }
+  }
+}
+
+TEST_F(ConvertTest, ColoursThatDoNotFitBecomeTheNearest) {
+  OwnedBitmap bitmap;
+  Make(&bitmap, {24}, 60, 40, 1500);
+  const std::vector<Color> before = ColorsIn(bitmap);
+  std::int64_t lossOfBest[9] = {};
+  for (const int arg1 : {CONVERT_PALETTE_BEST, CONVERT_PALETTE_FIXED}) {
+    for (const int bits : {1, 4, 8}) {
+      const Converted after = Convert(bitmap, {bits}, arg1, CONVERT_NEAREST);
+      std::int64_t loss = 0;
+      for (std::size_t i = 0; i < before.size(); ++i) {
+        int least = INT_MAX;
+        for (int entry = 0; entry < after.entries; ++entry) {
+          least = std::min(least, Distance(before[i], after.palette[static_cast<std::size_t>(entry)]));
+        }
+        ASSERT_EQ(Distance(before[i], after.colors[i]), least) << bits << " bits, pixel " << i;
+        loss += least;
+      }
+      if (arg1 == CONVERT_PALETTE_BEST) lossOfBest[bits] = loss;
+      EXPECT_TRUE(arg1 == CONVERT_PALETTE_BEST || lossOfBest[bits] < loss) << bits << " bits";
+    }
+  }
+  for (const bool is565 : {false, true}) {
+    const std::vector<Color> after = Convert(bitmap, {16, is565}).colors;
+    for (std::size_t i = 0; i < before.size(); ++i) {
+      for (const int shift : {0, 8, 16}) {
+        const int most = is565 && shift == 8 ? 2 : 4;
+        ASSERT_LE(
+            std::abs(static_cast<int>(before[i] >> shift & 255) - static_cast<int>(after[i] >> shift & 255)),
+            most);
+      }
+    }
+  }
+}
+
+TEST_F(ConvertTest, DiffusionKeepsTheMean) {
+  OwnedBitmap grey;
+  ASSERT_EQ(VX_InitBitmap(&grey, sizeof(_BITMAPHANDLE), 64, 64, 24), STATUS_OK);
+  ASSERT_EQ(VX_AllocateBitmap(&grey, 1), STATUS_OK);
+  for (const int level : {0, 20, 77, 128, 200, 255}) {
+    std::fill_n(grey.Pixels, 64 * grey.BytesPerLine, static_cast<unsigned char>(level));
+    const std::vector<Color> after = Convert(grey, {1}, CONVERT_PALETTE_FIXED, CONVERT_DIFFUSE).colors;
+    const double mean = std::accumulate(after.begin(), after.end(), 0.0,
+                                        [](double sum, Color color) { return sum + (color & 255); }) /
+                        4096;
+    EXPECT_NEAR(mean, level, 2.5);
+  }
+}
+
+TEST_F(ConvertTest, PalettesAreOwnThenExactThenChosen) {
+  OwnedBitmap indexed;
+  Make(&indexed, {4}, 20, 20, 5);
+  const Converted own = Convert(indexed, {8});
+  for (std::size_t i = 0; i < 16; ++i)
+    EXPECT_EQ(own.palette[i], vxkrn::ColorOf(indexed.Palette[i])) << "in its order";
+  EXPECT_TRUE(
+      std::all_of(own.palette.begin() + 16, own.palette.end(), [](Color color) { return color == 0; }));
+  EXPECT_NE(Convert(indexed, {8}, CONVERT_PALETTE_FIXED).palette, own.palette);
+
+  OwnedBitmap few;
+  Make(&few, {24}, 20, 20, 5);
+  const Converted exact = Convert(few, {8});
+  EXPECT_EQ(exact.entries, 5);
+  EXPECT_TRUE(std::is_sorted(exact.palette.begin(), exact.palette.begin() + 5));
+  EXPECT_EQ(exact.palette[5], 0U);
+}
+
+TEST_F(ConvertTest, RefusesWhatItCannotConvert) {
+  OwnedBitmap bitmap;
+  Make(&bitmap, {8}, 4, 4, 4);
+  OwnedBitmap empty;
+  _BITMAPHANDLE* converted = nullptr;
+  unsigned char* buffer = nullptr;
+  _SAVEFILESTRUCT* file = nullptr;
+  unsigned int flags = 0;
+  EXPECT_EQ(vxkrn::BeginSave(&empty, &converted, 8, &flags, &buffer, 1, 0, 0, &file), STATUS_BAD_PARAMETER);
+  EXPECT_EQ(vxkrn::BeginSave(&bitmap, &converted, 2, &flags, &buffer, 1, 0, 0, &file), STATUS_BAD_BPP);
+  EXPECT_EQ(vxkrn::EndSave(&bitmap, nullptr, nullptr, nullptr, nullptr), STATUS_OK);
+  EXPECT_EQ(vxkrn::EndSave(&bitmap, &converted, &flags, &buffer, &file), STATUS_OK);
+  ASSERT_EQ(vxkrn::BeginSave(&bitmap, &converted, 8, &flags, &buffer, 1, 0, 0, &file), STATUS_OK);
+  for (const int row : {-1, 4}) {
+    EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, row, 1, 0, 0, 0, file), STATUS_BAD_PARAMETER);
+  }
+  EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, 0, 2, 0, 0, 0, file), STATUS_BAD_PARAMETER);
+  EXPECT_EQ(vxkrn::EndSave(&bitmap, &converted, &flags, &buffer, &file), STATUS_OK);
+}
+
+TEST_F(ConvertTest, PngStreamsInGlobalMemoryKeepWhatTheirDepthCan) {
+  OwnedBitmap bitmap;
+  Make(&bitmap, {32}, 9, 5, 12);
+  bitmap.Flags |= vxkrn::kBitmapHasAlpha;
+  for (int x = 0; x < 9; ++x) bitmap.Pixels[4 * x + 3] = static_cast<unsigned char>(30 * x);
+  vxkrn::ColorRows source(bitmap);
+  for (const int bits : {1, 4, 8, 24, 32}) {
+    void* handle = nullptr;
+    unsigned int size = 0;
+    ASSERT_EQ(vxkrn::SaveToMemory(&handle, &bitmap, FMT_PNG, bits, 0, &size, 0), STATUS_OK);
+    const auto* stream = static_cast<const unsigned char*>(WinGlobalLock(handle));
+    OwnedBitmap decoded;
+    vxkrn::PngDescription description = {};
+    ASSERT_EQ(vxkrn::DecodePng(stream, size, 0, &decoded, &description), STATUS_OK);
+    EXPECT_EQ(WinGlobalUnlock(handle), STATUS_OK);
+    EXPECT_EQ(VX_OsFreeHandle(handle, 0, ""), STATUS_OK);
+    EXPECT_EQ(VX_OsFreeHandle(handle, 0, ""), STATUS_BAD_PARAMETER);
+    ASSERT_TRUE(description.hasAlpha);
+    decoded.Flags |= vxkrn::kBitmapHasAlpha;
+    vxkrn::ColorRows result(decoded);
+    for (int row = 0; row < 5; ++row) {
+      const std::span<const Rgba> before = source.Read(4 - row);  // the decoded one is top-down
+      const std::span<const Rgba> after = result.Read(row);
+      for (std::size_t x = 0; x < before.size(); ++x) {
+        const int alpha = bits == 32 ? before[x].alpha : before[x].alpha >= 128 ? 255 : 0;
+        ASSERT_EQ(after[x].alpha, alpha) << bits << " bits, row " << row << ", pixel " << x;
+        if (bits >= 4 && alpha != 0) {
+          ASSERT_EQ(vxkrn::ColorOf(after[x]), vxkrn::ColorOf(before[x])) << bits << " bits";
+        }
+      }
+    }
+  }
+  void* handle = nullptr;
+  unsigned int size = 0;
+  EXPECT_EQ(vxkrn::SaveToMemory(&handle, &bitmap, FMT_BMP, 24, 0, &size, 0), STATUS_NOT_SUPPORTED);
+  EXPECT_EQ(vxkrn::SaveToMemory(&handle, &bitmap, FMT_PNG, 16, 0, &size, 0), STATUS_BAD_BPP);
+  vxkrn::memory::SetLimit(vxkrn::memory::InUse() + 100);
+  EXPECT_EQ(vxkrn::SaveToMemory(&handle, &bitmap, FMT_PNG, 8, 0, &size, 0), STATUS_NO_MEMORY);
+}
+
+}  // namespace
