@@ -140,7 +140,7 @@ void UnpackIndices(const std::uint8_t* row, int bitsPerPixel, std::span<std::uin
   const unsigned int last = (1U << bitsPerPixel) - 1;
   for (std::size_t x = 0; x < indices.size(); ++x) {
     const std::size_t shift = 8 - static_cast<std::size_t>(bitsPerPixel) * (x % perByte + 1);
-    indices[x] = static_cast<std::uint8_t>(row[x / perByte] >> shift & last);
+    indices[x] = static_cast<std::uint8_t>(static_cast<unsigned int>(row[x / perByte]) >> shift & last);
   }
 }
 
