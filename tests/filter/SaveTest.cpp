@@ -261,12 +261,16 @@ TEST(Save, TheRecordAndTheCallbacksAreToldTheSame) {
 }
 
 TEST(Save, AnOlderLongerFileKeepsItsTail) {
-  SaveRig rig(FMT_BMP, 24, 4, 2);
-  rig.kernel.file = Repeat(500, 9);
-  EXPECT_EQ(rig.Save(), STATUS_OK);
-  Bytes expected = ModelFile(rig);
-  expected.resize(500, 9);
-  EXPECT_EQ(rig.kernel.file, expected);
+  for (const int format : {FMT_BMP, FMT_ICO}) {
+    for (const int width : {4, 0}) {
+      SaveRig rig(format, 24, width, 2);
+      rig.kernel.file = Repeat(500, 9);
+      EXPECT_EQ(rig.Save(), STATUS_OK);
+      Bytes expected = ModelFile(rig);
+      expected.resize(500, 9);
+      EXPECT_EQ(ToHex(rig.kernel.file), ToHex(expected)) << "format " << format << ", width " << width;
+    }
+  }
 }
 
 TEST(Save, BeginSaveDecidesWhetherThereAreRows) {

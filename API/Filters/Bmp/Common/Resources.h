@@ -91,8 +91,10 @@ template <size_t Size>
   return read >= 0 && static_cast<uint32_t>(read) == count;
 }
 
-/// Writes exactly `count` bytes. @return false when fewer were stored
+/// Writes exactly `count` bytes. Of none the kernel is not told: it would take that for the end of the file.
+/// @return false when fewer were stored
 [[nodiscard]] inline bool WriteExactly(HANDLE file, const void* bytes, uint32_t count) {
+  if (count == 0) return true;
   const int written = VX_RedirectedWrite(file, bytes, count);
   return written >= 0 && static_cast<uint32_t>(written) == count;
 }
