@@ -63,7 +63,7 @@ def pictures():
     def soft(x, y):
         return (7 * x & 255, 11 * y & 255, 90, min(255, 9 * x))
 
-    return {"two": (9, 5, lambda x, y: (200, 30, 10, 255) if (x * y) % 3 else (0, 0, 255, 255)),
+    return {"two": (7, 5, lambda x, y: (200, 30, 10, 255) if (x * y) % 3 else (0, 0, 255, 255)),
             "few": (33, 7, lambda x, y: (16 * ((x // 3 + y) % 16), 255 - 16 * ((x // 3 + y) % 16), 5, 255)),
             "many": (255, 9, lambda x, y: (8 * x & 255, 6 * y & 255, x * y & 255, 255)),
             "hard": (32, 32, lambda x, y: (8 * x, 8 * y, 0, 255) if (x - 16) ** 2 + (y - 16) ** 2 < 200 else (0, 0, 0, 0)),
@@ -158,8 +158,17 @@ def is_there(program):
     if program is pillow:
         return importable("PIL.Image")
     if program is gdk_pixbuf:
-        return importable("gi")
+        return importable("gi") and has_gdk_pixbuf()
     return shutil.which({imagemagick: "convert", netpbm: "bmptopnm", icotool: "icotool"}[program]) is not None
+
+
+def has_gdk_pixbuf():
+    import gi
+    try:
+        gi.require_version("GdkPixbuf", "2.0")
+        return True
+    except ValueError:
+        return False
 
 
 def importable(name):
@@ -177,14 +186,14 @@ TRANSPARENT = ("hard", "soft")
 # What a program reads otherwise or not at all, and why: programs, formats, depths, pictures (none: all of them).
 UNSUPPORTED = (
     (("icotool",), BITMAPS + ("png",), ALL, (), "it is for icons and cursors"),
-    (("icotool",), ("ico", "cur"), (24,), ("two", "few"), "it takes rows of 24 bits with one byte of padding for shorter"),
+    (("icotool",), ("ico", "cur"), (24,), ("few",), "it misreads rows of 24 bits with 1 or 2 bytes of padding"),
     (("netpbm",), ("png", "cur"), ALL, (), "its two programs are for bitmaps and icons"),
     (("netpbm",), ("os2v2",), ALL, (), "it knows headers of 12 and 40 bytes"),
     (("netpbm",), ("bmp",), (565,), (), "it takes red where 5-5-5 has it"),
     (("netpbm",), ("os2",), (16,), (), "it takes 16 bits in headers of 40 bytes alone"),
     (("imagemagick",), ("os2v2",), (1, 4, 8), (), "it takes the entries of every OS/2 palette for 3 bytes long"),
     (("imagemagick",), ("bmp",), (32,), TRANSPARENT, "it takes the fourth byte for alpha, whatever the header says"),
-    (("pillow",), ("rle",), (4,), (), "it reads 4-bit codes as 8-bit ones"),
+    (("pillow",), ("rle",), (4,), ("two", "few", "many", "soft"), "it does not clip codes at the end of rows of odd width"),
     (("pillow",), ("cur",), ALL, TRANSPARENT, "it leaves the masks of cursors out"),
     (("pillow",), ("png-icon",), (1, 4, 8, 24), TRANSPARENT, "it leaves out transparency that is not an alpha channel"),
     (("gdk_pixbuf",), ("png-icon",), ALL, (), "it refuses compressed icons"),
