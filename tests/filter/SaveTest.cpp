@@ -29,7 +29,7 @@ bool HasMask(int format) {
 // ---- the model: a file built from what was asked for
 
 void Put(Bytes& file, std::uint32_t value, int bytes) {
-  for (int i = 0; i < bytes; ++i) file.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+  for (int i = 0; i < bytes; ++i) file.push_back(static_cast<std::uint8_t>(std::uint64_t{value} >> (8 * i)));
 }
 
 void PutPixels(Bytes& file, const Bytes& row, std::size_t from, std::size_t count) {
