@@ -104,12 +104,13 @@ int AddPage(_SAVEDISPATCH* dispatch, int /*kind*/) {
   if (read <= 0) return STATUS_OPEN_WRITE_ERROR;  // there is no file yet to speak of
   if (read < static_cast<int>(bmp::kDirectorySize)) return STATUS_BAD_FORMAT;
 
-  const int count = bmp::DecodeDirectory(bytes).Count;
+  const ICONDIR directory = bmp::DecodeDirectory(bytes);
   const SAVEOPTIONS& options = *dispatch->SaveOptions;
-  const bmp::PageSlot slot = bmp::FindPageSlot(dispatch->Flags, options.Flags, options.PageNumber, count);
+  const bmp::PageSlot slot =
+      bmp::FindPageSlot(dispatch->Flags, options.Flags, options.PageNumber, directory.Count);
   if (slot.page == 0) return STATUS_BAD_PAGE;
   if (slot.isNew) {
-    const int status = bmp::OpenSlot(file.Handle(), slot.page, count);
+    const int status = bmp::OpenSlot(file.Handle(), slot.page, directory);
     if (status != STATUS_OK) return status;
   }
   const uint32_t offset = bmp::EntryOffset(slot.page);

@@ -19,7 +19,7 @@ int fltDeletePageBMP(_DELETEPAGEDISPATCH* dispatch) {
   if (!file.IsOpen()) return STATUS_OPEN_WRITE_ERROR;
   bmp::Block<bmp::kDirectorySize> bytes;
   if (!bmp::ReadBlock(file.Handle(), bytes)) return STATUS_BAD_PAGE;
-  const int count = bmp::DecodeDirectory(bytes).Count;
-  const int status = bmp::CheckPage(dispatch->PageNumber, count);
-  return status == STATUS_OK ? bmp::CloseSlot(file.Handle(), dispatch->PageNumber, count) : status;
+  const ICONDIR directory = bmp::DecodeDirectory(bytes);
+  const int status = bmp::CheckPage(dispatch->PageNumber, directory.Count);
+  return status == STATUS_OK ? bmp::CloseSlot(file.Handle(), dispatch->PageNumber, directory) : status;
 }

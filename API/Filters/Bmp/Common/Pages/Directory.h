@@ -10,12 +10,11 @@
 
 namespace bmp {
 
-/// Makes room for an entry as page `page` of a directory of `count`, and counts it. The room holds stale
-/// bytes.
+/// Makes room for an entry as page `page` of the file's directory, and counts it. The room holds stale bytes.
 /// @return STATUS_OK or STATUS_WRITE_ERROR
-[[nodiscard]] int OpenSlot(HANDLE file, int page, int count);
+[[nodiscard]] int OpenSlot(HANDLE file, int page, const ICONDIR& directory);
 
-/// Removes the entry of page `page` from a directory of `count`. @return STATUS_OK or STATUS_WRITE_ERROR
-[[nodiscard]] int CloseSlot(HANDLE file, int page, int count);
+/// Removes the entry of page `page` from the file's directory. @return STATUS_OK or STATUS_WRITE_ERROR
+[[nodiscard]] int CloseSlot(HANDLE file, int page, const ICONDIR& directory);
 
 }  // namespace bmp
