@@ -49,7 +49,8 @@ void MoveTowardsEnd(HANDLE file, uint32_t source, uint32_t destination) {
   while (const uint32_t size = std::min(from - source, kChunkSize)) {
     from -= size;
     to -= size;
-    if (!SeekTo(file, from) || !ReadExactly(file, chunk.data(), size) || !SeekTo(file, to)) return;
+    // What cannot be read stays; all that comes before it still has to make room.
+    if (!SeekTo(file, from) || !ReadExactly(file, chunk.data(), size) || !SeekTo(file, to)) continue;
     VX_RedirectedWrite(file, chunk.data(), size);
   }
 }

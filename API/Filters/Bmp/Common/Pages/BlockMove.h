@@ -9,8 +9,9 @@ namespace bmp {
 
 /// Moves everything from byte `source` to the end of `file`, which is open for reading and writing, to byte
 /// `destination`; towards the start the file ends earlier by as much. Where the file stands then is not
-/// defined. Failures are not told. Where the end cannot be found, or `source` lies behind it, nothing moves;
-/// where reading fails, nothing moves from there on, and the file ends where it did.
+/// defined. Failures are not told. Where the end cannot be found, or `source` lies behind it, nothing moves.
+/// What cannot be read stays where it is; towards the start everything behind it stays too, and the file
+/// ends where it did.
 void BlockMove(HANDLE file, uint32_t source, uint32_t destination);
 
 }  // namespace bmp
