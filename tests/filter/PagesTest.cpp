@@ -2,6 +2,7 @@
 // something fails half way. Pages are expected to be what a new file would hold.
 #include <algorithm>
 #include <array>
+#include <map>
 #include <random>
 #include <string_view>
 #include <utility>
@@ -97,11 +98,22 @@ TEST(Pages, InsertedAtTheFrontWithTheBodyAtTheEnd) {
 }
 
 TEST(Pages, ReplacedKeepTheOldBodyInTheFile) {
-  for (const int format : {FMT_ICO, FMT_VISTA_ICO}) {
-    PageRig rig(IconOf({30, 40, 50}), format);
+  const std::pair<int, const char*> kinds[] = {
+      {FMT_ICO,
+       "begin 4 0 1 11 12, mask 216, seek 0 2, seek 22 0, write 22 16, seek 0 2, write 174 40, write 214 64, "
+       "row 0 1 0 11 12, write 278 4, get 0 4, write 282 4, close, release 1 1, end"},
+      {FMT_VISTA_ICO,
+       "encode 75 4 0 0, track 1, seek 0 2, seek 22 0, write 22 16, lock, seek 0 2, write 174 5, close, "
+       "unlock, free block"}};
+  for (const auto& [format, calls] : kinds) {
+    PageRig rig(IconOf({30, 40, 50}), format, 4, 5, 1);
     const Bytes before = rig.kernel.file;
     const Page page = rig.AsNew();
     ASSERT_EQ(rig.Put(SAVE_PAGE_REPLACE, 2), STATUS_OK);
+    EXPECT_EQ(rig.kernel.Log({Kind::kSeek, Kind::kWrite, Kind::kClose, Kind::kRelease, Kind::kMask,
+                              Kind::kBeginSave, Kind::kSaveRow, Kind::kGet, Kind::kEndSave, Kind::kEncode,
+                              Kind::kTrack, Kind::kLock, Kind::kUnlock, Kind::kFreeGlobal}),
+              calls);
     const std::vector<Page> old = PagesOf(before);
     EXPECT_EQ(PagesOf(rig.kernel.file), (std::vector<Page>{old[0], page, old[2]}));
     EXPECT_EQ(Number(rig.kernel.file, 34, 4), before.size());
@@ -176,6 +188,15 @@ TEST(Pages, AMoveSparesWhatItCannotRead) {
   ASSERT_EQ(shrunk.Delete(1), STATUS_OK);
   EXPECT_EQ(Part(shrunk.kernel.file, 22, 1008), Part(whole, 38, 1008));
   EXPECT_EQ(Part(shrunk.kernel.file, 1030, whole.size() - 1030), Part(whole, 1030, whole.size() - 1030));
+}
+
+TEST(Pages, ADirectoryMayPromiseMoreThanTheFileHolds) {
+  PageRig inserted(Hex("0000 0100 0500 0101 0000 0000 0000 0400 0000 1600"), FMT_VISTA_ICO);
+  ASSERT_EQ(inserted.Put(SAVE_PAGE_INSERT, 4), STATUS_OK);
+  EXPECT_EQ(inserted.kernel.Log({Kind::kWrite}), "write 0 6, write 54 16, write 70 5");
+  PageRig deleted(Hex("0000 0100 0500"));
+  ASSERT_EQ(deleted.Delete(1), STATUS_OK);
+  EXPECT_EQ(deleted.kernel.file, Hex("0000 0100 0400"));
 }
 
 TEST(Pages, WhatIsNotThereIsRefusedUntouched) {
@@ -280,24 +301,18 @@ bool IsInOrder(const std::string& released) {
 /// What comes of an edit of page 1 when its first call of a kind fails, its second, and so on. A letter each:
 /// '=' the file is as if nothing had failed, '~' it is not, and that is not told; else which failure is told.
 std::string Outcomes(int format, unsigned pageFlags, Kind kind, int result) {
+  static const std::map<int, char> told = {
+      {STATUS_WRITE_ERROR, 'W'}, {STATUS_BAD_PAGE, 'P'}, {STATUS_BAD_FORMAT, 'F'}};
   Bytes whole;
   std::string letters;
   for (int nth = 0;; ++nth) {  // 0: none fails
     PageRig rig(IconOf({30, 40}), format, 8, 5, 1);
     rig.kernel.fault = Fault{kind, nth, false, result};
     const int status = pageFlags == 0 ? rig.Delete(1) : rig.Put(pageFlags, 1);
-    if (nth == 0) {
-      whole = rig.kernel.file;
-      continue;
-    }
-    if (!rig.kernel.faultStruck) return letters;
-    switch (status) {
-      case STATUS_OK: letters += rig.kernel.file == whole ? '=' : '~'; break;
-      case STATUS_WRITE_ERROR: letters += 'W'; break;
-      case STATUS_BAD_PAGE: letters += 'P'; break;
-      case STATUS_BAD_FORMAT: letters += 'F'; break;
-      default: letters += '?';
-    }
+    if (nth > 0 && !rig.kernel.faultStruck) return letters;
+    const char isKept = rig.kernel.file == whole ? '=' : '~';
+    if (nth == 0) whole = rig.kernel.file;
+    if (nth > 0) letters += status == STATUS_OK ? isKept : told.at(status);
   }
 }
 
