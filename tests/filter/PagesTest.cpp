@@ -255,7 +255,7 @@ TEST(Pages, LongChainsOfEditsAgreeWithAPlainList) {
       rig.bitmap.Orientation = below(2) == 0 ? ORIENT_BOTTOM_UP : ORIENT_TOP_DOWN;
       rig.kernel.saved.converted.BytesPerLine = rig.RowSize() + below(3) * 4;
       rig.kernel.saved.maskBytesPerLine = rig.MaskRowSize() + below(2);
-      rig.kernel.saved.png = Repeat(static_cast<std::size_t>(1 + below(90)), static_cast<std::uint8_t>(step));
+      rig.kernel.saved.png = Repeat(1 + static_cast<std::size_t>(below(90)), static_cast<std::uint8_t>(step));
       const Page made = rig.AsNew();
       const bool replaces = edit <= 3;
       const bool isAtEnd = below(4) == 0;
@@ -348,14 +348,14 @@ TEST(Pages, WhereTheConversionRefusesTheSlotIsLeftOpen) {
 
 TEST(Pages, WithoutRowsAPageEndsBehindItsPalette) {
   PageRig rig(IconOf({30, 40}));
-  const std::size_t rows = static_cast<std::size_t>((rig.RowSize() + rig.MaskRowSize()) * rig.bitmap.Height);
+  const int rows = (rig.RowSize() + rig.MaskRowSize()) * rig.bitmap.Height;
   const Bytes before = rig.kernel.file;
   ASSERT_EQ(rig.Put(SAVE_PAGE_INSERT, 2), STATUS_OK);
   const Bytes whole = std::exchange(rig.kernel.file, before);
   rig.kernel.fault = Fault{Kind::kBeginSave, 1, false, 7};
   EXPECT_EQ(rig.Put(SAVE_PAGE_INSERT, 2), 7);
   EXPECT_EQ(rig.kernel.Log({Kind::kSaveRow, Kind::kGet}), "");
-  EXPECT_EQ(rig.kernel.file, Part(whole, 0, whole.size() - rows));
+  EXPECT_EQ(rig.kernel.file, Part(whole, 0, whole.size() - static_cast<std::size_t>(rows)));
 }
 
 TEST(Pages, WhateverFailsTheOtherPagesOfAReplacementStay) {
