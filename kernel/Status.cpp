@@ -27,7 +27,7 @@ constexpr std::array<StatusEntry, 17> kStatuses = {{
     {VX_READ_ERROR, "STATUS_READ_ERROR",
      "The file ends before its data does, or cannot be read; allow truncated files to get what is there."},
     {VX_BAD_FORMAT, "STATUS_BAD_FORMAT",
-     "This is no bitmap, icon or cursor file, or a damaged one; look at its first bytes."},
+     "This is no bitmap, icon, cursor or PNG file, or a damaged one; look at its first bytes."},
     {VX_OPEN_ERROR, "STATUS_OPEN_ERROR",
      "The file cannot be opened for reading; check its name and permissions."},
     {VX_BAD_DIMENSIONS, "STATUS_BAD_DIMENSIONS",
@@ -35,7 +35,8 @@ constexpr std::array<StatusEntry, 17> kStatuses = {{
     {VX_BAD_PARAMETER, "STATUS_BAD_PARAMETER",
      "An argument is null or out of its range; this is a mistake in the calling program."},
     {VX_OPEN_WRITE_ERROR, "STATUS_OPEN_WRITE_ERROR",
-     "The file cannot be opened for writing; check its name and permissions."},
+     "The file cannot be opened for writing; check its name and permissions, and whether it is being "
+     "edited."},
     {VX_NOT_SUPPORTED, "STATUS_NOT_SUPPORTED", "This kind of file cannot do that; choose another format."},
     {VX_BAD_BPP, "STATUS_BAD_BPP",
      "This depth cannot be used here; choose another number of bits per pixel."},
