@@ -24,6 +24,7 @@ struct Command {
 std::span<const Command> AllCommands();
 
 Action DeclareInfo(CLI::App& command);
+Action DeclareView(CLI::App& command);
 Action DeclareConvert(CLI::App& command);
 Action DeclarePages(CLI::App& command);
 Action DeclareIcon(CLI::App& command);

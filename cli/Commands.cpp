@@ -15,6 +15,16 @@ Examples:
   vxbmp info app.ico --page 3
   vxbmp info --json icons/*.ico | jq -r 'select(.width >= 48) | .file')",
      DeclareInfo},
+    {"view", "Shows a picture in the terminal.",
+     R"(What is transparent shows the terminal's background. Small pictures are drawn in their
+own size, a symbol a column of pixels; large ones are made to fit the terminal.
+
+Examples:
+  vxbmp view photo.bmp
+  vxbmp view app.ico --page 3
+  vxbmp view app.ico --size 80x40
+  vxbmp view photo.bmp --as sixel)",
+     DeclareView},
     {"convert", "Turns a picture, a page or headerless pixel data into another file.",
      R"(IN is a bitmap, icon, cursor or PNG file. OUT appears whole or not at all; an older file
 of that name is replaced. IN may be - for standard input, OUT - for standard output.

@@ -11,9 +11,9 @@
 #include "Command.h"
 #include "Input.h"
 #include "Numbers.h"
+#include "OnePage.h"
 #include "Output.h"
 #include "RawArguments.h"
-#include "Report.h"
 #include "SaveArguments.h"
 #include "Text.h"
 
@@ -23,18 +23,11 @@ namespace {
 struct ConvertArguments {
   std::string in;
   std::string out;
-  std::string page;
-  bool allowTruncated = false;
+  OnePage page;
   std::string band;
   RawArguments raw;
   SaveArguments save;
 };
-
-int ParsePage(const std::string& page) {
-  if (page.empty()) return 1;
-  if (const std::optional<int> number = ParseInt(page, 1)) return *number;
-  throw UsageError(fmt::format("--page {}: a whole number from 1 is needed", Printable(page)));
-}
 
 /// FIRST:COUNT, both whole numbers; rows count from 0.
 void ParseBand(std::string_view band, vx_load_options& options) {
@@ -50,21 +43,10 @@ void ParseBand(std::string_view band, vx_load_options& options) {
 }
 
 vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescription* raw) {
-  vx::LoadOptions options;
-  options.page = ParsePage(arguments.page);
-  options.allow_truncated = arguments.allowTruncated ? 1 : 0;
+  vx::LoadOptions options = arguments.page.Options();
   if (!arguments.band.empty()) ParseBand(arguments.band, options);
   if (raw != nullptr) options.raw = &raw->Get();
   return options;
-}
-
-/// People who forget that an icon has several pages get the first; where they watch, they are told.
-void RemarkOnOtherPages(vx::Source& source, const ConvertArguments& arguments) {
-  if (!arguments.page.empty()) return;
-  const int pages = source.Describe(1).page_count;
-  if (pages < 2) return;
-  Remark(fmt::format("{}: page 1 of {}; --page N takes another", Printable(InputName(arguments.in.c_str())),
-                     pages));
 }
 
 /// Whatever the names and links they were reached by. Devices are no files in this sense.
@@ -81,23 +63,6 @@ void RefuseToReplace(const ConvertArguments& arguments) {
   if (AreSameFile(arguments.in, arguments.out)) {
     throw UsageError("IN and OUT are the same file; the new one needs a name of its own");
   }
-}
-
-/// Whether --allow-truncated would have helped. It does where rows are missing, not where headers are.
-bool LoadsWhenTruncated(const vx::Source& source, vx::LoadOptions options) try {
-  options.allow_truncated = 1;
-  static_cast<void>(source.Load(options));
-  return true;
-} catch (const vx::Error&) {
-  return false;
-}
-
-vx::Bitmap Load(const vx::Source& source, const vx::LoadOptions& options, Circumstances& at) try {
-  return source.Load(options);
-} catch (const vx::Error& error) {
-  at.loadsWhenTruncated =
-      error.status() == VX_READ_ERROR && options.allow_truncated == 0 && LoadsWhenTruncated(source, options);
-  throw;
 }
 
 ExitCode Save(const vx::Bitmap& picture, const std::string& out, const vx_save_options& options) {
@@ -124,8 +89,8 @@ ExitCode Convert(const ConvertArguments& arguments) {
   Circumstances at{.file = name, .isLoading = true, .isRaw = raw != nullptr};
   try {
     Input input(arguments.in.c_str(), raw ? Content::Headerless : Content::Picture);
-    const vx::Bitmap picture = Load(input.Source(), options, at);
-    if (raw == nullptr) RemarkOnOtherPages(input.Source(), arguments);
+    const vx::Bitmap picture = LoadPage(input.Source(), options, at);
+    if (raw == nullptr) arguments.page.RemarkOnOthers(input.Source(), name);
     return Save(picture, arguments.out, saveOptions);
   } catch (const vx::Error& error) {
     ReportFailure(error, at);
@@ -139,10 +104,7 @@ Action DeclareConvert(CLI::App& command) {
   auto arguments = std::make_shared<ConvertArguments>();
   command.add_option("IN", arguments->in, "file to read; - is standard input")->required();
   command.add_option("OUT", arguments->out, "file to write; - is standard output")->required();
-  CLI::Option* page =
-      command.add_option("--page", arguments->page, "page of an icon or cursor, from 1; 1 unless given")
-          ->option_text("N");
-  command.add_flag("--allow-truncated", arguments->allowTruncated, "take what is there of a file cut short");
+  CLI::Option* page = arguments->page.Declare(command);
   command.add_option("--band", arguments->band, "convert COUNT rows only, from row FIRST; the top row is 0")
       ->option_text("FIRST:COUNT");
   arguments->save.Declare(command);

@@ -42,6 +42,8 @@ constexpr Hint kHints[] = {
     {VX_BAD_FORMAT, MayBeRaw, "pixel data without a header is described with --raw WIDTHxHEIGHTxBITS"},
     {VX_NO_MEMORY, IsOverLimit, "--memory-limit SIZE sets how much memory a picture may take, such as 4G"},
     {VX_BAD_DIMENSIONS, FitsPngIcon, "--to png-icon, or --png for a page, makes such an icon"},
+    {VX_NO_DISPLAY_LIBRARY, Always,
+     "VXDIS.so is built where libchafa is installed, and belongs beside the library"},
     {VX_NO_FILTER, Always, "VX_FILTER_PATH may name the folder that holds the filter"},
 };
 

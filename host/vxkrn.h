@@ -349,12 +349,42 @@ typedef struct _DELETEPAGEDISPATCH {
   int PageNumber;       /**< page to remove, from 1 */
 } _DELETEPAGEDISPATCH;
 
-/** The display dispatch: filled by the kernel, passed on by the filter, read by neither of its parts. */
+/* ---- Drawing ---- */
+
+#define DISPLAY_AUTO 0    /* DISPLAYOPTIONS.Mode: the best that the terminal is known to take */
+#define DISPLAY_SYMBOLS 1 /* coloured characters */
+#define DISPLAY_SIXEL 2   /* pixels, in the coding of the VT340 */
+#define DISPLAY_KITTY 3   /* pixels, by kitty's graphics protocol */
+
+/** How a bitmap is drawn. */
+typedef struct DISPLAYOPTIONS {
+  unsigned int StructSize; /**< size of this record */
+  int Mode;                /**< DISPLAY_... */
+  int Columns;             /**< most character cells side by side, 1 and more */
+  int Rows;                /**< most character cells one above the other, 1 and more */
+  int CellWidth;           /**< pixels of a cell; 0 where that is not known */
+  int CellHeight;          /**< pixels of a cell; 0 where that is not known */
+  int Enlarge;             /**< nonzero: a small picture fills Columns or Rows */
+} DISPLAYOPTIONS;
+
+/**
+ * Draws bitmap as text for a terminal, in its proportions. What is outside the region, or transparent by the
+ * bitmap's alpha channel, shows the terminal's background. What the terminal takes is told by the
+ * environment. The caller frees *text, *size bytes without a closing 0, with VX_LocalFree.
+ */
+typedef int (*DISPLAYDRAW)(_BITMAPHANDLE* bitmap, const DISPLAYOPTIONS* options, char** text,
+                           unsigned int* size);
+
+/** The display dispatch: the functions of the display library. Filters only pass it on. */
 typedef struct _DISDISPATCH {
   unsigned int StructSize; /**< size of this record */
   unsigned int Reserved1;
-  void* Functions[16]; /**< the display library's entry points */
+  DISPLAYDRAW Draw;
+  void* Reserved2[15];
 } _DISDISPATCH;
+
+/** What the display library, VXDIS.so, exports: fills the functions of the record. */
+int disGetDispatch(_DISDISPATCH* dispatch);
 
 /* ---- Entry points a filter exports ---- */
 
@@ -366,6 +396,12 @@ int fltLoad(_LOADDISPATCH* dispatch);
 int fltSave(_SAVEDISPATCH* dispatch);
 /** Removes one page of an icon or cursor file. */
 int fltDeletePage(_DELETEPAGEDISPATCH* dispatch);
+/*
+ * A fifth one has a C++ name:
+ *     int GetDisplayDispatch(_DISDISPATCH* dispatch, HANDLE& library);
+ * It fills the record, loading the display library where that must be; the caller then owns library, which is
+ * null otherwise, and gives it back through FreeLibrary.
+ */
 
 /* ---- Kernel services: files ---- */
 
@@ -435,6 +471,11 @@ int VX_IntAccessBitmap(_BITMAPHANDLE* bitmap, int option);
 int VX_IntReleaseBitmap(_BITMAPHANDLE* bitmap, int option, int status);
 /** Copies byteCount bytes of stored row `row` to buffer. @return bytes copied, or a failure status. */
 int VX_GetBitmapRow(_BITMAPHANDLE* bitmap, unsigned char* buffer, int row, unsigned int byteCount);
+/**
+ * Writes stored row `row` as red, green, blue, alpha: 4 x Width bytes. Alpha is the bitmap's own channel
+ * where it has one, else 0 outside the region and 255 inside. @return bytes written, or a failure status.
+ */
+int VX_GetBitmapColors(_BITMAPHANDLE* bitmap, unsigned char* rgba, int row);
 /** Copies byteCount bytes from buffer to stored row `row`. @return bytes copied, or a failure status. */
 int VX_PutBitmapRow(_BITMAPHANDLE* bitmap, const unsigned char* buffer, int row, unsigned int byteCount);
 
@@ -466,11 +507,19 @@ int WinGlobalUnlock(void* handle);
 /** Frees a global memory block and takes it off the resource tracking. */
 int VX_OsFreeHandle(void* handle, int line, const char* file);
 
-/** Fills the display dispatch. @return STATUS_OK, or STATUS_NO_DISPLAY_LIBRARY until it is loaded. */
+/**
+ * Fills the display dispatch. @return STATUS_OK; STATUS_NO_DISPLAY_LIBRARY while VXDIS.so is not loaded;
+ * STATUS_BAD_PARAMETER for null or a record of another size; STATUS_NOT_SUPPORTED for a VXDIS.so that is
+ * none.
+ */
 int VX_GetDisDispatch(_DISDISPATCH* dispatch);
-/** Loads a library by name. @return its handle, or null; goes back through FreeLibrary. */
+/**
+ * Loads a library. A name without a slash is looked for in the kernel's own folder (vxkrn-18 beside it),
+ * beside the kernel and then where the system looks. @return its handle, or null; goes back through
+ * FreeLibrary.
+ */
 HANDLE LoadLibrary(const char* fileName);
-/** Unloads a library. */
+/** Unloads a library. @return 1, or 0 when that is not possible. */
 int FreeLibrary(HANDLE library);
 
 #ifdef __cplusplus

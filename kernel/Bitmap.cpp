@@ -7,6 +7,7 @@
 
 #include "CallContext.h"
 #include "Memory.h"
+#include "Rows.h"
 
 namespace {
 
@@ -82,6 +83,12 @@ int VX_GetBitmapRow(_BITMAPHANDLE* bitmap, unsigned char* buffer, int row, unsig
   if (!HasRow(bitmap, buffer, row, byteCount)) return STATUS_BAD_PARAMETER;
   std::memcpy(buffer, vxkrn::StoredRow(*bitmap, row), byteCount);
   return static_cast<int>(byteCount);
+}
+
+int VX_GetBitmapColors(_BITMAPHANDLE* bitmap, unsigned char* rgba, int row) {
+  if (!HasRow(bitmap, rgba, row, 0)) return STATUS_BAD_PARAMETER;
+  vxkrn::ReadRgba(*bitmap, vxkrn::ColorsOf(*bitmap), row, rgba);
+  return 4 * bitmap->Width;
 }
 
 int VX_PutBitmapRow(_BITMAPHANDLE* bitmap, const unsigned char* buffer, int row, unsigned int byteCount) {

@@ -1,6 +1,6 @@
 // Looks for the filter where VX_FILTER_PATH says, in the filters' folder beside the kernel library, and right
 // beside it. The first file that is there decides: one that cannot be loaded is an error, not a reason to
-// take another silently. Also the contract's library services.
+// take another silently.
 #include "FilterLoader.h"
 
 #include <dlfcn.h>
@@ -13,12 +13,15 @@
 #include <vector>
 
 #include "Errors.h"
+#include "Libraries.h"
 #include "vx/vx.h"
 
 namespace vxkrn {
 namespace {
 
 constexpr const char* kFilterName = "vxfbmp.so.18";
+/// GetDisplayDispatch(_DISDISPATCH*, tagHANDLE*&), the one entry point with a C++ name
+constexpr const char* kDisplayEntry = "_Z18GetDisplayDispatchP12_DISDISPATCHRP9tagHANDLE";
 
 enum class Kind : std::uint8_t { kNothing, kFile, kFolder };
 
@@ -26,15 +29,6 @@ Kind KindOf(const std::string& path) {
   struct stat status = {};
   if (stat(path.c_str(), &status) != 0) return Kind::kNothing;
   return S_ISDIR(status.st_mode) ? Kind::kFolder : Kind::kFile;
-}
-
-/// The folder this library was loaded from, with its last slash; empty when that cannot be told.
-std::string OwnFolder() {
-  static const char anchor = 0;
-  Dl_info info = {};
-  if (dladdr(&anchor, &info) == 0 || info.dli_fname == nullptr) return {};
-  const std::string_view path = info.dli_fname;
-  return std::string(path.substr(0, path.rfind('/') + 1));
 }
 
 std::vector<std::string> Candidates(const char* searchPath) {
@@ -67,6 +61,7 @@ int OpenFilter(const std::string& path, Filter* filter) {
   if (library == nullptr) return Fail(VX_NO_FILTER, "the filter cannot be loaded: ", dlerror());
   Filter found;
   const char* missing = nullptr;
+  if (!FindEntry(library, kDisplayEntry, &found.display)) missing = "GetDisplayDispatch";
   if (!FindEntry(library, "fltDeletePage", &found.deletePage)) missing = "fltDeletePage";
   if (!FindEntry(library, "fltSave", &found.save)) missing = "fltSave";
   if (!FindEntry(library, "fltLoad", &found.load)) missing = "fltLoad";
@@ -105,11 +100,3 @@ int LoadFilter(const Filter** filter) {
 }
 
 }  // namespace vxkrn
-
-HANDLE LoadLibrary(const char* fileName) {
-  return fileName == nullptr ? nullptr : reinterpret_cast<HANDLE>(dlopen(fileName, RTLD_NOW | RTLD_LOCAL));
-}
-
-int FreeLibrary(HANDLE library) {
-  return library != nullptr && dlclose(library) == 0 ? 1 : 0;
-}

@@ -11,6 +11,7 @@ struct Filter {
   int (*load)(_LOADDISPATCH*) = nullptr;
   int (*save)(_SAVEDISPATCH*) = nullptr;
   int (*deletePage)(_DELETEPAGEDISPATCH*) = nullptr;
+  int (*display)(_DISDISPATCH*, HANDLE&) = nullptr;
 };
 
 /// @return STATUS_OK and the filter in *filter, or VX_NO_FILTER with a detail of what was tried. A failure is

@@ -41,7 +41,7 @@ constexpr std::array<StatusEntry, 17> kStatuses = {{
     {VX_BAD_BPP, "STATUS_BAD_BPP",
      "This depth cannot be used here; choose another number of bits per pixel."},
     {VX_NO_DISPLAY_LIBRARY, "STATUS_NO_DISPLAY_LIBRARY",
-     "The display library is not there; install it next to the kernel library."},
+     "The display library, VXDIS.so, cannot be loaded; it is built where libchafa is installed."},
     {VX_BAD_PAGE, "STATUS_BAD_PAGE", "The file has no such page; pages count from 1."},
     {VX_LAST_PAGE, "STATUS_LAST_PAGE", "The only page of a file cannot be deleted; delete the file instead."},
     {VX_NO_FILTER, "STATUS_NO_FILTER",

@@ -56,6 +56,11 @@ struct SaveOptions : vx_save_options {
       : vx_save_options{form, bitsPerPixel, 0, VX_PALETTE_BEST, VX_DITHER_DIFFUSE, 0} {}
 };
 
+/// Options of drawing that start from the defaults.
+struct DrawOptions : vx_draw_options {
+  DrawOptions() noexcept : vx_draw_options VX_DRAW_OPTIONS_DEFAULT {}
+};
+
 /// Bytes that the library allocated.
 class Buffer {
  public:
@@ -131,6 +136,14 @@ class Bitmap {
     std::size_t size = 0;
     Check(vx_save_memory(bitmap_.get(), &options, &bytes, &size));
     return {bytes, size};
+  }
+  /// The picture as text for a terminal.
+  [[nodiscard]] std::string Draw(const vx_draw_options& options) const {
+    char* text = nullptr;
+    std::size_t size = 0;
+    Check(vx_bitmap_draw(bitmap_.get(), &options, &text, &size));
+    const std::unique_ptr<char, void (*)(void*)> owner(text, vx_free);
+    return {text, size};
   }
   [[nodiscard]] vx_bitmap* Get() const noexcept { return bitmap_.get(); }
 

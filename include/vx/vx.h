@@ -354,6 +354,38 @@ VX_API int vx_edit_commit(vx_edit* edit);
 /** Ends the edit; without vx_edit_commit before it the file stays as it was. Null does nothing. */
 VX_API void vx_edit_close(vx_edit* edit);
 
+/* ---- Drawing in a terminal
+ * --------------------------------------------------------------------------------- */
+
+/** How pixels become text. */
+typedef enum vx_draw_mode {
+  VX_DRAW_AUTO = 0,    /**< the best that the terminal is known to take, by what the environment says of it */
+  VX_DRAW_SYMBOLS = 1, /**< coloured characters */
+  VX_DRAW_SIXEL = 2,   /**< pixels, in the coding of the VT340 */
+  VX_DRAW_KITTY = 3    /**< pixels, by kitty's graphics protocol */
+} vx_draw_mode;
+
+/** How to draw. Start from VX_DRAW_OPTIONS_DEFAULT; passing null means just that. */
+typedef struct vx_draw_options {
+  int mode;        /**< vx_draw_mode */
+  int columns;     /**< most characters side by side, 1 and more */
+  int rows;        /**< most characters one above the other, 1 and more */
+  int cell_width;  /**< pixels that a character takes on the screen; 0 where that is not known */
+  int cell_height; /**< pixels that a character takes on the screen; 0 where that is not known */
+  int enlarge;     /**< nonzero: a small picture fills the columns or the rows */
+} vx_draw_options;
+
+#define VX_DRAW_OPTIONS_DEFAULT \
+  { VX_DRAW_AUTO, 80, 24, 0, 0, 0 }
+
+/**
+ * Draws the bitmap as text for a terminal, in its proportions and as far as a terminal can show: 4096 pixels
+ * or 512 characters a side. What is transparent shows the terminal's background. *text, `size` bytes without
+ * a closing 0, is freed with vx_free.
+ * @return VX_NO_DISPLAY_LIBRARY where the display library is not installed
+ */
+VX_API int vx_bitmap_draw(const vx_bitmap* bitmap, const vx_draw_options* options, char** text, size_t* size);
+
 /* ---- The library
  * ------------------------------------------------------------------------------------------- */
 

@@ -338,4 +338,24 @@ TEST_F(CommandLineTest, NumbersAreDecimalAndValuesAreNotEmpty) {
   }
 }
 
+TEST_F(CommandLineTest, ViewDrawsAPageOrSaysWhatIsMissing) {
+  Provide("icon-sizes.ico");
+  Provide("bad-rows-cut.bmp");
+  const Outcome first = shell.Run("vxbmp view icon-sizes.ico --as kitty");
+  if (VX_DISPLAY_IS_BUILT) {
+    EXPECT_TRUE(Mentions(first.out, "s=16,v=16")) << first.err;
+    EXPECT_TRUE(Mentions(shell.Run("vxbmp view - --page 3 --as kitty < icon-sizes.ico").out, "s=32,v=32"));
+    const Outcome fitted = shell.Run("vxbmp view icon-sizes.ico --as symbols --size 40x10");
+    EXPECT_EQ(std::count(fitted.out.begin(), fitted.out.end(), '\n'), 10);
+    EXPECT_EQ(shell.Run("vxbmp view bad-rows-cut.bmp --allow-truncated").code, 0);
+  } else {
+    EXPECT_EQ(first.code, 1);
+    EXPECT_TRUE(Mentions(first.err, "VXDIS.so")) << first.err;
+  }
+  EXPECT_TRUE(Mentions(shell.Run("vxbmp view bad-rows-cut.bmp").err, "--allow-truncated"));
+  for (const char* arguments : {"--size 40", "--size 0x4", "--as paint", "--page 0"}) {
+    EXPECT_EQ(shell.Run(std::string("vxbmp view icon-sizes.ico ") + arguments).code, 2) << arguments;
+  }
+}
+
 }  // namespace

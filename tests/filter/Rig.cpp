@@ -40,6 +40,7 @@ const Filter& TheFilter() {
     Find(module, "_Z11IsPNGHeaderPh", found.isPng);
     Find(module, "fltSave", found.save);
     Find(module, "fltDeletePage", found.deletePage);
+    Find(module, "_Z18GetDisplayDispatchP12_DISDISPATCHRP9tagHANDLE", found.display);
     Find(module, "_Z16CreateMaskBitmapP13_BITMAPHANDLE", found.createMask);
     Find(module, "_Z14FreeMaskBitmapP13_BITMAPHANDLE", found.freeMask);
     Find(module, "_Z12InvertBufferPhj", found.invert);

@@ -18,6 +18,7 @@ struct Filter {
   int (*isPng)(unsigned char*);
   int (*save)(_SAVEDISPATCH*);
   int (*deletePage)(_DELETEPAGEDISPATCH*);
+  int (*display)(_DISDISPATCH*, HANDLE&);
   _BITMAPHANDLE* (*createMask)(_BITMAPHANDLE*);
   void (*freeMask)(_BITMAPHANDLE*);
   void (*invert)(unsigned char*, unsigned int);

@@ -14,6 +14,12 @@ VXBMP_EXPORT int fltSave(_SAVEDISPATCH* dispatch);
 VXBMP_EXPORT int fltDeletePage(_DELETEPAGEDISPATCH* dispatch);
 }
 
+/// Fills the display dispatch, loading the display library where the kernel asks for it.
+/// @param library  the display library where it was loaded here, which the caller gives back through
+///                 FreeLibrary; null otherwise, and after every failure
+/// @return STATUS_OK; STATUS_FAILURE where VXDIS.so cannot be loaded, or what VX_GetDisDispatch answered
+[[nodiscard]] VXBMP_EXPORT int GetDisplayDispatch(_DISDISPATCH* dispatch, HANDLE& library);
+
 /// Identifies the open file of the record and fills its FileInfo; clamps LoadOptions->PageNumber.
 /// @return STATUS_OK; STATUS_READ_ERROR, STATUS_BAD_FORMAT, STATUS_FAILURE, STATUS_NO_MEMORY, or what
 /// GetPngInfoFromMemory answered

@@ -1,0 +1,13 @@
+// Where this library lies, and with it the libraries that belong to it.
+#pragma once
+
+#include <string>
+
+#include "Contract.h"
+
+namespace vxkrn {
+
+/// The folder this library was loaded from, with its last slash; empty when that cannot be told.
+[[nodiscard]] std::string OwnFolder();
+
+}  // namespace vxkrn

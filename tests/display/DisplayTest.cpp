@@ -1,0 +1,118 @@
+// What is drawn: colours and transparency, sizes, and what is left behind.
+#include <gtest/gtest.h>
+#include <vxkrn.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+#include <vx/image.hpp>
+
+namespace {
+
+using Rgba = std::vector<std::uint8_t>;
+
+vx::Bitmap Picture(int width, int height, const Rgba& pixel) {
+  Rgba pixels;
+  for (int i = 0; i < width * height; ++i) pixels.insert(pixels.end(), pixel.begin(), pixel.end());
+  return vx::Bitmap::FromRgba(width, height, pixels.data());
+}
+
+std::size_t Count(const std::string& text, const std::string& part) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+vx::DrawOptions In(int columns, int rows, int mode = VX_DRAW_SYMBOLS, bool enlarge = false) {
+  vx::DrawOptions options;
+  options.columns = columns;
+  options.rows = rows;
+  options.mode = mode;
+  options.enlarge = enlarge ? 1 : 0;
+  return options;
+}
+
+const Rgba kRed = {250, 20, 30, 255};
+constexpr const char* kRedText = "2;250;20;30";
+
+TEST(Drawing, WithoutTheLibraryIsRefusedInWords) {
+  if (VX_DISPLAY_IS_BUILT) GTEST_SKIP() << "the display library is built";
+  try {
+    (void)Picture(1, 1, kRed).Draw(vx::DrawOptions());
+    FAIL();
+  } catch (const vx::Error& error) {
+    EXPECT_EQ(error.status(), VX_NO_DISPLAY_LIBRARY);
+    EXPECT_NE(error.detail().find("VXDIS.so"), std::string::npos) << error.detail();
+  }
+}
+
+class DisplayTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!VX_DISPLAY_IS_BUILT) GTEST_SKIP() << "the display library is not built";
+  }
+};
+
+TEST_F(DisplayTest, KernelFindsTheLibraryWhileItIsLoaded) {
+  _DISDISPATCH dispatch{};
+  EXPECT_EQ(VX_GetDisDispatch(&dispatch), STATUS_BAD_PARAMETER);
+  dispatch.StructSize = sizeof dispatch;
+  EXPECT_EQ(VX_GetDisDispatch(&dispatch), STATUS_NO_DISPLAY_LIBRARY);
+  HANDLE library = LoadLibrary("VXDIS.so");
+  ASSERT_NE(library, nullptr);
+  EXPECT_EQ(VX_GetDisDispatch(&dispatch), STATUS_OK);
+  EXPECT_NE(dispatch.Draw, nullptr);
+  EXPECT_EQ(FreeLibrary(library), 1);
+  EXPECT_EQ(VX_GetDisDispatch(&dispatch), STATUS_NO_DISPLAY_LIBRARY);
+}
+
+TEST_F(DisplayTest, ColoursAndNothingWhereNothingIs) {
+  const std::string red = Picture(8, 8, kRed).Draw(In(80, 24));
+  EXPECT_NE(red.find(kRedText), std::string::npos) << red;
+  EXPECT_EQ(Count(red, "\n"), 4U) << red;  // characters are twice as high as wide
+  const std::string hidden = Picture(8, 8, {250, 20, 30, 0}).Draw(In(80, 24));
+  EXPECT_EQ(hidden.find("250"), std::string::npos) << hidden;
+}
+
+TEST_F(DisplayTest, RowsRunFromTheTop) {
+  Rgba pixels;
+  for (int i = 0; i < 64; ++i) pixels.insert(pixels.end(), {std::uint8_t(i < 32 ? 250 : 10), 20, 30, 255});
+  const std::string text = vx::Bitmap::FromRgba(8, 8, pixels.data()).Draw(In(80, 24));
+  EXPECT_LT(text.find("2;250;20;30"), text.find("2;10;20;30")) << text;
+}
+
+TEST_F(DisplayTest, FitsAndFills) {
+  EXPECT_EQ(Count(Picture(400, 400, kRed).Draw(In(80, 24)), "\n"), 24U);
+  EXPECT_EQ(Count(Picture(4, 4, kRed).Draw(In(80, 24, VX_DRAW_SYMBOLS, true)), "\n"), 24U);
+  EXPECT_EQ(Count(Picture(9000, 2, kRed).Draw(In(60, 24)), "\n"), 1U);
+  EXPECT_NE(Picture(9000, 20, kRed).Draw(In(60, 24)).find(kRedText), std::string::npos);  // means of 3 x 3
+  EXPECT_LE(Count(Picture(2, 2, kRed).Draw(In(1 << 30, 1 << 30, VX_DRAW_SYMBOLS, true)), "\n"), 512U);
+}
+
+TEST_F(DisplayTest, PixelsStayAsManyAsTheyAre) {
+  const vx::Bitmap picture = Picture(13, 10, kRed);
+  EXPECT_NE(picture.Draw(In(80, 24, VX_DRAW_KITTY)).find("s=16,v=16,c=2,r=1"), std::string::npos);
+  EXPECT_NE(picture.Draw(In(80, 24, VX_DRAW_SIXEL)).find("\"1;1;16;18"), std::string::npos);  // whole sixels
+  EXPECT_NE(picture.Draw(In(80, 24, VX_DRAW_SIXEL, true)).find("\"1;1;496;384"), std::string::npos);
+}
+
+TEST_F(DisplayTest, RefusesWhatMakesNoSense) {
+  const vx::Bitmap picture = Picture(1, 1, kRed);
+  for (const vx::DrawOptions& options : {In(0, 24), In(80, -1), In(80, 24, 9)}) {
+    char* text = nullptr;
+    std::size_t size = 1;
+    EXPECT_EQ(vx_bitmap_draw(picture.Get(), &options, &text, &size), VX_BAD_PARAMETER);
+    EXPECT_EQ(size, 0U);
+  }
+}
+
+TEST_F(DisplayTest, LeavesNothingBehind) {
+  for (int i = 0; i < 3; ++i) (void)Picture(20, 20, kRed).Draw(In(80, 24));
+  EXPECT_EQ(vx_memory_in_use(), 0U);
+  const vx::Bitmap picture = Picture(100, 100, kRed);
+  vx_set_memory_limit(vx_memory_in_use() + 1000);
+  EXPECT_THROW((void)picture.Draw(In(80, 24)), vx::Error);
+  vx_set_memory_limit(0);
+}
+
+}  // namespace
