@@ -1,0 +1,75 @@
+/* ownfiles IN: saves a picture into a file of the program's own, which is a block of memory, and reads it
+ * back. */
+#include <stdio.h>
+#include <string.h>
+#include <vx/vx.h>
+
+typedef struct Store {
+  unsigned char bytes[65536];
+  uint64_t size;
+} Store;
+
+static void* Open(void* user, const char* name, int flags) {
+  (void)flags;
+  return strcmp(name, "store:1") == 0 ? user : NULL;
+}
+
+static int64_t ReadAt(void* user, void* file, void* buffer, uint32_t count, uint64_t position) {
+  const Store* store = file;
+  (void)user;
+  if (position >= store->size) return 0;
+  if (count > store->size - position) count = (uint32_t)(store->size - position);
+  memcpy(buffer, store->bytes + position, count);
+  return count;
+}
+
+static int64_t WriteAt(void* user, void* file, const void* buffer, uint32_t count, uint64_t position) {
+  Store* store = file;
+  (void)user;
+  if (position > sizeof store->bytes || count > sizeof store->bytes - position) return -1; /* full */
+  memcpy(store->bytes + position, buffer, count);
+  if (store->size < position + count) store->size = position + count;
+  return count;
+}
+
+static int64_t Size(void* user, void* file) {
+  (void)user;
+  return (int64_t)((const Store*)file)->size;
+}
+
+static int Truncate(void* user, void* file, uint64_t size) {
+  (void)user;
+  ((Store*)file)->size = size;
+  return 0;
+}
+
+static int Close(void* user, void* file) {
+  (void)user;
+  (void)file;
+  return 0;
+}
+
+int main(int argc, char** argv) {
+  static Store store;
+  const vx_file_functions functions = {Open, ReadAt, WriteAt, Size, Truncate, Close};
+  vx_source* source;
+  vx_bitmap* bitmap;
+  vx_info info;
+  if (argc != 2 || vx_open_file(argv[1], &source) != VX_OK) return 2;
+  if (vx_load(source, NULL, &bitmap) != VX_OK) return 1;
+  vx_close(source);
+
+  vx_redirect_files(&functions, &store); /* from now on, for this thread */
+  const int saved = vx_save_file(bitmap, "store:1", NULL);
+  if (saved != VX_OK) printf("%s\n", vx_error_detail());
+  vx_bitmap_free(bitmap);
+  if (saved == VX_OK && vx_open_file("store:1", &source) == VX_OK) {
+    if (vx_describe(source, 1, &info) == VX_OK) {
+      printf("store:1 has %u bytes: %s, %d bits\n", (unsigned)store.size, vx_format_name(info.format),
+             info.bits_per_pixel);
+    }
+    vx_close(source);
+  }
+  vx_redirect_files(NULL, NULL);
+  return saved == VX_OK ? 0 : 1;
+}
