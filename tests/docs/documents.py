@@ -1,6 +1,8 @@
 """The documents against what they speak of. Usage: documents.py CHECK SOURCE [ARGUMENT...]
 
 errors     docs/errors.md has every status, with its names and number and a section of its own
+manual     VXBMP: the pages in docs/man have the commands and options that VXBMP has, and the functions and statuses
+           of vx.h
 tutorial   BIN VXSAMPLES: what docs/tutorial/README.md quotes is in its programs, in the folder BIN, and is what they
            print
 """
@@ -28,6 +30,46 @@ def errors(source):
                 for name, _, number in known if name != "VX_OK" and (name, number) not in sections)
     yield from (f"docs/errors.md: {name} {number} of host/vxkrn.h is not in the table"
                 for name, number in contract if (name, number) not in {row[1:] for row in rows})
+
+
+def manual(source, program):
+    yield from documented(source, program, [])
+    library = (source / "docs/man/vxkrn.3").read_text()
+    header = (source / "include/vx/vx.h").read_text()
+    yield from difference("vxkrn.3", re.findall(r"Fn (vx_\w+)", library),
+                          re.findall(r"^VX_API .*?(vx_\w+)\(", header, re.M))
+    statuses = re.findall(r"(VX_\w+) = (-?\d+)", re.search(r"enum vx_status \{(.*?)\}", header, re.S)[1])
+    yield from difference("vxkrn.3, under ERRORS", re.findall(r"^\.It Dv (\w+) Pq (-?\d+)", library, re.M),
+                          set(statuses) - {("VX_OK", "1")})
+
+
+def documented(source, program, command):
+    """A command and those below it: its options stand in its page, below a heading of its own where it has none."""
+    usage = subprocess.run([program, *command, "--help"], check=True, text=True, stdout=subprocess.PIPE).stdout
+    name = "-".join(["vxbmp", *command[:1]])
+    path = source / f"docs/man/{name}.1"
+    if not path.exists():
+        yield f"docs/man/{name}.1 is missing, for: vxbmp {' '.join(command)}"
+        return
+    text = path.read_text()
+    parts = re.split(r"^\.Ss (\w+)$", text, flags=re.M)
+    part = dict(zip(parts[1::2], parts[2::2])).get(command[1], "") if len(command) > 1 else parts[0]
+    options = re.findall(r"(?<=Fl )-?[\w-]+", "\n".join(re.findall(r"^\.It (Fl .*)", part, re.M)))
+    known = re.findall(r"(?<=-)-?[\w-]+", "\n".join(re.findall(r"^  (-\S+) ", usage, re.M)))
+    yield from difference(f"{path.name}: {' '.join(command)}", [*options, *(("h", "-help") if command else ())], known)
+
+    commands = re.findall(r"^  (\w+)  ", usage.partition("\nCommands:\n")[2].partition("\n\n")[0], re.M)
+    if not command:
+        coming = {"completions"}
+        listed = re.findall(r"^\.It Cm (\w+)$", text, re.M)
+        yield from difference(path.name, set(listed) - coming, set(commands) - coming)
+    for nested in commands:
+        yield from documented(source, program, [*command, nested])
+
+
+def difference(place, said, true):
+    yield from (f"{place} lacks {each}" for each in sorted(set(true) - set(said)))
+    yield from (f"{place} has {each}, which is none" for each in sorted(set(said) - set(true)))
 
 
 def tutorial(source, programs, samples):
