@@ -28,5 +28,6 @@ Action DeclareView(CLI::App& command);
 Action DeclareConvert(CLI::App& command);
 Action DeclarePages(CLI::App& command);
 Action DeclareIcon(CLI::App& command);
+Action DeclareCompletions(CLI::App& command);
 
 }  // namespace cli

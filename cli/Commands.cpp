@@ -78,6 +78,14 @@ Examples:
   vxbmp icon hand-drawn-16.png logo.png -o app.ico
   vxbmp icon logo.png -o app.ico --png-from 16)",
      DeclareIcon},
+    {"completions", "Prints what makes a shell complete the arguments of vxbmp.",
+     R"(An installed vxbmp has brought them along already.
+
+Examples:
+  source <(vxbmp completions bash)
+  vxbmp completions zsh > ~/.zsh/functions/_vxbmp
+  vxbmp completions fish > ~/.config/fish/completions/vxbmp.fish)",
+     DeclareCompletions},
 };
 
 }  // namespace

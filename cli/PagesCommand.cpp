@@ -326,7 +326,8 @@ void DeclareImages(CLI::App& command, EditArguments& arguments, bool isMany) {
   images->required()->expected(1, isMany ? CLI::detail::expected_max_vector_size : 1);
   command.add_flag("--png", arguments.asPng, "store it as a PNG stream, which icons can have");
   command.add_option("--bits", arguments.bits, "store it as a bitmap of 1, 4, 8 or 24 bits a pixel")
-      ->option_text("N");
+      ->option_text("N")
+      ->type_name("1|4|8|24");
 }
 
 void DeclareSelection(CLI::App& command, std::string& selection, const std::string& text) {
@@ -380,7 +381,8 @@ Nested DeclareExtract(CLI::App& command) {
   sub->add_option("-o", arguments->pattern,
                   "name of the files, with {name}, {page}, {size} and {bits} for\n"
                   "what they say; {name}-{page}.png unless given")
-      ->option_text("PATTERN");
+      ->option_text("PATTERN")
+      ->type_name("FILE");
   return {sub, [arguments] { return Extract(*arguments); }};
 }
 

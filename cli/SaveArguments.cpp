@@ -38,9 +38,9 @@ const std::vector<Kind>& Kinds() {
   return kinds;
 }
 
-std::string Words() {
+std::string Words(std::string_view separator = ", ") {
   std::string words;
-  for (const Kind& kind : Kinds()) words.append(words.empty() ? "" : ", ").append(kind.word);
+  for (const Kind& kind : Kinds()) words.append(words.empty() ? "" : separator).append(kind.word);
   return words;
 }
 
@@ -124,12 +124,14 @@ void SaveArguments::Declare(CLI::App& command) {
       .add_option("--to", format_,
                   "format of OUT: " + Words() +
                       ".\nGuessed from OUT's name unless given; png for a name that tells nothing")
-      ->option_text("FORMAT");
+      ->option_text("FORMAT")
+      ->type_name(Words("|"));
   command
       .add_option("--bits", bits_,
                   "bits a pixel: 1, 4, 8, 16, 24 or 32, as far as the format has them;\n"
                   "unless given, those of the picture, or the fewest that lose nothing")
-      ->option_text("N");
+      ->option_text("N")
+      ->type_name("1|4|8|16|24|32");
   command.add_flag("--565", is565_, "16 bits with 6 for green, which only bmp has");
   command
       .add_option("--dither", dither_,

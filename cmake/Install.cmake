@@ -82,6 +82,23 @@ if(VX_BUILD_CLI)
   install(TARGETS vxbmp RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT commandline)
 endif()
 
+# install_completions SHELL FOLDER NAME: vxbmp writes them itself.
+function(install_completions shell folder name)
+  set(script ${PROJECT_BINARY_DIR}/install/${shell}/${name})
+  add_custom_command(OUTPUT ${script}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/install/${shell}
+    COMMAND vxbmp completions ${shell} > ${script}
+    DEPENDS vxbmp VERBATIM)
+  add_custom_target(${shell}_completions ALL DEPENDS ${script})
+  install(FILES ${script} DESTINATION ${folder} COMPONENT commandline)
+endfunction()
+
+if(VX_BUILD_CLI)
+  install_completions(bash ${CMAKE_INSTALL_DATADIR}/bash-completion/completions vxbmp)
+  install_completions(zsh ${VX_ZSH_COMPLETIONS_DIR} _vxbmp)
+  install_completions(fish ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d vxbmp.fish)
+endif()
+
 # ---- manual pages and licence
 
 # install_manual COMPONENT PATTERN... takes what is there.
