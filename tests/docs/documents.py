@@ -58,6 +58,10 @@ def documented(source, program, command):
     known = re.findall(r"(?<=-)-?[\w-]+", "\n".join(re.findall(r"^  (-\S+) ", usage, re.M)))
     yield from difference(f"{path.name}: {' '.join(command)}", [*options, *(("h", "-help") if command else ())], known)
 
+    formats = re.findall(r"^  (\S+) +((?:\d+, )*\d+)  +(any|\d+)  ", usage, re.M)
+    said = re.findall(r"^\.It Cm (\S+) Ta ([\d, ]+) Ta (any|\d+) Ta", text, re.M)
+    yield from difference(f"{path.name}, its table of formats,", said, formats)
+
     commands = re.findall(r"^  (\w+)  ", usage.partition("\nCommands:\n")[2].partition("\n\n")[0], re.M)
     if not command:
         coming = {"completions"}
