@@ -84,8 +84,8 @@ void* VX_LocalAlloc(unsigned int count, unsigned int size, int line, const char*
   const std::string text = "alloc #" + std::to_string(Kernel().blocksMade + 1);
   const auto failure = Kernel().Happens(Kind::kAlloc, text, {static_cast<std::int64_t>(bytes)});
   if (failure || bytes > kMemoryLimit) return nullptr;
-  void* memory = std::malloc(std::max<std::size_t>(bytes, 1));
-  if (bytes != 0) std::memset(memory, kGarbage, bytes);
+  void* memory = std::malloc(static_cast<std::size_t>(std::max<std::uint64_t>(bytes, 1)));
+  if (bytes != 0) std::memset(memory, kGarbage, static_cast<std::size_t>(bytes));
   Kernel().blocks[memory] = ++Kernel().blocksMade;
   return memory;
 }

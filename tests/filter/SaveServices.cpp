@@ -28,7 +28,8 @@ int VX_RedirectedWrite(HANDLE file, const void* buffer, unsigned int count) {
   Bytes& bytes = Kernel().file;
   const std::size_t end = std::size_t{file->position} + stored;
   bytes.resize(count == 0 && !failure ? end : std::max(bytes.size(), end));
-  std::copy_n(static_cast<const std::uint8_t*>(buffer), stored, bytes.begin() + file->position);
+  std::copy_n(static_cast<const std::uint8_t*>(buffer), stored,
+              bytes.begin() + static_cast<std::ptrdiff_t>(file->position));
   file->position += stored;
   return failure ? *failure : static_cast<int>(count);
 }

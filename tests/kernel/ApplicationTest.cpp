@@ -104,7 +104,8 @@ struct Nested {
     const Bytes inner = GreyBitmap(50);
     EXPECT_EQ(Levels(vx::Source::Memory(inner).Load()), LevelsFrom(50));
     if (position >= self->bytes.size()) return 0;
-    const std::size_t portion = std::min<std::size_t>(count, self->bytes.size() - position);
+    const std::size_t portion =
+        std::min<std::size_t>(count, self->bytes.size() - static_cast<std::size_t>(position));
     std::memcpy(buffer, self->bytes.data() + position, portion);
     return static_cast<int64_t>(portion);
   }

@@ -29,7 +29,8 @@ struct VectorFile {
     const Bytes& bytes = Of(file)->bytes;
     if (position >= bytes.size()) return 0;
     // In portions, as pipes and networks do.
-    const std::size_t portion = std::min({std::size_t{count}, bytes.size() - position, std::size_t{3000}});
+    const std::size_t portion =
+        static_cast<std::size_t>(std::min<uint64_t>({count, bytes.size() - position, 3000}));
     std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(position), portion,
                 static_cast<unsigned char*>(buffer));
     return static_cast<int64_t>(portion);
@@ -40,14 +41,15 @@ struct VectorFile {
       errno = ENOSPC;
       return -1;
     }
-    if (self->bytes.size() < position + count) self->bytes.resize(position + count);
+    const auto end = static_cast<std::size_t>(position + count);
+    if (self->bytes.size() < end) self->bytes.resize(end);
     std::copy_n(static_cast<const unsigned char*>(buffer), count,
                 self->bytes.begin() + static_cast<std::ptrdiff_t>(position));
     return count;
   }
   static int64_t Size(void* /*user*/, void* file) { return static_cast<int64_t>(Of(file)->bytes.size()); }
   static int Truncate(void* /*user*/, void* file, uint64_t size) {
-    Of(file)->bytes.resize(size);
+    Of(file)->bytes.resize(static_cast<std::size_t>(size));
     return 0;
   }
   static int Close(void* /*user*/, void* file) { return Of(file)->closeFails ? -1 : 0; }

@@ -25,7 +25,8 @@ std::vector<Bytes> PicturesOf(const std::string& path) {
 Bytes BodyOf(const std::string& path, int page) {
   const vx_page_info info = vx::Source::File(path).DescribePage(page);
   const std::string file = Read(path);
-  return {file.begin() + info.offset, file.begin() + info.offset + info.size};
+  const auto begin = file.begin() + static_cast<std::ptrdiff_t>(info.offset);
+  return {begin, begin + static_cast<std::ptrdiff_t>(info.size)};
 }
 
 template <class Call>

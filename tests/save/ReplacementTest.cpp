@@ -184,7 +184,8 @@ vx_file_functions FaultyFunctions() {
           .write_at = [](void* user, void*, const void* data, uint32_t count, uint64_t position) -> int64_t {
             Faulty& file = of(user);
             if (file.Fails()) return -1;
-            if (file.bytes.size() < position + count) file.bytes.resize(position + count);
+            const auto end = static_cast<std::size_t>(position + count);
+            if (file.bytes.size() < end) file.bytes.resize(end);
             std::copy_n(static_cast<const uint8_t*>(data), count,
                         file.bytes.begin() + static_cast<std::ptrdiff_t>(position));
             return count;

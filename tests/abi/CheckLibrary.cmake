@@ -1,0 +1,41 @@
+# Compares what a built library exports and needs, and how it is loaded, with what it promises.
+# Variables: NM, READELF, LIBRARY (the file), SONAME, EXPORTS (a file with the promised symbols, one a line),
+# NEEDED (the only libraries that it may need).
+cmake_minimum_required(VERSION 3.25)
+function(fail_unless_equal what actual expected)
+  if(NOT actual STREQUAL expected)
+    list(JOIN actual "\n  " actual)
+    list(JOIN expected "\n  " expected)
+    message(SEND_ERROR "${what} of ${LIBRARY}:\n  ${actual}\nexpected:\n  ${expected}")
+  endif()
+endfunction()
+
+execute_process(COMMAND ${NM} -D --defined-only --format=posix ${LIBRARY}
+                OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX REPLACE "(@@[A-Za-z0-9_.]+)? [A-Z] [0-9a-f]+ [0-9a-f]*\n" ";" symbols "${symbols}")
+list(REMOVE_ITEM symbols "")
+list(SORT symbols)
+file(STRINGS ${EXPORTS} promised)
+list(SORT promised)
+fail_unless_equal("Exports" "${symbols}" "${promised}")
+
+execute_process(COMMAND ${READELF} -dW ${LIBRARY} OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCH "soname: \\[[^]]*" soname "${dynamic}")
+fail_unless_equal("Soname" "${soname}" "soname: [${SONAME}")
+string(REGEX MATCHALL "NEEDED\\)[^\n]*\\[[^]]*" needed "${dynamic}")
+list(TRANSFORM needed REPLACE ".*\\[" "")
+list(REMOVE_ITEM needed libc.so.6 libgcc_s.so.1 ld-linux.so.2 ld-linux-x86-64.so.2 ${NEEDED})
+fail_unless_equal("Libraries needed beyond the promised ones" "${needed}" "")
+if(dynamic MATCHES "TEXTREL")
+  message(SEND_ERROR "${LIBRARY} has text relocations")
+endif()
+if(NOT dynamic MATCHES "BIND_NOW")
+  message(SEND_ERROR "${LIBRARY} binds lazily")
+endif()
+
+execute_process(COMMAND ${READELF} -lW ${LIBRARY} OUTPUT_VARIABLE segments COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "(LOAD|GNU_STACK)[^\n]* RWE[^\n]*" both "${segments}")
+fail_unless_equal("Segments that are writable and executable" "${both}" "")
+if(NOT segments MATCHES "GNU_RELRO")
+  message(SEND_ERROR "${LIBRARY} leaves its relocated data writable")
+endif()
