@@ -25,7 +25,7 @@ class CommandLine {
   ExitCode ExplainParsing(const CLI::ParseError& error);
   ExitCode ExplainUsage(const std::string& problem) const;
 
-  CLI::App app_{"Reads Windows and OS/2 bitmaps, icons and cursors."};
+  CLI::App app_{"Reads and writes Windows and OS/2 bitmaps, icons and cursors."};
   std::string memoryLimit_;
   std::vector<Action> actions_;  // in the order of AllCommands()
 };

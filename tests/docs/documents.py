@@ -64,9 +64,7 @@ def documented(source, program, command):
 
     commands = re.findall(r"^  (\w+)  ", usage.partition("\nCommands:\n")[2].partition("\n\n")[0], re.M)
     if not command:
-        coming = {"completions"}
-        listed = re.findall(r"^\.It Cm (\w+)$", text, re.M)
-        yield from difference(path.name, set(listed) - coming, set(commands) - coming)
+        yield from difference(path.name, re.findall(r"^\.It Cm (\w+)$", text, re.M), commands)
     for nested in commands:
         yield from documented(source, program, [*command, nested])
 
