@@ -1,8 +1,8 @@
 """The documents against what they speak of. Usage: documents.py CHECK SOURCE [ARGUMENT...]
 
 errors     docs/errors.md has every status, with its names and number and a section of its own
-manual     VXBMP: the pages in docs/man have the commands and options that VXBMP has, and the functions and statuses
-           of vx.h
+manual     VXBMP: the pages in docs/man have the commands, options and formats that VXBMP has, and the functions and
+           statuses of vx.h; docs/formats.md has the formats
 tutorial   BIN VXSAMPLES: what docs/tutorial/README.md quotes is in its programs, in the folder BIN, and is what they
            print
 """
@@ -34,6 +34,7 @@ def errors(source):
 
 def manual(source, program):
     yield from documented(source, program, [])
+    yield from formats(source, help_of(program, ["convert"]))
     library = (source / "docs/man/vxkrn.3").read_text()
     header = (source / "include/vx/vx.h").read_text()
     yield from difference("vxkrn.3", re.findall(r"Fn (vx_\w+)", library),
@@ -45,28 +46,37 @@ def manual(source, program):
 
 def documented(source, program, command):
     """A command and those below it: its options stand in its page, below a heading of its own where it has none."""
-    usage = subprocess.run([program, *command, "--help"], check=True, text=True, stdout=subprocess.PIPE).stdout
+    usage = help_of(program, command)
     name = "-".join(["vxbmp", *command[:1]])
     path = source / f"docs/man/{name}.1"
-    if not path.exists():
-        yield f"docs/man/{name}.1 is missing, for: vxbmp {' '.join(command)}"
-        return
-    text = path.read_text()
+    text = path.read_text() if path.exists() else ""
     parts = re.split(r"^\.Ss (\w+)$", text, flags=re.M)
     part = dict(zip(parts[1::2], parts[2::2])).get(command[1], "") if len(command) > 1 else parts[0]
     options = re.findall(r"(?<=Fl )-?[\w-]+", "\n".join(re.findall(r"^\.It (Fl .*)", part, re.M)))
     known = re.findall(r"(?<=-)-?[\w-]+", "\n".join(re.findall(r"^  (-\S+) ", usage, re.M)))
     yield from difference(f"{path.name}: {' '.join(command)}", [*options, *(("h", "-help") if command else ())], known)
 
-    formats = re.findall(r"^  (\S+) +((?:\d+, )*\d+)  +(any|\d+)  ", usage, re.M)
-    said = re.findall(r"^\.It Cm (\S+) Ta ([\d, ]+) Ta (any|\d+) Ta", text, re.M)
-    yield from difference(f"{path.name}, its table of formats,", said, formats)
-
     commands = re.findall(r"^  (\w+)  ", usage.partition("\nCommands:\n")[2].partition("\n\n")[0], re.M)
     if not command:
         yield from difference(path.name, re.findall(r"^\.It Cm (\w+)$", text, re.M), commands)
+        yield from difference("docs/man", [page.stem[6:] for page in path.parent.glob("vxbmp-*")], commands)
     for nested in commands:
         yield from documented(source, program, [*command, nested])
+
+
+def formats(source, usage):
+    """The table of formats in the help of convert, in its page and in docs/formats.md."""
+    true = re.findall(r"^  (\S+) +((?:\d+, )*\d+)  +(any|\d+)  ", usage, re.M)
+    page = (source / "docs/man/vxbmp-convert.1").read_text()
+    yield from difference("vxbmp-convert.1", re.findall(r"^\.It Cm (\S+) Ta ([\d, ]+) Ta (\w+) Ta", page, re.M), true)
+    rows = re.findall(r"^\|.*\(([\w, -]+)\) \|[^|]*\| ([\d, ]+\d)[^|]*\| (\d*) ?\|",
+                      (source / "docs/formats.md").read_text(), re.M)
+    said = [(name, depths, largest or "any") for names, depths, largest in rows for name in names.split(", ")]
+    yield from difference("docs/formats.md", said, true)
+
+
+def help_of(program, command):
+    return subprocess.run([program, *command, "--help"], check=True, text=True, stdout=subprocess.PIPE).stdout
 
 
 def difference(place, said, true):
