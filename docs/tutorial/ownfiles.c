@@ -1,5 +1,4 @@
-/* ownfiles IN: saves a picture into a file of the program's own, which is a block of memory, and reads it
- * back. */
+/* ownfiles IN: saves a picture into a file of its own making, a block of memory, and opens that. */
 #include <stdio.h>
 #include <string.h>
 #include <vx/vx.h>
@@ -49,27 +48,43 @@ static int Close(void* user, void* file) {
   return 0;
 }
 
+static vx_bitmap* Load(const char* path) {
+  vx_source* source;
+  vx_bitmap* bitmap = NULL;
+  if (vx_open_file(path, &source) == VX_OK) {
+    vx_load(source, NULL, &bitmap);
+    vx_close(source);
+  }
+  return bitmap;
+}
+
+/* Saves and opens as with any other file; only the name means something else. */
+static int SaveAndDescribe(const vx_bitmap* bitmap, const char* name, vx_info* info) {
+  vx_source* source;
+  int status = vx_save_file(bitmap, name, NULL);
+  if (status == VX_OK) status = vx_open_file(name, &source);
+  if (status != VX_OK) return status;
+  status = vx_describe(source, 1, info);
+  vx_close(source);
+  return status;
+}
+
 int main(int argc, char** argv) {
   static Store store;
   const vx_file_functions functions = {Open, ReadAt, WriteAt, Size, Truncate, Close};
-  vx_source* source;
-  vx_bitmap* bitmap;
   vx_info info;
-  if (argc != 2 || vx_open_file(argv[1], &source) != VX_OK) return 2;
-  if (vx_load(source, NULL, &bitmap) != VX_OK) return 1;
-  vx_close(source);
+  vx_bitmap* bitmap = argc == 2 ? Load(argv[1]) : NULL;
+  if (bitmap == NULL) return 2;
 
   vx_redirect_files(&functions, &store); /* from now on, for this thread */
-  const int saved = vx_save_file(bitmap, "store:1", NULL);
-  if (saved != VX_OK) printf("%s\n", vx_error_detail());
-  vx_bitmap_free(bitmap);
-  if (saved == VX_OK && vx_open_file("store:1", &source) == VX_OK) {
-    if (vx_describe(source, 1, &info) == VX_OK) {
-      printf("store:1 has %u bytes: %s, %d bits\n", (unsigned)store.size, vx_format_name(info.format),
-             info.bits_per_pixel);
-    }
-    vx_close(source);
+  const int status = SaveAndDescribe(bitmap, "store:1", &info);
+  if (status == VX_OK) {
+    printf("store:1 has %u bytes: %s, %d bits\n", (unsigned)store.size, vx_format_name(info.format),
+           info.bits_per_pixel);
+  } else {
+    printf("%s\n", vx_error_detail());
   }
   vx_redirect_files(NULL, NULL);
-  return saved == VX_OK ? 0 : 1;
+  vx_bitmap_free(bitmap);
+  return status == VX_OK ? 0 : 1;
 }
