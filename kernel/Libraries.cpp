@@ -22,11 +22,14 @@ void* Open(const char* path) {
   return dlopen(path, RTLD_NOW | RTLD_LOCAL);
 }
 
+/// A name alone is looked for beside this library first.
 void* OpenByName(const std::string& name) {
-  if (name.find('/') == std::string::npos) {
-    const std::string folder = OwnFolder();
+  const std::string folder = name.find('/') == std::string::npos ? OwnFolder() : "";
+  if (!folder.empty()) {
     for (const char* place : {VX_PRIVATE_SUBDIR "/", ""}) {
-      if (void* library = Open((folder + place + name).c_str())) return library;
+      std::string path = folder;
+      path.append(place).append(name);
+      if (void* library = Open(path.c_str())) return library;
     }
   }
   return Open(name.c_str());
