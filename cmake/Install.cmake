@@ -2,7 +2,8 @@
 #   runtime      the library and its modules: what programs need to run
 #   development  headers, pkg-config and CMake files, manual pages of functions: what building programs needs
 #   commandline  vxbmp, its manual pages and its completions
-# The tree works wherever it is moved: every path in it is relative to the file that names it.
+# The tree works wherever it is moved: every path in it is relative to the file that names it. Only what goes into
+# the system's own folders stays there.
 include(CMakePackageConfigHelpers)
 
 set(VX_ZSH_COMPLETIONS_DIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING
@@ -28,6 +29,7 @@ endfunction()
 
 # The linker looks into its own folders anyway; from elsewhere, programs need the way to the library.
 if(CMAKE_INSTALL_FULL_LIBDIR IN_LIST CMAKE_CXX_IMPLICIT_LINK_DIRECTORIES)
+  set(VX_PC_PREFIX ${CMAKE_INSTALL_PREFIX})  # below which pkg-config knows what needs no option
   set(way_to_library "")
   foreach(module vxfbmp vxdis)
     if(TARGET ${module})
@@ -35,6 +37,9 @@ if(CMAKE_INSTALL_FULL_LIBDIR IN_LIST CMAKE_CXX_IMPLICIT_LINK_DIRECTORIES)
     endif()
   endforeach()
 else()
+  cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
+             OUTPUT_VARIABLE VX_PC_PREFIX)
+  string(PREPEND VX_PC_PREFIX "\${pcfiledir}/")
   cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR}
              OUTPUT_VARIABLE way_to_library)
   string(PREPEND way_to_library "\$ORIGIN/")
@@ -64,13 +69,6 @@ install(FILES ${PROJECT_BINARY_DIR}/install/vxkrnConfig.cmake
               ${PROJECT_BINARY_DIR}/install/vxkrnConfigVersion.cmake
         DESTINATION ${package_dir} COMPONENT development)
 
-# relative_to_prefix RESULT DIR makes the way back to the prefix from a folder below it.
-function(relative_to_prefix result dir)
-  cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${dir} OUTPUT_VARIABLE way)
-  set(${result} ${way} PARENT_SCOPE)
-endfunction()
-
-relative_to_prefix(VX_PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/vxkrn.pc.in ${PROJECT_BINARY_DIR}/install/vxkrn.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/install/vxkrn.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
