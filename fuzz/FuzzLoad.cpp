@@ -1,0 +1,92 @@
+// Any bytes as a file: described, loaded in every way, saved in every format, and loaded again.
+#include <vector>
+#include <vx/image.hpp>
+
+#include "Input.h"
+
+namespace {
+
+constexpr int kFormats[] = {VX_FORMAT_BMP, VX_FORMAT_OS2, VX_FORMAT_OS2_2,     VX_FORMAT_BMP_RLE,
+                            VX_FORMAT_ICO, VX_FORMAT_CUR, VX_FORMAT_VISTA_ICO, VX_FORMAT_PNG};
+constexpr int kDepths[] = {0, 1, 4, 8, 16, 24, 32};
+constexpr int kOrders[] = {VX_ORDER_FILE, VX_ORDER_RGB, VX_ORDER_BGR, VX_ORDER_565};
+
+template <std::size_t Count>
+int One(const int (&choices)[Count], fuzz::Input& input) {
+  return choices[input.Choice(static_cast<int>(Count))];
+}
+
+vx::LoadOptions LoadOptionsFrom(fuzz::Input& input) {
+  vx::LoadOptions options;
+  options.page = input.Choice(5);
+  options.allow_truncated = input.Choice(2);
+  options.color_order = One(kOrders, input);
+  options.band_first = input.Choice(9) * input.Choice(2);
+  options.band_count = input.Choice(9) * input.Choice(2);
+  options.read_buffer_size = 2 * input.Choice(40);
+  return options;
+}
+
+vx_raw RawFrom(fuzz::Input& input) {
+  vx_raw raw = {};
+  raw.format = VX_FORMAT_RAW + input.Choice(4);
+  raw.width = 1 + input.Byte();
+  raw.height = 1 + input.Choice(64);
+  raw.bits_per_pixel = One(kDepths, input);
+  raw.orientation = input.Choice(2) == 0 ? VX_TOP_DOWN : VX_BOTTOM_UP;
+  raw.offset = input.Byte();
+  raw.has_masks = input.Choice(2);
+  for (std::uint32_t* mask : {&raw.red_mask, &raw.green_mask, &raw.blue_mask}) {
+    *mask = input.Byte() * 0x101U << input.Choice(16);
+  }
+  return raw;
+}
+
+vx::SaveOptions SaveOptionsFrom(fuzz::Input& input) {
+  vx::SaveOptions options;
+  options.format = One(kFormats, input);
+  options.bits_per_pixel = One(kDepths, input);
+  options.use_565 = input.Choice(2);
+  options.palette = input.Choice(2);
+  options.dither = input.Choice(2);
+  return options;
+}
+
+/// What was saved is there again, in the size and depth that the plan told.
+void RequireSame(const vx::Bitmap& picture, const vx_save_plan& plan, const vx::Buffer& file) {
+  const vx::Bitmap again = vx::Source::Memory(file.Bytes()).Load();
+  fuzz::Require(again.Describe().width == picture.Describe().width);
+  fuzz::Require(again.Describe().height == picture.Describe().height);
+  fuzz::Require(again.Describe().bits_per_pixel == plan.bits_per_pixel);
+  if (plan.colors_lost == 0 && plan.transparency == VX_TRANSPARENCY_KEPT) {
+    fuzz::Require(again.Rgba().size() == picture.Rgba().size());
+  }
+}
+
+void LoadAndSave(fuzz::Input& input) {
+  const bool isRaw = input.Choice(4) == 0;
+  vx::LoadOptions options = LoadOptionsFrom(input);
+  const vx_raw raw = isRaw ? RawFrom(input) : vx_raw{};
+  if (isRaw) options.raw = &raw;
+  const vx::SaveOptions saveOptions = SaveOptionsFrom(input);
+  const vx::Source source = vx::Source::Memory(input.File());
+  if (!isRaw) (void)source.Describe(options.page);
+  const vx::Bitmap picture = source.Load(options);
+  (void)picture.EncodePng();
+  const vx_save_plan plan = picture.Plan(saveOptions);
+  RequireSame(picture, plan, picture.Save(saveOptions));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  vx_set_memory_limit(fuzz::kMemoryLimit);
+  try {
+    fuzz::Input input(bytes, size);
+    LoadAndSave(input);
+  } catch (const vx::Error&) {
+    // Most bytes are no file.
+  }
+  fuzz::Require(vx_memory_in_use() == 0);
+  return 0;
+}

@@ -1,0 +1,43 @@
+// The bytes of one fuzzing run: a few that choose what is done, and the file that it is done to.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace fuzz {
+
+/// Bytes in front of the file.
+constexpr std::size_t kChoices = 24;
+
+class Input {
+ public:
+  Input(const std::uint8_t* bytes, std::size_t size) noexcept
+      : choices_(bytes, std::min(size, kChoices)), file_(bytes + choices_.size(), bytes + size) {}
+
+  /// The next byte; 0 behind the last.
+  std::uint8_t Byte() noexcept {
+    if (choices_.empty()) return 0;
+    const std::uint8_t byte = choices_.front();
+    choices_ = choices_.subspan(1);
+    return byte;
+  }
+  /// A number from 0 to `count` - 1.
+  int Choice(int count) noexcept { return Byte() % count; }
+  [[nodiscard]] std::span<const std::uint8_t> File() const noexcept { return file_; }
+
+ private:
+  std::span<const std::uint8_t> choices_;
+  std::span<const std::uint8_t> file_;
+};
+
+/// Bytes of pictures that a run may have: what takes longer than reading tells nothing new.
+constexpr std::uint64_t kMemoryLimit = std::uint64_t{32} << 20;
+
+/// Ends the process, as a crash would, where what must hold does not.
+inline void Require(bool holds) {
+  if (!holds) __builtin_trap();
+}
+
+}  // namespace fuzz
