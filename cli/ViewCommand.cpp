@@ -107,7 +107,8 @@ Action DeclareView(CLI::App& command) {
       .add_option("--as", arguments->as,
                   "draw with coloured symbols, or with pixels: sixel or kitty. Unless given,\n"
                   "with what the terminal is known to take")
-      ->option_text("WAY");
+      ->option_text("WAY")
+      ->type_name("symbols|sixel|kitty");
   return [arguments] { return View(*arguments); };
 }
 
