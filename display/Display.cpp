@@ -1,7 +1,5 @@
 // The display library's face: how large a picture is drawn. What its pixels are and how a terminal takes them
 // is not known here.
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <cmath>
 #include <new>
@@ -83,13 +81,10 @@ int DrawPixels(const Terminal& terminal, const _BITMAPHANDLE& bitmap, const Pixe
 }
 
 int Draw(_BITMAPHANDLE* bitmap, const DISPLAYOPTIONS* options, char** text, unsigned int* size) {
-  if (bitmap == nullptr || options == nullptr || text == nullptr || size == nullptr ||
-      !IsSensible(*options)) {
+  if (bitmap == nullptr || options == nullptr || text == nullptr || size == nullptr || bitmap->Width < 1 ||
+      bitmap->Height < 1 || !IsSensible(*options)) {
     return STATUS_BAD_PARAMETER;
   }
-  // Its tables stay for the process. Were it unloaded with this library, each time would leave some behind.
-  static void* const library = dlopen("libchafa.so.0", RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
-  static_cast<void>(library);
   try {
     Pixels pixels;
     const int status = TakePixels(bitmap, &pixels);

@@ -2,6 +2,8 @@
 
 #include <chafa.h>
 
+#include <climits>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 
@@ -45,8 +47,15 @@ ChafaPixelMode PixelModeOf(int mode, const ChafaTermInfo* info) {
                                                                      : CHAFA_PIXEL_MODE_SYMBOLS;
 }
 
-ChafaCanvasMode ColorsOf(ChafaPixelMode pixels, const ChafaTermInfo* info) {
+/// Of terminals that it does not know the library thinks too well.
+bool HasNoColors(gchar** environment) {
+  const gchar* name = g_environ_getenv(environment, "TERM");
+  return name == nullptr || std::strcmp(name, "") == 0 || std::strcmp(name, "dumb") == 0;
+}
+
+ChafaCanvasMode ColorsOf(ChafaPixelMode pixels, const ChafaTermInfo* info, gchar** environment) {
   if (pixels != CHAFA_PIXEL_MODE_SYMBOLS) return CHAFA_CANVAS_MODE_TRUECOLOR;
+  if (HasNoColors(environment)) return CHAFA_CANVAS_MODE_FGBG;
   if (chafa_term_info_have_seq(info, CHAFA_TERM_SEQ_SET_COLOR_FGBG_DIRECT))
     return CHAFA_CANVAS_MODE_TRUECOLOR;
   if (chafa_term_info_have_seq(info, CHAFA_TERM_SEQ_SET_COLOR_FGBG_256)) return CHAFA_CANVAS_MODE_INDEXED_240;
@@ -61,7 +70,7 @@ Terminal::Terminal(int mode) : capabilities_(new Capabilities) {
   ChafaTermDb* terminals = chafa_term_db_get_default();
   ChafaTermInfo* info = chafa_term_db_detect(terminals, environment.get());
   capabilities_->pixels = PixelModeOf(mode, info);
-  capabilities_->colors = ColorsOf(capabilities_->pixels, info);
+  capabilities_->colors = ColorsOf(capabilities_->pixels, info, environment.get());
   // Whoever asks for a coding gets it, known to the terminal or not.
   ChafaTermInfo* all = chafa_term_db_get_fallback_info(terminals);
   chafa_term_info_supplement(info, all);
@@ -82,8 +91,25 @@ int Terminal::HeightStep() const noexcept {
   return capabilities_->pixels == CHAFA_PIXEL_MODE_SIXELS ? 6 : 1;
 }
 
+namespace {
+
+/// The library ends the process where it gets no memory, so what it will take is asked for first: the canvas
+/// and the text, which doubles while it grows.
+bool FitsMemory(bool showsPixels, std::uint64_t cells, std::uint64_t cellPixels) {
+  constexpr std::uint64_t kBytesAPixel = 20;              // 4, and twice their digits to the base of 64
+  constexpr std::uint64_t kBytesACell = 64 * 8 + 2 * 64;  // 8 x 8 pixels, and twice the longest colours
+  const std::uint64_t bytes = cells * (showsPixels ? cellPixels * kBytesAPixel : kBytesACell);
+  Memory probe;
+  return bytes <= UINT_MAX && probe.Allocate(static_cast<unsigned int>(bytes), 1);
+}
+
+}  // namespace
+
 int Terminal::Draw(const Pixels& pixels, Cells cells, int cellWidth, int cellHeight, char** text,
                    unsigned int* size) const {
+  const auto count = static_cast<std::uint64_t>(cells.columns) * static_cast<std::uint64_t>(cells.rows);
+  const auto cellPixels = static_cast<std::uint64_t>(cellWidth) * static_cast<std::uint64_t>(cellHeight);
+  if (!FitsMemory(ShowsPixels(), count, cellPixels)) return STATUS_NO_MEMORY;
   const Config config(chafa_canvas_config_new());
   const Symbols symbols(chafa_symbol_map_new());
   chafa_symbol_map_add_by_tags(symbols.get(), CHAFA_SYMBOL_TAG_SPACE);
@@ -105,13 +131,13 @@ int Terminal::Draw(const Pixels& pixels, Cells cells, int cellWidth, int cellHei
   chafa_canvas_draw_all_pixels(canvas.get(), CHAFA_PIXEL_RGBA8_UNASSOCIATED, pixels.rgba.Get(), pixels.width,
                                pixels.height, 4 * pixels.width);
   const std::unique_ptr<GString, FreeString> printed(chafa_canvas_print(canvas.get(), capabilities_->info));
-  const auto count = static_cast<unsigned int>(printed->len) + 1;
-  auto* bytes = static_cast<char*>(VX_LocalAlloc(count, 1, __LINE__, "display/Terminal"));
+  const auto length = static_cast<unsigned int>(printed->len);
+  auto* bytes = static_cast<char*>(VX_LocalAlloc(length + 1, 1, __LINE__, "display/Terminal"));
   if (bytes == nullptr) return STATUS_NO_MEMORY;
-  std::memcpy(bytes, printed->str, count - 1);
-  bytes[count - 1] = '\n';
+  std::memcpy(bytes, printed->str, length);
+  bytes[length] = '\n';
   *text = bytes;
-  *size = count;
+  *size = length + 1;
   return STATUS_OK;
 }
 

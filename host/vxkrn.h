@@ -383,7 +383,7 @@ typedef struct _DISDISPATCH {
   void* Reserved2[15];
 } _DISDISPATCH;
 
-/** What the display library, VXDIS.so, exports: fills the functions of the record. */
+/** What the display library exports: fills the functions of the record. Its soname must be VXDIS.so. */
 int disGetDispatch(_DISDISPATCH* dispatch);
 
 /* ---- Entry points a filter exports ---- */
@@ -510,7 +510,7 @@ int VX_OsFreeHandle(void* handle, int line, const char* file);
 /**
  * Fills the display dispatch. @return STATUS_OK; STATUS_NO_DISPLAY_LIBRARY while VXDIS.so is not loaded;
  * STATUS_BAD_PARAMETER for null or a record of another size; STATUS_NOT_SUPPORTED for a VXDIS.so that is
- * none.
+ * none. The functions in the record stay valid: once they were handed out the library is not unloaded.
  */
 int VX_GetDisDispatch(_DISDISPATCH* dispatch);
 /**

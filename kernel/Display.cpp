@@ -4,6 +4,7 @@
 
 #include "Errors.h"
 #include "FilterLoader.h"
+#include "Memory.h"
 #include "Picture.h"
 
 namespace vxkrn {
@@ -11,10 +12,12 @@ namespace {
 
 constexpr const char* kDisplayName = "VXDIS.so";
 
-/// The display library while it is loaded; asking does not load it.
+/// The display library once it is loaded; asking does not load it. From the first time that its functions are
+/// handed out it stays: whoever gets them from a library that somebody else loaded holds nothing of it.
 class LoadedDisplay {
  public:
-  LoadedDisplay() noexcept : library_(dlopen(kDisplayName, RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD)) {}
+  LoadedDisplay() noexcept
+      : library_(dlopen(kDisplayName, RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD | RTLD_NODELETE)) {}
   ~LoadedDisplay() {
     if (library_ != nullptr) dlclose(library_);
   }
@@ -30,7 +33,7 @@ class LoadedDisplay {
   void* library_;
 };
 
-/// The display's functions, and the library for as long as they are needed.
+/// The display's functions, and the library where it was loaded for them.
 class Display {
  public:
   Display() noexcept { dispatch_.StructSize = sizeof dispatch_; }
@@ -89,8 +92,8 @@ int Draw(const vx_bitmap& bitmap, const vx_draw_options& options, char** text, s
   unsigned int count = 0;
   status = display.Draw()(&shown, &how, text, &count);
   *size = count;
-  if (status != STATUS_OK && Detail().Empty()) return Fail(status, "the picture cannot be drawn");
-  return status;
+  if (status == STATUS_NO_MEMORY) return FailForMemory("drawing the picture", memory::LastRefusal());
+  return status == STATUS_OK ? status : Fail(status, "the picture cannot be drawn");
 }
 
 }  // namespace
@@ -101,7 +104,8 @@ int VX_GetDisDispatch(_DISDISPATCH* dispatch) {
   const vxkrn::LoadedDisplay display;
   if (!display.IsThere()) return STATUS_NO_DISPLAY_LIBRARY;
   const auto entry = display.Entry();
-  return entry == nullptr ? STATUS_NOT_SUPPORTED : entry(dispatch);
+  const bool isFilled = entry != nullptr && entry(dispatch) == STATUS_OK && dispatch->Draw != nullptr;
+  return isFilled ? STATUS_OK : STATUS_NOT_SUPPORTED;
 }
 
 int vx_bitmap_draw(const vx_bitmap* bitmap, const vx_draw_options* options, char** text, size_t* size) {

@@ -42,9 +42,10 @@ std::vector<std::string> Candidates(const char* searchPath) {
     if (KindOf(path) == Kind::kFolder) path.append("/").append(kFilterName);
     candidates.push_back(std::move(path));
   }
-  const std::string folder = OwnFolder();
-  candidates.push_back(folder + VX_FILTER_SUBDIR "/" + kFilterName);
-  candidates.push_back(folder + kFilterName);
+  if (const std::string folder = OwnFolder(); !folder.empty()) {
+    candidates.push_back(folder + VX_FILTER_SUBDIR "/" + kFilterName);
+    candidates.push_back(folder + kFilterName);
+  }
   return candidates;
 }
 
@@ -94,7 +95,8 @@ int LoadFilter(const Filter** filter) {
   static std::mutex mutex;
   static Filter loaded;
   const std::scoped_lock lock(mutex);
-  const int status = loaded.load != nullptr ? STATUS_OK : FindFilter(std::getenv("VX_FILTER_PATH"), &loaded);
+  const int status =
+      loaded.load != nullptr ? STATUS_OK : FindFilter(secure_getenv("VX_FILTER_PATH"), &loaded);
   *filter = &loaded;
   return status;
 }

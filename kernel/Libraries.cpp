@@ -2,46 +2,53 @@
 #include "Libraries.h"
 
 #include <dlfcn.h>
+#include <sys/stat.h>
 
+#include <array>
+#include <climits>
 #include <exception>
-#include <string_view>
 
 namespace vxkrn {
 
 std::string OwnFolder() {
   static const char anchor = 0;
   Dl_info info = {};
-  if (dladdr(&anchor, &info) == 0 || info.dli_fname == nullptr) return {};
-  const std::string_view path = info.dli_fname;
-  return std::string(path.substr(0, path.rfind('/') + 1));
+  void* map = nullptr;
+  std::array<char, PATH_MAX> origin{};
+  // The name by which it was loaded may be relative to a folder that the process has left since.
+  if (dladdr1(&anchor, &info, &map, RTLD_DL_LINKMAP) == 0 || map == nullptr ||
+      dlinfo(map, RTLD_DI_ORIGIN, origin.data()) != 0 || origin.front() != '/') {
+    return {};
+  }
+  return std::string(origin.data()) + "/";
 }
 
 namespace {
 
-void* Open(const char* path) {
-  return dlopen(path, RTLD_NOW | RTLD_LOCAL);
+bool IsThere(const std::string& path) {
+  struct stat status = {};
+  return stat(path.c_str(), &status) == 0;
 }
 
-/// A name alone is looked for beside this library first.
-void* OpenByName(const std::string& name) {
+/// A name alone is looked for beside this library first. What is there is taken or is an error.
+std::string Located(const std::string& name) {
   const std::string folder = name.find('/') == std::string::npos ? OwnFolder() : "";
-  if (!folder.empty()) {
-    for (const char* place : {VX_PRIVATE_SUBDIR "/", ""}) {
-      std::string path = folder;
-      path.append(place).append(name);
-      if (void* library = Open(path.c_str())) return library;
-    }
+  if (folder.empty()) return name;
+  for (const char* place : {VX_PRIVATE_SUBDIR "/", ""}) {
+    std::string path = folder;
+    path.append(place).append(name);
+    if (IsThere(path)) return path;
   }
-  return Open(name.c_str());
+  return name;
 }
 
 }  // namespace
 }  // namespace vxkrn
 
 HANDLE LoadLibrary(const char* fileName) {
-  if (fileName == nullptr) return nullptr;
+  if (fileName == nullptr || *fileName == '\0') return nullptr;
   try {
-    return static_cast<HANDLE>(vxkrn::OpenByName(fileName));
+    return static_cast<HANDLE>(dlopen(vxkrn::Located(fileName).c_str(), RTLD_NOW | RTLD_LOCAL));
   } catch (const std::exception&) {
     return nullptr;
   }

@@ -7,7 +7,7 @@
 
 namespace vxkrn {
 
-/// The folder this library was loaded from, with its last slash; empty when that cannot be told.
+/// The folder this library was loaded from, absolute and with its last slash; empty when that cannot be told.
 [[nodiscard]] std::string OwnFolder();
 
 }  // namespace vxkrn

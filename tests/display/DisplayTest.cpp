@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 #include <vxkrn.h>
 
-#include <algorithm>
+#include <atomic>
+#include <cstdlib>
 #include <string>
+#include <thread>
 #include <vector>
 #include <vx/image.hpp>
 
@@ -50,6 +52,8 @@ class DisplayTest : public testing::Test {
  protected:
   void SetUp() override {
     if (!VX_DISPLAY_IS_BUILT) GTEST_SKIP() << "the display library is not built";
+    setenv("TERM", "xterm-256color", 1);
+    setenv("COLORTERM", "truecolor", 1);
   }
 };
 
@@ -63,7 +67,26 @@ TEST_F(DisplayTest, KernelFindsTheLibraryWhileItIsLoaded) {
   EXPECT_EQ(VX_GetDisDispatch(&dispatch), STATUS_OK);
   EXPECT_NE(dispatch.Draw, nullptr);
   EXPECT_EQ(FreeLibrary(library), 1);
-  EXPECT_EQ(VX_GetDisDispatch(&dispatch), STATUS_NO_DISPLAY_LIBRARY);
+  EXPECT_EQ(VX_GetDisDispatch(&dispatch), STATUS_OK);  // somebody else may be using what was handed out
+}
+
+TEST_F(DisplayTest, ManyDrawAtOnce) {
+  std::atomic<int> drawn = 0;
+  std::vector<std::jthread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      for (int times = 0; times < 20; ++times) {
+        drawn += Picture(8, 8, kRed).Draw(In(80, 24)).find(kRedText) != std::string::npos ? 1 : 0;
+      }
+    });
+  }
+  threads.clear();
+  EXPECT_EQ(drawn, 4 * 20);
+}
+
+TEST_F(DisplayTest, TerminalsWithoutColoursGetNone) {
+  setenv("TERM", "dumb", 1);
+  EXPECT_EQ(Picture(8, 8, kRed).Draw(In(80, 24)).find('\x1B'), std::string::npos);
 }
 
 TEST_F(DisplayTest, ColoursAndNothingWhereNothingIs) {
@@ -112,6 +135,7 @@ TEST_F(DisplayTest, LeavesNothingBehind) {
   const vx::Bitmap picture = Picture(100, 100, kRed);
   vx_set_memory_limit(vx_memory_in_use() + 1000);
   EXPECT_THROW((void)picture.Draw(In(80, 24)), vx::Error);
+  EXPECT_NE(std::string(vx_error_detail()).find("memory limit"), std::string::npos) << vx_error_detail();
   vx_set_memory_limit(0);
 }
 

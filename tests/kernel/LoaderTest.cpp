@@ -36,6 +36,7 @@ TEST(FilterLoader, TakesNoOtherWhenTheFirstIsBroken) {
 
 TEST(Libraries, LoadAndUnload) {
   EXPECT_EQ(LoadLibrary(nullptr), nullptr);
+  EXPECT_EQ(LoadLibrary(""), nullptr);  // would be the program itself
   EXPECT_EQ(LoadLibrary("/nonesuch/b.so"), nullptr);
   HANDLE library = LoadLibrary(VX_HALF_FILTER);
   ASSERT_NE(library, nullptr);
