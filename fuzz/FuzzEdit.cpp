@@ -20,7 +20,8 @@ struct MemoryFile {
                              std::uint64_t position) {
     const std::vector<std::uint8_t>& bytes = Of(file)->bytes;
     if (position >= bytes.size()) return 0;
-    const std::size_t arrived = std::min<std::size_t>(count, bytes.size() - position);
+    const std::size_t arrived =
+        std::min<std::size_t>(count, bytes.size() - static_cast<std::size_t>(position));
     std::memcpy(buffer, bytes.data() + position, arrived);
     return static_cast<std::int64_t>(arrived);
   }
@@ -28,7 +29,8 @@ struct MemoryFile {
                               std::uint64_t position) {
     std::vector<std::uint8_t>& bytes = Of(file)->bytes;
     if (position + count > kMost) return -1;
-    if (bytes.size() < position + count) bytes.resize(position + count);
+    const auto end = static_cast<std::size_t>(position + count);
+    if (bytes.size() < end) bytes.resize(end);
     if (count > 0) std::memcpy(bytes.data() + position, buffer, count);
     return count;
   }
@@ -36,7 +38,7 @@ struct MemoryFile {
     return static_cast<std::int64_t>(Of(file)->bytes.size());
   }
   static int Truncate(void* /*user*/, void* file, std::uint64_t size) {
-    Of(file)->bytes.resize(std::min<std::size_t>(size, kMost));
+    Of(file)->bytes.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, kMost)));
     return 0;
   }
   static int Close(void* /*user*/, void* /*file*/) { return 0; }

@@ -100,7 +100,7 @@ int Replacement::Open(const char* path) {
     return Fail(STATUS_OPEN_WRITE_ERROR, path_, " cannot be written: ", std::strerror(error));
   };
   exists_ = stat(place_.c_str(), &old_) == 0;
-  if (!exists_ && errno != ENOENT) return fail(errno);
+  if (!exists_ && (errno != ENOENT || place_.empty())) return fail(errno);
   if (exists_ && S_ISDIR(old_.st_mode)) return fail(EISDIR);
   if (exists_ && !S_ISREG(old_.st_mode)) {
     isStream_ = true;

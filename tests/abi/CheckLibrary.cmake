@@ -1,6 +1,6 @@
 # Compares what a built library exports and needs, and how it is loaded, with what it promises.
 # Variables: NM, READELF, LIBRARY (the file), SONAME, EXPORTS (a file with the promised symbols, one a line),
-# NEEDED (the only libraries that it may need).
+# NEEDED (the only libraries that it may need; the first it must need).
 cmake_minimum_required(VERSION 3.25)
 function(fail_unless_equal what actual expected)
   if(NOT actual STREQUAL expected)
@@ -24,6 +24,10 @@ string(REGEX MATCH "soname: \\[[^]]*" soname "${dynamic}")
 fail_unless_equal("Soname" "${soname}" "soname: [${SONAME}")
 string(REGEX MATCHALL "NEEDED\\)[^\n]*\\[[^]]*" needed "${dynamic}")
 list(TRANSFORM needed REPLACE ".*\\[" "")
+list(GET NEEDED 0 foremost)
+if(NOT foremost IN_LIST needed)
+  message(SEND_ERROR "${LIBRARY} does not need ${foremost}")
+endif()
 list(REMOVE_ITEM needed libc.so.6 libgcc_s.so.1 ld-linux.so.2 ld-linux-x86-64.so.2 ${NEEDED})
 fail_unless_equal("Libraries needed beyond the promised ones" "${needed}" "")
 if(dynamic MATCHES "TEXTREL")
