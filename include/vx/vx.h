@@ -382,8 +382,8 @@ typedef struct vx_draw_options {
  * Draws the bitmap as text for a terminal, in its proportions and as far as a terminal can show: 4096 pixels
  * or 512 characters a side. What is transparent shows the terminal's background. *text, `size` bytes without
  * a closing 0, is freed with vx_free.
- * @return VX_NO_DISPLAY_LIBRARY where the display library is not installed, VX_NO_MEMORY where the memory limit or
- * the system leaves too little
+ * @return VX_NO_DISPLAY_LIBRARY where the display library is not installed, VX_NO_MEMORY where the memory
+ * limit or the system leaves too little
  */
 VX_API int vx_bitmap_draw(const vx_bitmap* bitmap, const vx_draw_options* options, char** text, size_t* size);
 
