@@ -1,0 +1,230 @@
+// vxbmp pages add, insert, replace, delete, compact, hotspot: changes of an icon or cursor file, made whole
+// or not at all.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Input.h"
+#include "Numbers.h"
+#include "PageSelection.h"
+#include "Pages.h"
+#include "Report.h"
+#include "SaveArguments.h"
+#include "Text.h"
+
+namespace cli {
+namespace {
+
+struct EditArguments {
+  std::string file;
+  std::vector<std::string> images;
+  std::string selection;
+  std::string at;
+  std::string point;
+  std::string bits;
+  bool asPng = false;
+};
+
+/// Runs `edits` on the file and stores what became of it.
+template <class Edits>
+ExitCode Edit(const std::string& file, const Edits& edits) try {
+  vx::Edit edit(file);
+  edits(edit);
+  edit.Commit();
+  return kExitOk;
+} catch (const vx::Error& error) {
+  ReportFailure(error, {.file = file});
+  return kExitFailed;
+}
+
+/// Loads the first page of each; reports the first that fails.
+std::optional<std::vector<vx::Bitmap>> LoadAll(const std::vector<std::string>& images) {
+  std::vector<vx::Bitmap> pictures;
+  for (const std::string& image : images) {
+    try {
+      Input input(image.c_str());
+      pictures.push_back(input.Source().Load());
+    } catch (const vx::Error& error) {
+      ReportFailure(error, {.file = InputName(image.c_str()), .isLoading = true});
+      return std::nullopt;
+    }
+  }
+  return pictures;
+}
+
+int ParseIconDepth(const std::string& bits) {
+  const std::optional<int> depth = ParseInt(bits, 1);
+  if (depth && (*depth == 1 || *depth == 4 || *depth == 8 || *depth == 24)) return *depth;
+  throw UsageError(
+      fmt::format("--bits {}: bitmap pages have one of 1, 4, 8, 24 bits a pixel", Printable(bits)));
+}
+
+bool IsCursorFile(const std::string& file) try {
+  return vx::Source::File(file).Describe().format == VX_FORMAT_CUR;
+} catch (const vx::Error&) {
+  return false;  // what is wrong with it the edit says
+}
+
+/// How pictures become pages: as the library sees fit, unless the arguments say more.
+vx::SaveOptions FormOf(const EditArguments& arguments) {
+  if (arguments.asPng && !arguments.bits.empty()) {
+    throw UsageError("--png pages have 32 bits a pixel; --bits is for bitmaps");
+  }
+  vx::SaveOptions options;
+  options.format = 0;
+  if (!arguments.bits.empty()) options.bits_per_pixel = ParseIconDepth(arguments.bits);
+  if (arguments.asPng) {
+    options.format = VX_FORMAT_VISTA_ICO;
+  } else if (IsCursorFile(arguments.file)) {
+    options.format = VX_FORMAT_CUR;
+  } else if (options.bits_per_pixel != 0) {
+    options.format = VX_FORMAT_ICO;
+  }
+  return options;
+}
+
+/// Loads the images, has `put` make pages of them, and says what that cost.
+template <class Put>
+ExitCode EditWithImages(const EditArguments& arguments, const Put& put) {
+  const vx::SaveOptions options = FormOf(arguments);
+  const std::optional<std::vector<vx::Bitmap>> pictures = LoadAll(arguments.images);
+  if (!pictures) return kExitFailed;
+  return Edit(arguments.file, [&](vx::Edit& edit) {
+    for (const vx::Bitmap& picture : *pictures) {
+      put(edit, picture, options);
+      if (options.format != 0) RemarkOnLosses(arguments.file, options, picture.Plan(options));
+    }
+  });
+}
+
+int ParsePosition(const std::string& at) {
+  if (const std::optional<int> number = ParseInt(at, 1)) return *number;
+  throw UsageError(fmt::format("--at {}: a whole number from 1 is needed", Printable(at)));
+}
+
+std::pair<int, int> ParsePoint(const std::string& point) {
+  const std::string_view text = point;
+  const size_t comma = std::min(text.find(','), text.size());
+  const std::optional<int> x = ParseInt(text.substr(0, comma), 0);
+  const std::optional<int> y = ParseInt(text.substr(std::min(comma + 1, text.size())), 0);
+  if (x && y) return {*x, *y};
+  throw UsageError(
+      fmt::format("{}: a point X,Y is needed, such as 0,0 for the top left pixel", Printable(point)));
+}
+
+ExitCode Add(const EditArguments& arguments) {
+  return EditWithImages(arguments, [](vx::Edit& edit, const vx::Bitmap& picture,
+                                      const vx_save_options& options) { edit.Add(picture, &options); });
+}
+
+ExitCode Insert(const EditArguments& arguments) {
+  const int position = ParsePosition(arguments.at);
+  return EditWithImages(arguments,
+                        [&](vx::Edit& edit, const vx::Bitmap& picture, const vx_save_options& options) {
+                          edit.Insert(position, picture, &options);
+                        });
+}
+
+ExitCode Replace(const EditArguments& arguments) {
+  return EditWithImages(
+      arguments, [&](vx::Edit& edit, const vx::Bitmap& picture, const vx_save_options& options) {
+        const int page = SelectPage(arguments.selection, vx::Source::File(arguments.file), arguments.file);
+        edit.Replace(page, picture, &options);
+      });
+}
+
+ExitCode Delete(const EditArguments& arguments) {
+  return Edit(arguments.file, [&](vx::Edit& edit) {
+    std::vector<int> pages =
+        SelectPages(arguments.selection, vx::Source::File(arguments.file), arguments.file);
+    if (static_cast<int>(pages.size()) == edit.PageCount()) {
+      throw FileError(VX_LAST_PAGE, arguments.file, "these are all its pages, and one has to stay");
+    }
+    std::sort(pages.rbegin(), pages.rend());  // from the end, so that numbers stay what they were
+    for (const int page : pages) edit.Delete(page);
+  });
+}
+
+ExitCode Compact(const EditArguments& arguments) {
+  return Edit(arguments.file, [](vx::Edit& edit) { edit.Compact(); });
+}
+
+ExitCode SetHotSpot(const EditArguments& arguments) {
+  const std::pair<int, int> point = ParsePoint(arguments.point);
+  return Edit(arguments.file, [&](vx::Edit& edit) {
+    const int page = SelectPage(arguments.selection, vx::Source::File(arguments.file), arguments.file);
+    edit.SetHotSpot(page, point.first, point.second);
+  });
+}
+
+void DeclareFile(CLI::App& command, EditArguments& arguments) {
+  command.add_option("FILE", arguments.file, "icon or cursor file to change")->required();
+}
+
+void DeclareImages(CLI::App& command, EditArguments& arguments, bool isMany) {
+  CLI::Option* images = command.add_option(
+      "IMAGE", arguments.images, isMany ? "pictures to add, in this order" : "picture to put there");
+  images->required()->expected(1, isMany ? CLI::detail::expected_max_vector_size : 1);
+  command.add_flag("--png", arguments.asPng, "store it as a PNG stream, which icons can have");
+  command.add_option("--bits", arguments.bits, "store it as a bitmap of 1, 4, 8 or 24 bits a pixel")
+      ->option_text("N")
+      ->type_name("1|4|8|24");
+}
+
+struct EditCommand {
+  const char* name;
+  const char* summary;
+  ExitCode (*run)(const EditArguments&);
+  void (*declare)(CLI::App&, EditArguments&);
+};
+
+constexpr EditCommand kEditCommands[] = {
+    {"add", "Adds pictures as pages behind the last one.", Add,
+     [](CLI::App& command, EditArguments& arguments) { DeclareImages(command, arguments, true); }},
+    {"insert", "Inserts a picture as page N.", Insert,
+     [](CLI::App& command, EditArguments& arguments) {
+       DeclareImages(command, arguments, false);
+       command.add_option("--at", arguments.at, "number that the new page gets")
+           ->option_text("N")
+           ->required();
+     }},
+    {"replace", "Puts a picture in a page's place; a cursor's keeps its hot spot.", Replace,
+     [](CLI::App& command, EditArguments& arguments) {
+       DeclareImages(command, arguments, false);
+       command.add_option("--page", arguments.selection, "page to replace")->option_text("SEL")->required();
+     }},
+    {"delete", "Deletes pages; one has to stay.", Delete,
+     [](CLI::App& command, EditArguments& arguments) {
+       command.add_option("--page", arguments.selection, "pages to delete")->option_text("SEL")->required();
+     }},
+    {"compact", "Drops bytes that belong to no page; the pages stay as they are, bit for bit.", Compact,
+     [](CLI::App& /*command*/, EditArguments& /*arguments*/) {}},
+    {"hotspot", "Sets the pixel that points, of a cursor.", SetHotSpot,
+     [](CLI::App& command, EditArguments& arguments) {
+       command.add_option("POINT", arguments.point, "X,Y of the pixel; 0,0 is the top left one")->required();
+       command.add_option("--page", arguments.selection, "page that it belongs to")
+           ->option_text("SEL")
+           ->required();
+     }},
+};
+
+Nested DeclareEdit(CLI::App& command, const EditCommand& edit) {
+  CLI::App* sub = command.add_subcommand(edit.name, edit.summary);
+  auto arguments = std::make_shared<EditArguments>();
+  DeclareFile(*sub, *arguments);
+  edit.declare(*sub, *arguments);
+  return {sub, [arguments, run = edit.run] { return run(*arguments); }};
+}
+
+}  // namespace
+
+void DeclareEdits(CLI::App& pages, std::vector<Nested>& nested) {
+  for (const EditCommand& edit : kEditCommands) nested.push_back(DeclareEdit(pages, edit));
+}
+
+}  // namespace cli
