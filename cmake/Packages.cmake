@@ -37,8 +37,9 @@ function(vx_package component name section summary description)
   set(CPACK_COMPONENTS_ALL ${CPACK_COMPONENTS_ALL} ${component} PARENT_SCOPE)
   # An installation as a whole has a licence file of its own.
   set(documents ${CMAKE_INSTALL_DATADIR}/doc/${name})
-  install(FILES ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/debian/copyright
-                ${PROJECT_BINARY_DIR}/install/changelog.Debian
+  install(FILES ${PROJECT_BINARY_DIR}/install/changelog.Debian
+          DESTINATION ${documents} COMPONENT ${component} EXCLUDE_FROM_ALL)
+  install(FILES ${PROJECT_SOURCE_DIR}/LICENSE RENAME copyright
           DESTINATION ${documents} COMPONENT ${component} EXCLUDE_FROM_ALL)
   install(FILES ${PROJECT_SOURCE_DIR}/CHANGELOG.md RENAME changelog
           DESTINATION ${documents} COMPONENT ${component} EXCLUDE_FROM_ALL)
