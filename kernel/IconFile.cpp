@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstring>
 
 #include "Bitmap.h"
 #include "Errors.h"
+#include "FilterCalls.h"
 
 namespace vxkrn {
 namespace {
@@ -79,6 +81,15 @@ class Relocation {
 
 std::uint64_t IconDirectory::EntryOffset(int page) noexcept {
   return DirectoryBytes(static_cast<std::size_t>(page) - 1);
+}
+
+bool IconReader::ReadEntry(int page, ICONDIRENTRY* entry) const noexcept {
+  return ReadAt(IconDirectory::EntryOffset(page), entry, sizeof *entry);
+}
+
+int WriteHotSpot(const Backend& backend, const char* name, int page, HotSpot hotSpot) {
+  const std::uint64_t place = IconDirectory::EntryOffset(page) + offsetof(ICONDIRENTRY, Planes);
+  return Overwrite(backend, name, place, &hotSpot, sizeof hotSpot);
 }
 
 IconReader::IconReader(const Backend& backend, const char* name) noexcept

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "HotSpot.h"
 #include "MemoryTarget.h"
 
 namespace vxkrn {
@@ -17,6 +18,13 @@ struct IconDirectory {
   /// Where page `page`, from 1, has its entry.
   [[nodiscard]] static std::uint64_t EntryOffset(int page) noexcept;
 };
+
+/// The hot spot in a cursor's entry. It stands where an icon has planes and depth.
+[[nodiscard]] constexpr HotSpot HotSpotOf(const ICONDIRENTRY& entry) noexcept {
+  return {entry.Planes, entry.BitCount};
+}
+/// Writes it into the entry of page `page` of a file. @return STATUS_OK, or a failure with its detail set
+[[nodiscard]] int WriteHotSpot(const Backend& backend, const char* name, int page, HotSpot hotSpot);
 
 /// A run of a file's bytes.
 struct Extent {
@@ -34,6 +42,9 @@ class IconReader {
 
   /// Throws std::bad_alloc. @return STATUS_OK, or a failure with its detail set that does not name the file
   [[nodiscard]] int ReadDirectory(IconDirectory* directory) const;
+  /// Reads the entry of page `page` alone, from 1, whatever the directory says. @return false where the file
+  /// ends before it
+  [[nodiscard]] bool ReadEntry(int page, ICONDIRENTRY* entry) const noexcept;
   [[nodiscard]] bool IsPng(const ICONDIRENTRY& entry) const noexcept;
   /// The page's body as far as the file has it: what the directory says or, because readers go by that, what
   /// the body's own header says if it is more.

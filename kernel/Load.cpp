@@ -6,6 +6,7 @@
 #include "Explain.h"
 #include "Files.h"
 #include "FilterLoader.h"
+#include "IconFile.h"
 #include "LoadPlan.h"
 #include "PngCallbacks.h"
 #include "PngFile.h"
@@ -115,6 +116,13 @@ int Finish(const LoadPlan& plan, const _BITMAPHANDLE& target, vx_bitmap* picture
   return STATUS_OK;
 }
 
+/// The hot spot of a cursor's page, which the filter does not tell.
+HotSpot FindHotSpot(vx_source& source, int page) {
+  const Backend view = source.View();
+  ICONDIRENTRY entry = {};
+  return IconReader(view, source.Name()).ReadEntry(page, &entry) ? HotSpotOf(entry) : HotSpot{};
+}
+
 int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bitmap>* loaded) {
   LoadPlan plan;
   int status = PlanLoad(source, options, &plan);
@@ -142,6 +150,8 @@ int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bit
   const int pageWorthSaying = plan.info.TotalPages > 1 ? plan.options.page : 0;
   if (status != STATUS_OK) return Explain(status, source, pageWorthSaying, TraceOfLastClosed());
   if (plan.isPng ? context.png.hasAlpha : sink.SawFourthByte()) picture->record.Flags |= kBitmapHasAlpha;
+  const bool isWhole = picture->record.Height == target.Height;
+  if (plan.info.Format == FMT_CUR && isWhole) picture->hotSpot = FindHotSpot(source, plan.options.page);
   *loaded = std::move(picture);
   return STATUS_OK;
 }

@@ -4,7 +4,6 @@
 #include <SaveRules.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <string>
 
 #include "Describe.h"
@@ -135,14 +134,20 @@ int PlanPage(const vx_edit& edit, const State& state, const vx_bitmap& picture,
   return status == STATUS_OK ? status : NameFile(edit, status);
 }
 
-/// Writes the picture where `flags` and `page` say; as the first page of a file that is new.
+int SetHotSpot(vx_edit* edit, int page, HotSpot hotSpot) {
+  return End(edit, WriteHotSpot(edit->backend, edit->path.c_str(), page, hotSpot));
+}
+
+/// Writes the picture where `flags` say, as page `page`; as the first page of a file that is new.
 int PutPage(vx_edit* edit, const State& state, unsigned int flags, int page, SavePlan* plan) {
   SAVEOPTIONS options = NewFile();
   if (!state.isEmpty) {
     options.Flags = flags;
     options.PageNumber = page;
   }
-  return End(edit, SavePicture(edit->backend, edit->path.c_str(), options, plan));
+  const int status = End(edit, SavePicture(edit->backend, edit->path.c_str(), options, plan));
+  if (status != STATUS_OK || plan->outcome.format != FMT_CUR) return status;
+  return SetHotSpot(edit, page, plan->hotSpot);  // the filter writes 0, 0
 }
 
 int Insert(vx_edit* edit, const State& state, int page, const vx_bitmap& picture,
@@ -155,22 +160,12 @@ int Insert(vx_edit* edit, const State& state, int page, const vx_bitmap& picture
   return status == STATUS_OK ? PutPage(edit, state, SAVE_PAGE_INSERT, page, &plan) : status;
 }
 
-/// A cursor's hot spot stands where an icon has planes and depth.
-int WriteHotSpot(vx_edit* edit, int page, std::uint16_t x, std::uint16_t y) {
-  constexpr std::uint64_t kInEntry = offsetof(ICONDIRENTRY, Planes);
-  const std::uint16_t hotSpot[2] = {x, y};
-  return End(edit, Overwrite(edit->backend, edit->path.c_str(), IconDirectory::EntryOffset(page) + kInEntry,
-                             hotSpot, sizeof hotSpot));
-}
-
 int Replace(vx_edit* edit, const State& state, int page, const vx_bitmap& picture,
             const vx_save_options* options) {
   SavePlan plan = {};
-  int status = PlanPage(*edit, state, picture, options, &plan);
-  if (status == STATUS_OK) status = PutPage(edit, state, SAVE_PAGE_REPLACE, page, &plan);
-  if (status != STATUS_OK || !state.directory.isCursor) return status;
-  const ICONDIRENTRY& old = state.directory.entries[static_cast<std::size_t>(page) - 1];
-  return WriteHotSpot(edit, page, old.Planes, old.BitCount);
+  const int status = PlanPage(*edit, state, picture, options, &plan);
+  plan.hotSpot = HotSpotOf(state.directory.entries[static_cast<std::size_t>(page) - 1]);
+  return status == STATUS_OK ? PutPage(edit, state, SAVE_PAGE_REPLACE, page, &plan) : status;
 }
 
 /// Runs one edit. @param edits gets the state and returns a status
@@ -222,8 +217,8 @@ int vx_page_describe(vx_source* source, int page, vx_page_info* info) {
       info->offset = entry.ImageOffset;
       info->size = entry.BytesInRes;
       if (directory.isCursor) {
-        info->hot_x = entry.Planes;
-        info->hot_y = entry.BitCount;
+        info->hot_x = vxkrn::HotSpotOf(entry).x;
+        info->hot_y = vxkrn::HotSpotOf(entry).y;
       }
       return int{VX_OK};
     });
@@ -271,9 +266,8 @@ int vx_edit_page_count(vx_edit* edit, int* count) {
 
 int vx_edit_add(vx_edit* edit, const vx_bitmap* bitmap, const vx_save_options* options) {
   return RunEdit(edit, [&](const State& state) {
-    constexpr int kBehindTheLast = -1;
     if (bitmap == nullptr) return vxkrn::FailWithoutPicture();
-    return vxkrn::Insert(edit, state, kBehindTheLast, *bitmap, options);
+    return vxkrn::Insert(edit, state, state.Count() + 1, *bitmap, options);
   });
 }
 
@@ -317,7 +311,7 @@ int vx_edit_set_hot_spot(vx_edit* edit, int page, int x, int y) {
       return Fail(VX_BAD_PARAMETER, "the hot spot is ", x, ", ", y, "; both must be 0 to ",
                   vxkrn::kMostHotSpot);
     }
-    return vxkrn::WriteHotSpot(edit, page, static_cast<std::uint16_t>(x), static_cast<std::uint16_t>(y));
+    return vxkrn::SetHotSpot(edit, page, {static_cast<std::uint16_t>(x), static_cast<std::uint16_t>(y)});
   });
 }
 

@@ -106,7 +106,9 @@ int vx_bitmap_describe(const vx_bitmap* bitmap, vx_bitmap_info* info) {
            record.YResolution,
            record.ColorCount,
            vxkrn::HasAlpha(record) ? 1 : 0,
-           record.Region != nullptr ? 1 : 0};
+           record.Region != nullptr ? 1 : 0,
+           bitmap->hotSpot.x,
+           bitmap->hotSpot.y};
   return VX_OK;
 }
 

@@ -3,12 +3,14 @@
 #pragma once
 
 #include "Bitmap.h"
+#include "HotSpot.h"
 #include "Rows.h"
 #include "vx/vx.h"
 
 struct vx_bitmap {
   vxkrn::OwnedBitmap record;
   vxkrn::ColorTable colors = {};  ///< of the palette
+  vxkrn::HotSpot hotSpot = {};
 
   /// The stored row that is `row` from the top.
   [[nodiscard]] int Stored(int row) const noexcept {

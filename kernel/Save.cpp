@@ -1,6 +1,7 @@
 // vx_save_file and vx_save_memory: a plan, through the filter or the PNG encoder, into a file.
 #include "Errors.h"
 #include "FilterCalls.h"
+#include "IconFile.h"
 #include "MemoryTarget.h"
 #include "Replacement.h"
 
@@ -10,7 +11,10 @@ namespace {
 /// Writes the picture as the file that `backend` opens. @return STATUS_OK, or a failure with its detail set
 int WriteThrough(const Backend& backend, const char* name, SavePlan* plan) {
   if (plan->outcome.format == FMT_PNG) return SavePng(backend, name, *plan);
-  return SavePicture(backend, name, NewFile(), plan);
+  const int status = SavePicture(backend, name, NewFile(), plan);
+  const bool pointsElsewhere = plan->hotSpot.x != 0 || plan->hotSpot.y != 0;
+  if (status != STATUS_OK || plan->outcome.format != FMT_CUR || !pointsElsewhere) return status;
+  return WriteHotSpot(backend, name, 1, plan->hotSpot);  // the filter writes 0, 0
 }
 
 int WriteToMemory(const char* name, SavePlan* plan, MemoryTarget* target) {

@@ -212,6 +212,7 @@ int PlanSave(const vx_bitmap& picture, const vx_save_options* options, SavePlan*
   if (status != STATUS_OK) return status;
 
   plan->shown = record;
+  plan->hotSpot = picture.hotSpot;
   const Opacity opacity = OpacityOf(record);
   if (HasMask(chosen.format) && HasAlpha(record)) status = HardenForMask(record, plan);
   if (status != STATUS_OK) return status;

@@ -192,6 +192,8 @@ typedef struct vx_bitmap_info {
   int palette_count; /**< entries; 0 above 8 bits */
   int has_alpha;     /**< nonzero: the fourth byte of its 32-bit pixels is alpha */
   int has_region;    /**< nonzero: some pixels may be outside (transparent) */
+  int hot_x;         /**< the pixel that points, of a whole page of a cursor; else 0 */
+  int hot_y;
 } vx_bitmap_info;
 
 /**
@@ -335,13 +337,15 @@ VX_API int vx_edit_page_count(vx_edit* edit, int* count);
  * The next three save a picture as a page. options may be null: the page is then a bitmap, or a PNG stream
  * where an icon's picture has soft edges or a side of 256 pixels. Given options have a format of the file's
  * type (VX_FORMAT_CUR for cursors, VX_FORMAT_ICO or VX_FORMAT_VISTA_ICO for icons), or 0 to have it chosen
- * so. Pages count from 1, and those behind an inserted or deleted one change their numbers at once.
+ * so. A cursor's page gets the hot spot of the picture, which one loaded from a cursor has. Pages count from
+ * 1, and those behind an inserted or deleted one change their numbers at once.
  */
 /** Adds a page behind the last one. */
 VX_API int vx_edit_add(vx_edit* edit, const vx_bitmap* bitmap, const vx_save_options* options);
 /** Inserts a page so that it becomes page `page`, from 1 to the number of pages and one. */
 VX_API int vx_edit_insert(vx_edit* edit, int page, const vx_bitmap* bitmap, const vx_save_options* options);
-/** Replaces a page; a cursor's keeps its hot spot. The old body stays in the file until it is compacted. */
+/** Replaces a page; a cursor's keeps the hot spot that it had. The old body stays in the file until it is
+ * compacted. */
 VX_API int vx_edit_replace(vx_edit* edit, int page, const vx_bitmap* bitmap, const vx_save_options* options);
 /** Deletes a page; the only one of a file cannot go: VX_LAST_PAGE. Its body stays until it is compacted. */
 VX_API int vx_edit_delete(vx_edit* edit, int page);

@@ -156,6 +156,27 @@ TEST_F(Editing, CursorsKeepTheirHotSpots) {
   EXPECT_EQ(source.DescribePage(2).hot_y, 300);
 }
 
+TEST_F(Editing, HotSpotsComeAlongWithPictures) {
+  vx::Edit edit(cursor_);
+  edit.SetHotSpot(1, 3, 300);
+  edit.Commit();
+  const vx::Bitmap picture = vx::Source::File(cursor_).Load();
+  EXPECT_EQ(picture.Describe().hot_x, 3);
+  EXPECT_EQ(picture.Describe().hot_y, 300);
+  const std::string saved = folder_ / "saved.cur";
+  picture.Save(saved, vx::SaveOptions(VX_FORMAT_CUR));
+  vx::Edit more(saved);
+  more.Add(Noise(9, 9, 8));
+  more.Insert(2, picture);
+  more.Commit();
+  const vx::Source source = vx::Source::File(saved);
+  for (const int page : {1, 2}) EXPECT_EQ(source.DescribePage(page).hot_y, 300) << page;
+  EXPECT_EQ(source.DescribePage(3).hot_y, 0);
+  vx::LoadOptions band;
+  band.band_count = 1;
+  EXPECT_EQ(source.Load(band).Describe().hot_y, 0);  // a row of it is no cursor
+}
+
 TEST_F(Editing, WhatCannotBeMeantIsRefusedAndNothingChanges) {
   const std::string icon = Read(icon_);
   const std::string bitmap = folder_ / "a.bmp";

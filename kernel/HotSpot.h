@@ -1,0 +1,13 @@
+// The pixel of a cursor that points.
+#pragma once
+
+#include <cstdint>
+
+namespace vxkrn {
+
+struct HotSpot {
+  std::uint16_t x = 0;
+  std::uint16_t y = 0;
+};
+
+}  // namespace vxkrn
