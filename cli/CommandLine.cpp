@@ -36,6 +36,18 @@ class HelpFormatter : public CLI::Formatter {
     return option->get_option_text().empty() ? "" : " " + option->get_option_text();
   }
 
+  /// What must be given stands in the usage by its name.
+  std::string make_usage(const CLI::App* app, std::string name) const override {
+    std::string usage = CLI::Formatter::make_usage(app, std::move(name));
+    std::string required;
+    for (const CLI::Option* option : app->get_options()) {
+      if (option->get_positional() || !option->get_required()) continue;
+      required += fmt::format(" {} {}", option->get_name(), option->get_option_text());
+    }
+    const size_t others = usage.find(" [options]");
+    return others == std::string::npos ? usage : usage.insert(others, required);
+  }
+
   std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
     std::string help = CLI::Formatter::make_help(app, std::move(name), mode);
     for (size_t gap = 0; (gap = help.find("\n\n\n")) != std::string::npos;) help.erase(gap, 1);
@@ -52,6 +64,20 @@ std::string FirstUnknown(const CLI::App& app) {
   return rest.empty() ? "" : rest.front();
 }
 
+/// The command that was meant, or the one below it.
+const CLI::App& CommandUsed(const CLI::App& app) {
+  const auto used = app.get_subcommands();
+  return used.empty() ? app : CommandUsed(*used.front());
+}
+
+/// "pages delete"; "" for the program itself
+std::string PathOf(const CLI::App& command) {
+  const CLI::App* parent = command.get_parent();
+  if (parent == nullptr) return "";
+  const std::string path = PathOf(*parent);
+  return path.empty() ? command.get_name() : path + " " + command.get_name();
+}
+
 /// An empty word is never what was meant: it comes from a variable that was not set.
 void RefuseEmptyWords(CLI::App& app) {
   for (CLI::App* nested : app.get_subcommands({})) RefuseEmptyWords(*nested);
@@ -61,8 +87,17 @@ void RefuseEmptyWords(CLI::App& app) {
   }
 }
 
-/// What the parser says, in words for people.
-std::string Wording(const CLI::ParseError& error, const CLI::App& command) {
+std::string TooMany(const std::string& word, const CLI::App& command) {
+  std::string commands;
+  for (const CLI::App* nested : command.get_subcommands({})) {
+    commands += (commands.empty() ? "" : ", ") + nested->get_name();
+  }
+  const std::string hint = fmt::format("; the commands of {} are {}", PathOf(command), commands);
+  return word + " is a word too many" + (commands.empty() ? "" : hint);
+}
+
+/// What the parser says of a command, in words for people.
+std::string Wording(const CLI::ParseError& error, const CLI::App& app, const CLI::App& command) {
   std::string text = error.what();
   switch (static_cast<CLI::ExitCodes>(error.get_exit_code())) {
     case CLI::ExitCodes::ArgumentMismatch: {
@@ -72,7 +107,7 @@ std::string Wording(const CLI::ParseError& error, const CLI::App& command) {
       return name + (isRepeated ? " can be given only once" : " needs a value");
     }
     case CLI::ExitCodes::ConversionError: return "a value was given to an option that takes none";
-    case CLI::ExitCodes::ExtrasError: return FirstUnknown(*command.get_parent()) + " is a word too many";
+    case CLI::ExitCodes::ExtrasError: return TooMany(FirstUnknown(app), command);
     default: return text;
   }
 }
@@ -165,19 +200,18 @@ ExitCode CommandLine::ExplainParsing(const CLI::ParseError& error) {
     return kExitOk;
   }
   const std::string word = FirstUnknown(app_);
-  const auto used = app_.get_subcommands();
+  const CLI::App& command = CommandUsed(app_);
   if (word.starts_with("-")) return ExplainUsage(fmt::format("there is no option {}", Printable(word)));
-  if (!used.empty()) return ExplainUsage(Printable(Wording(error, *used.front())));
+  if (&command != &app_) return ExplainUsage(Printable(Wording(error, app_, command)));
   if (!word.empty()) return ExplainUsage(NoSuchCommand(word));
-  if (error.get_name() != "RequiredError") return ExplainUsage(Printable(Wording(error, app_)));
+  if (error.get_name() != "RequiredError") return ExplainUsage(Printable(Wording(error, app_, app_)));
   std::fputs(app_.help().c_str(), stderr);
   return kExitUsage;
 }
 
 ExitCode CommandLine::ExplainUsage(const std::string& problem) const {
-  const auto used = app_.get_subcommands();
-  const std::string command = used.empty() ? "" : used.front()->get_name() + " ";
-  ReportMessage(fmt::format("{}\nTry: vxbmp {}--help", problem, command));
+  const std::string path = PathOf(CommandUsed(app_));
+  ReportMessage(fmt::format("{}\nTry: vxbmp {}{}--help", problem, path, path.empty() ? "" : " "));
   return kExitUsage;
 }
 

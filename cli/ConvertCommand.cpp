@@ -70,7 +70,7 @@ ExitCode Save(const vx::Bitmap& picture, const std::string& out, const vx_save_o
   try {
     const vx_save_plan plan = picture.Plan(options);
     WritePicture(picture, out.c_str(), options);
-    RemarkOnLosses(name, options, plan);
+    RemarkOnLosses(name, options, plan, "--to png-icon");
   } catch (const vx::Error& error) {
     ReportFailure(error, {.file = name});
     return kExitFailed;
@@ -86,7 +86,7 @@ ExitCode Convert(const ConvertArguments& arguments) {
   const vx::LoadOptions options = OptionsFor(arguments, raw.get());
   RefuseTerminal(arguments.out.c_str());
   const std::string name = InputName(arguments.in.c_str());
-  Circumstances at{.file = name, .isLoading = true, .isRaw = raw != nullptr};
+  Circumstances at{.file = name, .mayBeRaw = raw == nullptr};
   try {
     Input input(arguments.in.c_str(), raw ? Content::Headerless : Content::Picture);
     const vx::Bitmap picture = LoadPage(input.Source(), options, at);

@@ -2,6 +2,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +12,7 @@
 #include "Command.h"
 #include "Input.h"
 #include "Numbers.h"
+#include "Output.h"
 #include "Report.h"
 #include "Resize.h"
 #include "Text.h"
@@ -68,7 +71,7 @@ std::optional<std::vector<Picture>> LoadAll(const std::vector<std::string>& imag
     try {
       LoadPages(image, pictures);
     } catch (const vx::Error& error) {
-      ReportFailure(error, {.file = InputName(image.c_str()), .isLoading = true});
+      ReportFailure(error, {.file = InputName(image.c_str())});
       return std::nullopt;
     }
   }
@@ -104,7 +107,19 @@ void AddPage(vx::Edit& edit, const Picture& source, int size, int pngFrom) {
   }
 }
 
+/// Under another name the icon would be taken for another kind of file.
+void RequireIconName(const std::string& out) {
+  if (out == kStandardStream)
+    throw UsageError("-o -: an icon cannot be written to standard output; name a file");
+  std::string ending = std::filesystem::path(out).extension().string();
+  std::transform(ending.begin(), ending.end(), ending.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  if (ending.empty() || ending == ".ico") return;
+  throw UsageError(fmt::format("-o {}: the name of an icon file ends with .ico", Printable(out)));
+}
+
 ExitCode MakeIcon(const IconArguments& arguments) {
+  RequireIconName(arguments.out);
   const int pngFrom = arguments.pngFrom.empty()
                           ? kLargestPage
                           : ParseSize(arguments.pngFrom, "--png-from", arguments.pngFrom);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -11,6 +12,9 @@ namespace cli {
 
 /// A command below another, and what it does.
 using Nested = std::pair<CLI::App*, Action>;
+
+/// What stands below the options of a command: what SEL is, and an example.
+std::string DetailsOf(bool selects, const std::string& example);
 
 Nested DeclareExtract(CLI::App& pages);
 /// Adds add, insert, replace, delete, compact and hotspot to `nested`.

@@ -12,6 +12,7 @@
 #include "Facts.h"
 #include "Input.h"
 #include "Output.h"
+#include "PageSelection.h"
 #include "Pages.h"
 #include "Report.h"
 #include "Table.h"
@@ -107,6 +108,11 @@ ExitCode List(const ListArguments& arguments) try {
 }
 
 }  // namespace
+
+std::string DetailsOf(bool selects, const std::string& example) {
+  const std::string selection = fmt::format("SEL is a page or several: {}.\n\n", kSelectionForms);
+  return fmt::format("{}Example:\n  vxbmp pages {}", selects ? selection : "", example);
+}
 
 Action DeclarePages(CLI::App& command) {
   auto arguments = std::make_shared<ListArguments>();

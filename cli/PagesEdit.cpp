@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "Facts.h"
 #include "Input.h"
 #include "Numbers.h"
 #include "PageSelection.h"
@@ -49,8 +50,13 @@ std::optional<std::vector<vx::Bitmap>> LoadAll(const std::vector<std::string>& i
     try {
       Input input(image.c_str());
       pictures.push_back(input.Source().Load());
+      const int pages = input.Source().Describe().page_count;
+      if (pages > 1) {
+        Remark(fmt::format("{}: page 1 of {}, the others are left out", Printable(InputName(image.c_str())),
+                           pages));
+      }
     } catch (const vx::Error& error) {
-      ReportFailure(error, {.file = InputName(image.c_str()), .isLoading = true});
+      ReportFailure(error, {.file = InputName(image.c_str())});
       return std::nullopt;
     }
   }
@@ -97,7 +103,7 @@ ExitCode EditWithImages(const EditArguments& arguments, const Put& put) {
   return Edit(arguments.file, [&](vx::Edit& edit) {
     for (const vx::Bitmap& picture : *pictures) {
       put(edit, picture, options);
-      if (options.format != 0) RemarkOnLosses(arguments.file, options, picture.Plan(options));
+      if (options.format != 0) RemarkOnLosses(arguments.file, options, picture.Plan(options), "--png");
     }
   });
 }
@@ -154,11 +160,24 @@ ExitCode Compact(const EditArguments& arguments) {
   return Edit(arguments.file, [](vx::Edit& edit) { edit.Compact(); });
 }
 
+/// A point beside the picture is allowed, and hardly ever meant.
+void RemarkOnPoint(const vx::Source& source, int page, const std::pair<int, int>& point,
+                   const std::string& file) try {
+  const vx_info info = source.Describe(page);
+  if (point.first < info.width && point.second < info.height) return;
+  ReportMessage(fmt::format("{}: {},{} lies beside page {}, which is {}", Printable(file), point.first,
+                            point.second, page, SizeText(info)));
+} catch (const vx::Error&) {
+  // A page that cannot be described has a hot spot all the same.
+}
+
 ExitCode SetHotSpot(const EditArguments& arguments) {
   const std::pair<int, int> point = ParsePoint(arguments.point);
   return Edit(arguments.file, [&](vx::Edit& edit) {
-    const int page = SelectPage(arguments.selection, vx::Source::File(arguments.file), arguments.file);
+    const vx::Source source = vx::Source::File(arguments.file);
+    const int page = SelectPage(arguments.selection, source, arguments.file);
     edit.SetHotSpot(page, point.first, point.second);
+    RemarkOnPoint(source, page, point, arguments.file);
   });
 }
 
@@ -179,32 +198,35 @@ void DeclareImages(CLI::App& command, EditArguments& arguments, bool isMany) {
 struct EditCommand {
   const char* name;
   const char* summary;
+  const char* example;
+  bool selects;  ///< takes SEL
   ExitCode (*run)(const EditArguments&);
   void (*declare)(CLI::App&, EditArguments&);
 };
 
 constexpr EditCommand kEditCommands[] = {
-    {"add", "Adds pictures as pages behind the last one.", Add,
+    {"add", "Adds pictures as pages behind the last one.", "app.ico large.png", false, Add,
      [](CLI::App& command, EditArguments& arguments) { DeclareImages(command, arguments, true); }},
-    {"insert", "Inserts a picture as page N.", Insert,
+    {"insert", "Inserts a picture as page N.", "app.ico first.bmp --at 1", false, Insert,
      [](CLI::App& command, EditArguments& arguments) {
        DeclareImages(command, arguments, false);
        command.add_option("--at", arguments.at, "number that the new page gets")
            ->option_text("N")
            ->required();
      }},
-    {"replace", "Puts a picture in a page's place; a cursor's keeps its hot spot.", Replace,
+    {"replace", "Puts a picture in a page's place; a cursor's keeps its hot spot.",
+     "app.ico new.png --page -1", true, Replace,
      [](CLI::App& command, EditArguments& arguments) {
        DeclareImages(command, arguments, false);
        command.add_option("--page", arguments.selection, "page to replace")->option_text("SEL")->required();
      }},
-    {"delete", "Deletes pages; one has to stay.", Delete,
+    {"delete", "Deletes pages; one has to stay.", "app.ico --page 1-2,48x48", true, Delete,
      [](CLI::App& command, EditArguments& arguments) {
        command.add_option("--page", arguments.selection, "pages to delete")->option_text("SEL")->required();
      }},
-    {"compact", "Drops bytes that belong to no page; the pages stay as they are, bit for bit.", Compact,
-     [](CLI::App& /*command*/, EditArguments& /*arguments*/) {}},
-    {"hotspot", "Sets the pixel that points, of a cursor.", SetHotSpot,
+    {"compact", "Drops bytes that belong to no page; the pages stay as they are, bit for bit.", "app.ico",
+     false, Compact, [](CLI::App& /*command*/, EditArguments& /*arguments*/) {}},
+    {"hotspot", "Sets the pixel that points, of a cursor.", "arrow.cur 3,2 --page 1", true, SetHotSpot,
      [](CLI::App& command, EditArguments& arguments) {
        command.add_option("POINT", arguments.point, "X,Y of the pixel; 0,0 is the top left one")->required();
        command.add_option("--page", arguments.selection, "page that it belongs to")
@@ -218,6 +240,7 @@ Nested DeclareEdit(CLI::App& command, const EditCommand& edit) {
   auto arguments = std::make_shared<EditArguments>();
   DeclareFile(*sub, *arguments);
   edit.declare(*sub, *arguments);
+  sub->footer(DetailsOf(edit.selects, fmt::format("{} {}", edit.name, edit.example)));
   return {sub, [arguments, run = edit.run] { return run(*arguments); }};
 }
 

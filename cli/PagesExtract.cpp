@@ -46,7 +46,7 @@ void ExtractPage(const vx::Source& source, int page, const std::string& out) {
   const vx::Bitmap picture = source.Load(page);
   const vx_save_plan plan = picture.Plan(options);
   WritePicture(picture, out.c_str(), options);
-  RemarkOnLosses(out, options, plan);
+  RemarkOnLosses(out, options, plan, "a PNG file");
 }
 
 /// The names of the files to write, which must differ.
@@ -72,7 +72,7 @@ ExitCode Extract(const ExtractArguments& arguments) try {
   for (size_t i = 0; i < pages.size(); ++i) ExtractPage(source, pages[i], names[i]);
   return kExitOk;
 } catch (const vx::Error& error) {
-  ReportFailure(error, {.file = InputName(arguments.file.c_str()), .isLoading = true});
+  ReportFailure(error, {.file = InputName(arguments.file.c_str())});
   return kExitFailed;
 }
 
@@ -88,6 +88,7 @@ Nested DeclareExtract(CLI::App& command) {
                   "what they say; {name}-{page}.png unless given")
       ->option_text("PATTERN")
       ->type_name("FILE");
+  sub->footer(DetailsOf(true, "extract app.ico --page 32x32@8 -o small.png"));
   return {sub, [arguments] { return Extract(*arguments); }};
 }
 

@@ -27,10 +27,10 @@ bool TakesTruncated(const Circumstances& at, std::string_view /*unused*/) {
 }
 /// What begins like a picture is a damaged one.
 bool MayBeRaw(const Circumstances& at, std::string_view problem) {
-  return at.isLoading && !at.isRaw && problem.find("it begins with the bytes") != std::string_view::npos;
+  return at.mayBeRaw && problem.find("it begins with the bytes") != std::string_view::npos;
 }
 bool FitsPngIcon(const Circumstances& /*unused*/, std::string_view problem) {
-  return problem.find("PNG pages") != std::string_view::npos;
+  return problem.find("Icons with PNG pages") != std::string_view::npos;
 }
 /// The limit is not all that memory can run out of.
 bool IsOverLimit(const Circumstances& /*unused*/, std::string_view problem) {

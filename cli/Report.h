@@ -9,8 +9,7 @@ namespace cli {
 /// What was being done when something failed.
 struct Circumstances {
   std::string_view file;            ///< the name for messages
-  bool isLoading = false;           ///< pixels were to be loaded
-  bool isRaw = false;               ///< with --raw
+  bool mayBeRaw = false;            ///< --raw could have been given, and was not
   bool loadsWhenTruncated = false;  ///< --allow-truncated was not given, and would make a picture of it
 };
 

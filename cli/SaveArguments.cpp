@@ -153,14 +153,16 @@ vx::SaveOptions SaveArguments::Describe(std::string_view out, vx_palette palette
   return options;
 }
 
-void RemarkOnLosses(std::string_view out, const vx_save_options& options, const vx_save_plan& plan) {
+void RemarkOnLosses(std::string_view out, const vx_save_options& options, const vx_save_plan& plan,
+                    std::string_view remedy) {
   const std::string name = Printable(out);
   if (plan.transparency == VX_TRANSPARENCY_LOST) {
     ReportMessage(fmt::format("{}: the picture's transparency is lost; --to png or an icon keeps it", name));
   } else if (plan.transparency == VX_TRANSPARENCY_HARDENED) {
     const bool isPng = options.format == VX_FORMAT_PNG || options.format == VX_FORMAT_VISTA_ICO;
-    ReportMessage(fmt::format("{}: soft edges became hard: half opaque and more is opaque; {} keeps them",
-                              name, isPng ? "--bits 32" : "--to png-icon"));
+    const std::string hint = fmt::format("; {} keeps them", isPng ? "--bits 32" : remedy);
+    ReportMessage(fmt::format("{}: soft edges became hard: half opaque and more is opaque{}", name,
+                              plan.format == VX_FORMAT_CUR ? "" : hint));
   }
   if (plan.format != options.format) {
     Remark(fmt::format("{}: {} bits a pixel have no run-length coding; saved without", name,

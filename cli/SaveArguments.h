@@ -28,6 +28,7 @@ class SaveArguments {
 std::string FormatTable();
 
 /// Says what saving will cost the picture: losses to anyone, the rest to people who watch.
-void RemarkOnLosses(std::string_view out, const vx_save_options& options, const vx_save_plan& plan);
+void RemarkOnLosses(std::string_view out, const vx_save_options& options, const vx_save_plan& plan,
+                    std::string_view remedy);
 
 }  // namespace cli

@@ -79,7 +79,7 @@ ExitCode View(const ViewArguments& arguments) {
   const vx::LoadOptions loadOptions = arguments.page.Options();
   const vx::DrawOptions drawOptions = DrawOptionsFor(arguments);
   const std::string name = InputName(arguments.file.c_str());
-  Circumstances at{.file = name, .isLoading = true};
+  Circumstances at{.file = name};
   try {
     Input input(arguments.file.c_str());
     const vx::Bitmap picture = LoadPage(input.Source(), loadOptions, at);

@@ -97,7 +97,7 @@ if(VX_BUILD_CLI)
   install_completions(fish ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d vxbmp.fish)
 endif()
 
-# ---- manual pages and licence
+# ---- manual pages, documents and licence
 
 # install_manual COMPONENT PATTERN... takes what is there.
 function(install_manual component)
@@ -115,3 +115,6 @@ endif()
 install_manual(development vx_* vxkrn* libvx*)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/CHANGELOG.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
+install(FILES ${PROJECT_SOURCE_DIR}/docs/abi.md ${PROJECT_SOURCE_DIR}/docs/errors.md ${PROJECT_SOURCE_DIR}/docs/formats.md
+        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/tutorial DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)

@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -53,9 +54,18 @@ bool HasNoColors(gchar** environment) {
   return name == nullptr || std::strcmp(name, "") == 0 || std::strcmp(name, "dumb") == 0;
 }
 
+/// xterm takes all colours since its version 331, and says so by its version alone: XTerm(379).
+bool IsRecentXterm(gchar** environment) {
+  const gchar* version = g_environ_getenv(environment, "XTERM_VERSION");
+  constexpr int kFirst = 331;
+  return version != nullptr && std::strncmp(version, "XTerm(", 6) == 0 &&
+         std::strtol(version + 6, nullptr, 10) >= kFirst;
+}
+
 ChafaCanvasMode ColorsOf(ChafaPixelMode pixels, const ChafaTermInfo* info, gchar** environment) {
   if (pixels != CHAFA_PIXEL_MODE_SYMBOLS) return CHAFA_CANVAS_MODE_TRUECOLOR;
   if (HasNoColors(environment)) return CHAFA_CANVAS_MODE_FGBG;
+  if (IsRecentXterm(environment)) return CHAFA_CANVAS_MODE_TRUECOLOR;
   if (chafa_term_info_have_seq(info, CHAFA_TERM_SEQ_SET_COLOR_FGBG_DIRECT))
     return CHAFA_CANVAS_MODE_TRUECOLOR;
   if (chafa_term_info_have_seq(info, CHAFA_TERM_SEQ_SET_COLOR_FGBG_256)) return CHAFA_CANVAS_MODE_INDEXED_240;

@@ -117,8 +117,7 @@ int PlanPage(const vx_edit& edit, const State& state, const vx_bitmap& picture,
   const bool isForCursor = chosen.format == FMT_CUR;
   if (!contract::IsIconFormat(chosen.format) || (!state.isEmpty && isForCursor != isCursor)) {
     return Fail(STATUS_NOT_SUPPORTED, edit.path, " is ", isCursor ? "a cursor" : "an icon",
-                " file, which cannot have a page of format ", chosen.format, " (",
-                vx_format_name(chosen.format), ")");
+                " file, which cannot have a page of the kind: ", vx_format_name(chosen.format));
   }
   constexpr int kLargestBitmapPage = 255;
   const bool isLarge = std::max(picture.record.Width, picture.record.Height) > kLargestBitmapPage;

@@ -71,7 +71,7 @@ int CheckSides(const _BITMAPHANDLE& picture, int format, int largest) {
   if (largest == 0 || std::max(picture.Width, picture.Height) <= largest) return STATUS_OK;
   Fail(STATUS_BAD_DIMENSIONS, "the picture has ", picture.Width, " x ", picture.Height,
        " pixels; this format (", vx_format_name(format), ") has room for ", largest, " x ", largest);
-  if (HasMask(format) && std::max(picture.Width, picture.Height) == 256) {
+  if (format == FMT_ICO && std::max(picture.Width, picture.Height) == 256) {
     Detail() << ". Icons with PNG pages have room for 256 x 256";
   }
   return STATUS_BAD_DIMENSIONS;

@@ -81,7 +81,7 @@ TEST_F(CommandLineTest, ConvertsToEveryFormatAndBack) {
        false},
       {"out.x --to bmp --565", "Windows bitmap", "transparency is lost", false},
       {"out.ICO", "icon", "--to png-icon", false},
-      {"out.cur --bits 8 --palette fixed", "cursor", "--to png-icon", false},
+      {"out.cur --bits 8 --palette fixed", "cursor", "edges became hard", false},
       {"out.ico --to png-icon", "icon with PNG or 256-pixel pages", "", true},
       {"out.png", "PNG", "", true},
       {"out.png --bits 24", "PNG", "--bits 32", false}};

@@ -101,6 +101,8 @@ TEST_F(PagesTest, WhatCannotBeMeantChangesNothing) {
   Expect(2, "pages add icon-sizes.ico soft.png --bits 32", "--bits");
   Expect(2, "pages compact icon-sizes.ico soft.png", "too many");
   Expect(2, "pages", "needed");
+  Expect(2, "pages ad icon-sizes.ico soft.png", "commands of pages are extract, add");
+  Expect(2, "pages delete icon-sizes.ico --page 1 --page 2", "only once\nTry: vxbmp pages delete");
   EXPECT_EQ(shell_.Read("icon-sizes.ico"), before);
 }
 
@@ -111,6 +113,7 @@ TEST_F(PagesTest, IconsAreMadeOfWhatThereIs) {
   Expect(0, "icon icon-sizes.ico -o a.ico --sizes 256,32,16,16 --png-from 255");
   EXPECT_EQ(Listed("a.ico"), "16x16@4 32x32@24 256x256@32P 0") << "what has the size stays as it is";
   Expect(2, "icon soft.png -o a.ico --sizes 16,257", "1 to 256");
+  Expect(2, "icon soft.png -o soft.png", "ends with .ico");
   Expect(1, "icon soft.png missing.png -o a.ico", "missing.png");
   EXPECT_EQ(Listed("a.ico"), "16x16@4 32x32@24 256x256@32P 0");
 }
