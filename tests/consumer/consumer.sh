@@ -40,6 +40,6 @@ ask --variable=contractdir
 ask --variable=libdir
 LD_LIBRARY_PATH=${answer[0]} run_programs pkg-config "$work/c_program" "$work/cpp_program"
 
-cmake -S "$here" -B "$work/build" -DCMAKE_PREFIX_PATH="$tree" >"$work/cmake.log" 2>&1 &&
+cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_PREFIX_PATH="$tree" >"$work/cmake.log" 2>&1 &&
   cmake --build "$work/build" >>"$work/cmake.log" 2>&1 || { cat "$work/cmake.log" >&2; exit 1; }
 run_programs find_package "$work/build/c_program" "$work/build/cpp_program"

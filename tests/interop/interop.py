@@ -268,12 +268,13 @@ class Comparison:
             PIL.Image.open(source).save(path, sizes=[(16, 16), (32, 32)])
 
         small = os.path.join(self.folder, "small.png")
-        run("convert", source, "-resize", "16x16", "png32:" + small)
+        color = pictures()["hard"][2]
+        write_png(small, 16, 16, b"".join(bytes(color(2 * x, 2 * y)) for y in range(16) for x in range(16)))
         makers = {imagemagick: lambda path: run("convert", small, source, "ico:" + path),
                   icotool: lambda path: run("icotool", "-c", "-o", path, small, source), pillow: of_pillow}
         for program, make in makers.items():
             path = os.path.join(self.folder, "made-by-" + program.__name__ + ".ico")
-            if is_there(program) and is_there(imagemagick):
+            if is_there(program):
                 make(path)
                 yield path
 
