@@ -134,15 +134,15 @@ std::string ZshValue(const Value& value) {
 }
 
 std::string ZshOption(const OfferedOption& option) {
-  std::string specifications;
+  std::string described;
   for (const std::string& name : option.names) {
     const bool isLong = name.starts_with("--");
     const bool hasValue = !option.value.name.empty();
-    specifications += " \\\n    " + Quoted(fmt::format("({}){}{}[{}]{}", Joined(option.names), name,
-                                                       isLong && hasValue ? "=" : "", ZshText(option.summary),
-                                                       hasValue ? ZshValue(option.value) : ""));
+    described += " \\\n    " + Quoted(fmt::format("({}){}{}[{}]{}", Joined(option.names), name,
+                                                  isLong && hasValue ? "=" : "", ZshText(option.summary),
+                                                  hasValue ? ZshValue(option.value) : ""));
   }
-  return specifications;
+  return described;
 }
 
 std::string ZshName(std::string path) {
