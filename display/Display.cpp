@@ -73,8 +73,7 @@ int DrawPixels(const Terminal& terminal, const _BITMAPHANDLE& bitmap, const Pixe
   }
   // In its own size a picture is not stretched to whole cells.
   Pixels padded;
-  const int step = terminal.HeightStep();
-  const int height = (layout.cells.rows * cellHeight + step - 1) / step * step;
+  const int height = terminal.HeightOf(layout.cells.rows, cellHeight);
   const int status = Pad(pixels, layout.cells.columns * cellWidth, height, &padded);
   return status == STATUS_OK ? terminal.Draw(padded, layout.cells, cellWidth, cellHeight, text, size)
                              : status;

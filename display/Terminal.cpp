@@ -73,6 +73,16 @@ ChafaCanvasMode ColorsOf(ChafaPixelMode pixels, const ChafaTermInfo* info, gchar
   return CHAFA_CANVAS_MODE_FGBG;
 }
 
+/// The library ends the process where it gets no memory, so what it will take is asked for first: the canvas
+/// and the text, which doubles while it grows.
+bool FitsMemory(bool showsPixels, std::uint64_t cells, std::uint64_t cellPixels) {
+  constexpr std::uint64_t kBytesAPixel = 20;              // 4, and twice their digits to the base of 64
+  constexpr std::uint64_t kBytesACell = 64 * 8 + 2 * 64;  // 8 x 8 pixels, and twice the longest colours
+  const std::uint64_t bytes = cells * (showsPixels ? cellPixels * kBytesAPixel : kBytesACell);
+  Memory probe;
+  return bytes <= UINT_MAX && probe.Allocate(static_cast<unsigned int>(bytes), 1);
+}
+
 }  // namespace
 
 Terminal::Terminal(int mode) : capabilities_(new Capabilities) {
@@ -97,23 +107,12 @@ bool Terminal::ShowsPixels() const noexcept {
   return capabilities_->pixels != CHAFA_PIXEL_MODE_SYMBOLS;
 }
 
-int Terminal::HeightStep() const noexcept {
-  return capabilities_->pixels == CHAFA_PIXEL_MODE_SIXELS ? 6 : 1;
+int Terminal::HeightOf(int rows, int cellHeight) const noexcept {
+  constexpr int kSixel = 6;
+  const int height = rows * cellHeight;
+  const bool isInBands = capabilities_->pixels == CHAFA_PIXEL_MODE_SIXELS;
+  return isInBands ? (height + kSixel - 1) / kSixel * kSixel : height;
 }
-
-namespace {
-
-/// The library ends the process where it gets no memory, so what it will take is asked for first: the canvas
-/// and the text, which doubles while it grows.
-bool FitsMemory(bool showsPixels, std::uint64_t cells, std::uint64_t cellPixels) {
-  constexpr std::uint64_t kBytesAPixel = 20;              // 4, and twice their digits to the base of 64
-  constexpr std::uint64_t kBytesACell = 64 * 8 + 2 * 64;  // 8 x 8 pixels, and twice the longest colours
-  const std::uint64_t bytes = cells * (showsPixels ? cellPixels * kBytesAPixel : kBytesACell);
-  Memory probe;
-  return bytes <= UINT_MAX && probe.Allocate(static_cast<unsigned int>(bytes), 1);
-}
-
-}  // namespace
 
 int Terminal::Draw(const Pixels& pixels, Cells cells, int cellWidth, int cellHeight, char** text,
                    unsigned int* size) const {
@@ -127,11 +126,10 @@ int Terminal::Draw(const Pixels& pixels, Cells cells, int cellWidth, int cellHei
   chafa_canvas_config_set_symbol_map(config.get(), symbols.get());
   chafa_canvas_config_set_canvas_mode(config.get(), capabilities_->colors);
   chafa_canvas_config_set_pixel_mode(config.get(), capabilities_->pixels);
-  if (const int step = HeightStep(); step > 1) {
-    // The library cuts what is no whole step off the cells, so there is one, of the right height.
-    const int height = cells.rows * cellHeight;
+  if (capabilities_->pixels == CHAFA_PIXEL_MODE_SIXELS) {
+    // The library cuts what is no whole band off the cells, so there is one, of the right height.
     chafa_canvas_config_set_cell_geometry(config.get(), cells.columns * cellWidth,
-                                          (height + step - 1) / step * step);
+                                          HeightOf(cells.rows, cellHeight));
     chafa_canvas_config_set_geometry(config.get(), 1, 1);
   } else {
     chafa_canvas_config_set_cell_geometry(config.get(), cellWidth, cellHeight);

@@ -23,11 +23,12 @@ class Terminal {
   /// Whether it shows pixels, and not characters that look like some.
   [[nodiscard]] bool ShowsPixels() const noexcept;
 
-  /// Heights that it shows are multiples of this.
-  [[nodiscard]] int HeightStep() const noexcept;
+  /// How many pixels high so many rows of cells are drawn: theirs, or a few more where it takes pixels in
+  /// bands.
+  [[nodiscard]] int HeightOf(int rows, int cellHeight) const noexcept;
 
-  /// Draws the pixels over so many cells of so many pixels, and in height up to the next step. *text is
-  /// memory of the kernel's, the caller's then.
+  /// Draws the pixels over so many cells of so many pixels. *text is memory of the kernel's, the caller's
+  /// then.
   /// @return STATUS_OK or STATUS_NO_MEMORY
   [[nodiscard]] int Draw(const Pixels& pixels, Cells cells, int cellWidth, int cellHeight, char** text,
                          unsigned int* size) const;

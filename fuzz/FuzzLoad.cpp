@@ -55,11 +55,12 @@ vx::SaveOptions SaveOptionsFrom(fuzz::Input& input) {
 
 /// Whether all pixels that can be seen are the same.
 bool LookAlike(const std::vector<std::uint8_t>& one, const std::vector<std::uint8_t>& other) {
+  if (one.size() != other.size()) return false;
   for (std::size_t i = 0; i < one.size(); i += 4) {
     const bool isHidden = one[i + 3] == 0 && other[i + 3] == 0;
     if (!isHidden && !std::equal(&one[i], &one[i] + 4, &other[i])) return false;
   }
-  return one.size() == other.size();
+  return true;
 }
 
 /// What was saved is there again as the plan told.
