@@ -11,6 +11,7 @@ tutorial   BIN VXSAMPLES: what docs/tutorial/README.md quotes is in its programs
 import os
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -92,7 +93,16 @@ def links(source):
                 yield f"{document.name} refers to {target}, which is not there"
 
 
-def tutorial(source, programs, samples):
+def through(emulator, programs, folder):
+    """A folder of commands that run the programs under an emulator, for shells that cannot know that it is needed."""
+    for program in pathlib.Path(programs).iterdir():
+        command = pathlib.Path(folder) / program.name
+        command.write_text(f'#!/bin/sh\nexec {shlex.join([*emulator, str(program)])} "$@"\n')
+        command.chmod(0o755)
+    return folder
+
+
+def tutorial(source, programs, samples, *emulator):
     folder = source / "docs/tutorial"
     text = (folder / "README.md").read_text()
     for file, quoted in re.findall(r"^```\w+ (\S+)\n(.*?)^```$", text, re.M | re.S):
@@ -102,8 +112,10 @@ def tutorial(source, programs, samples):
         if f"[{file.name}]({file.name})" not in text:
             yield f"the tutorial does not speak of {file.name}"
 
-    with tempfile.TemporaryDirectory() as work:
-        subprocess.run([samples, work], check=True)
+    with tempfile.TemporaryDirectory() as work, tempfile.TemporaryDirectory() as commands:
+        subprocess.run([*emulator, samples, work], check=True)
+        if emulator:
+            programs = through(emulator, programs, commands)
         environment = dict(os.environ, PATH=f"{programs}:{os.environ['PATH']}", LC_ALL="C")
         for session in re.findall(r"^```console\n(.*?)^```$", text, re.M | re.S):
             commands = re.findall(r"^\$ (.*)$", session, re.M)
