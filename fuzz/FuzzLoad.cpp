@@ -19,7 +19,7 @@ int One(const int (&choices)[Count], fuzz::Input& input) {
 
 vx::LoadOptions LoadOptionsFrom(fuzz::Input& input) {
   vx::LoadOptions options;
-  options.page = input.Choice(5);
+  options.page = input.Page(4);
   options.allow_truncated = input.Choice(2);
   options.color_order = One(kOrders, input);
   options.band_first = input.Choice(9) * input.Choice(2);
@@ -76,7 +76,7 @@ void RequireSame(const vx::Bitmap& picture, const vx_save_plan& plan, const vx::
 }
 
 void LoadAndSave(fuzz::Input& input) {
-  const bool isRaw = input.Choice(4) == 0;
+  const bool isRaw = input.Choice(4) == 3;
   vx::LoadOptions options = LoadOptionsFrom(input);
   const vx_raw raw = isRaw ? RawFrom(input) : vx_raw{};
   if (isRaw) options.raw = &raw;
@@ -87,12 +87,14 @@ void LoadAndSave(fuzz::Input& input) {
   (void)picture.EncodePng();
   const vx_save_plan plan = picture.Plan(saveOptions);
   RequireSame(picture, plan, picture.Save(saveOptions));
+  fuzz::wentAllTheWay = true;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   vx_set_memory_limit(fuzz::kMemoryLimit);
+  fuzz::wentAllTheWay = false;
   try {
     fuzz::Input input(bytes, size);
     LoadAndSave(input);

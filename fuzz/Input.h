@@ -1,4 +1,5 @@
-// The bytes of one fuzzing run: a few that choose what is done, and the file that it is done to.
+// The bytes of one fuzzing run: a few that choose what is done, and the file that it is done to. Choices of 0
+// are the ordinary ones, so that a sample behind nothing but zeros is loaded or edited as users would.
 #pragma once
 
 #include <algorithm>
@@ -25,6 +26,8 @@ class Input {
   }
   /// A number from 0 to `count` - 1.
   int Choice(int count) noexcept { return Byte() % count; }
+  /// A page from 1 to `most`, or 0, which no file has.
+  int Page(int most) noexcept { return (1 + Choice(most + 1)) % (most + 1); }
   [[nodiscard]] std::span<const std::uint8_t> File() const noexcept { return file_; }
 
  private:
@@ -34,6 +37,10 @@ class Input {
 
 /// Bytes of pictures that a run may have: what takes longer than reading tells nothing new.
 constexpr std::uint64_t kMemoryLimit = std::uint64_t{32} << 20;
+
+/// Whether the last run went all the way: nothing that it tried was refused. Set by the targets, for whoever
+/// looks for seeds.
+inline bool wentAllTheWay = false;
 
 /// Ends the process, as a crash would, where what must hold does not.
 inline void Require(bool holds) {
