@@ -242,7 +242,8 @@ typedef int (*ROWCALLBACK)(IMAGEINFO* info, _BITMAPHANDLE* bitmap, unsigned char
 /**
  * Decodes the PNG stream of bufferSize bytes at buffer into bitmap, an empty record of
  * bitmapRecordSize bytes, at bitsPerPixel (0: the stream's own depth). The kernel marks it
- * BITMAP_ALLOCATED when it holds pixels; the filter then releases it with VX_FreeBitmap.
+ * BITMAP_ALLOCATED when it holds pixels; the filter then releases it with VX_FreeBitmap. A callback that
+ * fails leaves nothing in the record: the filter does not free it.
  */
 typedef int (*LOADPNGFROMMEMORY)(unsigned char* buffer, _BITMAPHANDLE* bitmap, unsigned int bitmapRecordSize,
                                  int bitsPerPixel, int reserved1, unsigned int bufferSize, int reserved0,

@@ -10,7 +10,7 @@ namespace vxkrn {
 int DescribePngPage(unsigned char* buffer, IMAGEINFO* info, unsigned int infoRecordSize,
                     unsigned int bufferSize, int reserved0, int reserved1);
 
-/// LOADPNGFROMMEMORY
+/// LOADPNGFROMMEMORY. A failure leaves nothing in `bitmap`, which the filter does not free then.
 int LoadPngPage(unsigned char* buffer, _BITMAPHANDLE* bitmap, unsigned int bitmapRecordSize, int bitsPerPixel,
                 int reserved1, unsigned int bufferSize, int reserved0, IMAGEINFO* info);
 

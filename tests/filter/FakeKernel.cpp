@@ -67,6 +67,7 @@ std::optional<int> FakeKernel::Happens(Kind kind, const std::string& text,
   events.push_back({kind, text});
   for (const auto number : numbers) events.back().text += " " + std::to_string(number);
   const int turn = ++turns[kind];
+  if (meanwhile) meanwhile(kind, turn);
   if (!fault || fault->kind != kind || !fault->Strikes(turn)) return std::nullopt;
   faultStruck = true;
   return fault->result;

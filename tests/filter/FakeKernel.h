@@ -6,11 +6,13 @@
 
 #include <climits>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 using Bytes = std::vector<std::uint8_t>;
@@ -50,7 +52,8 @@ enum class Kind {
 
 /** Makes the nth event of a kind fail (from 1), and all later ones of that kind when persistent. */
 struct Fault {
-  static constexpr int kHalfRead = INT_MIN;  // as result of a read: half of what would have arrived
+  static constexpr int kHalf = INT_MIN;           // of a read or a write: half of the bytes
+  static constexpr int kElsewhere = INT_MIN + 1;  // of a seek: one byte farther on
 
   Kind kind = Kind::kAlloc;
   int nth = 1;
@@ -111,6 +114,8 @@ class FakeKernel {
   // What the test prepares.
   Bytes file;
   std::optional<Fault> fault;
+  std::function<void(Kind, int)> meanwhile;  // what else happens at the nth event of a kind
+  int longerMaskRows = 0;                    // bytes that mask bitmaps have more in a row than files
   int rowsAccepted = INT_MAX;
   _BITMAPHANDLE target{};
   std::optional<std::size_t> rowBytes;  // how much of each row is kept; without: the target's BytesPerLine
@@ -164,19 +169,10 @@ class FakeKernel {
 };
 
 // The callbacks for the dispatch records.
-int FakeRowCallback(IMAGEINFO* info, _BITMAPHANDLE* bitmap, unsigned char* row, unsigned int flags,
-                    int rowNumber, int lineCount, void* userData);
-int FakeLoadPng(unsigned char* buffer, _BITMAPHANDLE* bitmap, unsigned int bitmapRecordSize, int bitsPerPixel,
-                int reserved1, unsigned int bufferSize, int reserved0, IMAGEINFO* info);
-int FakeGetPngInfo(unsigned char* buffer, IMAGEINFO* info, unsigned int infoRecordSize,
-                   unsigned int bufferSize, int reserved0, int reserved1);
-int FakeBeginSave(_BITMAPHANDLE* bitmap, _BITMAPHANDLE** converted, int bitsPerPixel, unsigned int* flags,
-                  unsigned char** rowBuffer, int rowsPerCall, int convertArg1, int convertArg2,
-                  _SAVEFILESTRUCT** saveFile);
-int FakeGetSaveRow(_BITMAPHANDLE* bitmap, _BITMAPHANDLE* converted, unsigned char* rowBuffer, int row,
-                   int rowCount, unsigned int flags, int convertArg1, int convertArg2,
-                   _SAVEFILESTRUCT* saveFile);
-int FakeEndSave(_BITMAPHANDLE* bitmap, _BITMAPHANDLE** converted, unsigned int* flags,
-                unsigned char** rowBuffer, _SAVEFILESTRUCT** saveFile);
-int FakeSaveToMemory(void** memory, _BITMAPHANDLE* bitmap, int format, int bitsPerPixel, int reserved0,
-                     unsigned int* size, int reserved1);
+std::remove_pointer_t<ROWCALLBACK> FakeRowCallback;
+std::remove_pointer_t<LOADPNGFROMMEMORY> FakeLoadPng;
+std::remove_pointer_t<GETPNGINFOFROMMEMORY> FakeGetPngInfo;
+std::remove_pointer_t<BEGINSAVE> FakeBeginSave;
+std::remove_pointer_t<GETSAVEROW> FakeGetSaveRow;
+std::remove_pointer_t<ENDSAVE> FakeEndSave;
+std::remove_pointer_t<SAVETOMEMORY> FakeSaveToMemory;

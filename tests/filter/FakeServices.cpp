@@ -48,7 +48,7 @@ HANDLE VX_RedirectedOpen(const char* fileName, int flags, int permission) {
 int VX_RedirectedRead(HANDLE file, void* buffer, unsigned int count) {
   if (count == 0 || !Kernel().Usable(file)) return 0;
   const auto failure = Kernel().Happens(Kind::kRead, "read", {count});
-  if (failure && *failure != Fault::kHalfRead) return *failure;
+  if (failure && *failure != Fault::kHalf) return *failure;
   const Bytes& bytes = Kernel().file;
   const std::size_t start = std::min<std::size_t>(file->position, bytes.size());
   std::size_t arrived = std::min<std::size_t>(count, bytes.size() - start);
@@ -59,10 +59,13 @@ int VX_RedirectedRead(HANDLE file, void* buffer, unsigned int count) {
 }
 
 int VX_RedirectedSeek(HANDLE file, int offset, int origin) {
-  if (!Kernel().Usable(file) || Kernel().Happens(Kind::kSeek, "seek", {offset, origin})) return -1;
+  if (!Kernel().Usable(file)) return -1;
+  const auto failure = Kernel().Happens(Kind::kSeek, "seek", {offset, origin});
+  if (failure && *failure != Fault::kElsewhere) return -1;
   std::int64_t position = static_cast<std::uint32_t>(offset);
   if (origin == VX_SEEK_CURRENT) position = std::int64_t{file->position} + offset;
   if (origin == VX_SEEK_END) position = static_cast<std::int64_t>(Kernel().file.size()) + offset;
+  if (failure) ++position;
   if (position < 0 || position > kHighestPosition) return -1;
   file->position = static_cast<std::uint32_t>(position);
   return static_cast<int>(file->position);
@@ -128,7 +131,7 @@ int VX_InitBitmap(_BITMAPHANDLE* bitmap, unsigned int recordSize, int width, int
   bitmap->Width = width;
   bitmap->Height = height;
   bitmap->BitsPerPixel = bitsPerPixel;
-  bitmap->BytesPerLine = RowSize(width, bitsPerPixel);
+  bitmap->BytesPerLine = RowSize(width, bitsPerPixel) + Kernel().longerMaskRows;
   bitmap->Orientation = ORIENT_BOTTOM_UP;
   Kernel().bitmaps[bitmap] = {};
   return STATUS_OK;
@@ -242,6 +245,7 @@ int FakeLoadPng(unsigned char* buffer, _BITMAPHANDLE* bitmap, unsigned int bitma
     kernel.Complain("PNG load without its marks in FileInfo");
   if ((bitmap->Flags & BITMAP_ALLOCATED) != 0 || bitmap->Palette != nullptr)
     kernel.Complain("record for the decoded bitmap not empty");
+  bitmap->Flags = BITMAP_ALLOCATED;  // whatever a failure leaves there is none of the filter's
   if (failure) return *failure;
   static RGBQUAD colors[] = {{0, 255, 7, 0}, {1, 254, 7, 0}, {2, 253, 7, 0}};
   *bitmap = {};

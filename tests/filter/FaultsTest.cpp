@@ -75,10 +75,11 @@ const std::vector<Injection>& Injections() {
   static const std::vector<Injection> all = {
       {Kind::kAlloc, 0, {STATUS_NO_MEMORY}},
       {Kind::kOpen, 0, {STATUS_OPEN_ERROR}},
-      {Kind::kRead, Fault::kHalfRead, readSpoilt},
+      {Kind::kRead, Fault::kHalf, readSpoilt},
       {Kind::kRead, 0, readSpoilt},
       {Kind::kRead, -1, readSpoilt},
       {Kind::kSeek, -1, spoilt},
+      {Kind::kSeek, Fault::kElsewhere, spoilt},
       {Kind::kInitBitmap, kInjected, {kInjected}},
       {Kind::kAllocateBitmap, kInjected, {kInjected}},
       {Kind::kAccess, kInjected, {STATUS_NO_MEMORY}},

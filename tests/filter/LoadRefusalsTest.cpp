@@ -20,36 +20,33 @@ TEST(Load, RefusalsLeaveTheTargetUntouched) {
     int format = FMT_BMP;
   };
   const Bytes good = BitmapFile{{}, {}, Repeat(24, 0)}.Encode();
-  const auto cut = [](const Bytes& whole, std::size_t length) {
-    return Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
-  };
   const Bytes array = BitmapFile{{}, {}, {}, true}.Encode();
   const Bytes icon = IconFile(1, {Icon({}, {})});
   const Case cases[] = {
       {"empty", {}, STATUS_BAD_FORMAT},
       {"another signature", Hex("4d424d424d42"), STATUS_BAD_FORMAT},
-      {"array header cut", cut(array, 13), STATUS_BAD_FORMAT},
-      {"array without a bitmap", Join({cut(array, 14), Repeat(2, 'X'), Bytes(good.begin() + 2, good.end())}),
-       STATUS_BAD_FORMAT},
-      {"file header cut", cut(good, 13), STATUS_BAD_FORMAT},
-      {"12 bytes of the header cut", cut(good, 25), STATUS_BAD_FORMAT},
-      {"40-byte header cut", cut(good, 53), STATUS_BAD_FORMAT},
-      {"64-byte header cut", cut(BitmapFile{{.size = 64}}.Encode(), 77), STATUS_BAD_FORMAT},
+      {"array header cut", Part(array, 0, 13), STATUS_BAD_FORMAT},
+      {"array without a bitmap",
+       Join({Part(array, 0, 14), Repeat(2, 'X'), Bytes(good.begin() + 2, good.end())}), STATUS_BAD_FORMAT},
+      {"file header cut", Part(good, 0, 13), STATUS_BAD_FORMAT},
+      {"12 bytes of the header cut", Part(good, 0, 25), STATUS_BAD_FORMAT},
+      {"40-byte header cut", Part(good, 0, 53), STATUS_BAD_FORMAT},
+      {"64-byte header cut", Part(BitmapFile{{.size = 64}}.Encode(), 0, 77), STATUS_BAD_FORMAT},
       {"header of 15 bytes", BitmapFile{{.size = 15}, {}, Repeat(40, 0)}.Encode(), STATUS_BAD_FORMAT},
       {"depth 2", BitmapFile{{.bits = 2}}.Encode(), STATUS_BAD_FORMAT},
       {"palette cut", BitmapFile{{.bits = 1}, Repeat(7, 0)}.Encode(), STATUS_READ_ERROR},
       {"core palette cut", BitmapFile{{.size = 12, .bits = 1}, Repeat(5, 0)}.Encode(), STATUS_READ_ERROR},
       {"rest of a header with masks cut",
-       cut(BitmapFile{{.size = 108, .bits = 16, .compression = 3}}.Encode(), 89), STATUS_READ_ERROR,
+       Part(BitmapFile{{.size = 108, .bits = 16, .compression = 3}}.Encode(), 0, 89), STATUS_READ_ERROR,
        FMT_OS2_2},
       {"masks cut", BitmapFile{{.bits = 16, .compression = 3}, Repeat(11, 0)}.Encode(), STATUS_READ_ERROR},
       {"pixels at the greatest offset", BitmapFile{{}, {}, {}, false, 0xFFFFFFFF}.Encode(),
        STATUS_SEEK_ERROR},
       {"directory cut", Hex("0000 0100 01"), STATUS_BAD_FORMAT},
       {"directory of type 3", Join({Hex("0000 0300 0100"), Repeat(90, 0)}), STATUS_BAD_FORMAT},
-      {"entry cut", cut(icon, 21), STATUS_BAD_FORMAT},
-      {"image cut before its eighth byte", cut(icon, 29), STATUS_READ_ERROR},
-      {"image header cut", cut(icon, 61), STATUS_BAD_FORMAT},
+      {"entry cut", Part(icon, 0, 21), STATUS_BAD_FORMAT},
+      {"image cut before its eighth byte", Part(icon, 0, 29), STATUS_READ_ERROR},
+      {"image header cut", Part(icon, 0, 61), STATUS_BAD_FORMAT},
       {"image header of 64 bytes", IconFile(1, {Icon({.size = 64}, {})}), STATUS_BAD_FORMAT},
       {"image past the end", IconFile(1, {{{}, 16, 16, 0, 0, 40, 0xFFFFFFFF}}), STATUS_READ_ERROR},
       {"image depth 63", IconFile(1, {Icon({.bits = 63}, Repeat(99, 0))}), STATUS_BAD_FORMAT},
@@ -91,9 +88,11 @@ TEST(Load, OnlyTheNamedSeeksAreChecked) {
   for (const auto& each : {Case{"to the header", 2, STATUS_SEEK_ERROR}, Case{"where are we", 3, STATUS_OK},
                            Case{"to the pixels", 4, STATUS_SEEK_ERROR}}) {
     SCOPED_TRACE(each.name);
-    rig.kernel.fault = Fault{Kind::kSeek, each.nth};
-    EXPECT_EQ(rig.Load(), each.status);
-    EXPECT_TRUE(rig.kernel.faultStruck);
+    for (const int landed : {-1, Fault::kElsewhere}) {
+      rig.kernel.fault = Fault{Kind::kSeek, each.nth, false, landed};
+      EXPECT_EQ(rig.Load(), each.status);
+      EXPECT_TRUE(rig.kernel.faultStruck);
+    }
   }
   // A position that is not told is not one of 2^32 - 1.
   rig.kernel.file = BitmapFile{{}, {}, Repeat(48, 0), false, 0xFFFFFFFF}.Encode();

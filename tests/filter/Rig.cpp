@@ -17,10 +17,6 @@ void Find(void* module, const char* name, Function& function) {
   function = reinterpret_cast<Function>(symbol);
 }
 
-void Put(Bytes& bytes, std::uint64_t value, int size) {
-  for (int i = 0; i < size; ++i) bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
-}
-
 }  // namespace
 
 const Filter& TheFilter() {
@@ -81,6 +77,7 @@ void Rig::Target(int width, int height, int bits, int order) {
 int Rig::Identify() {
   kernel.StartCall();
   const HANDLE file = kernel.HandOver();
+  file->position = 7;  // anywhere: the filter goes to the start itself
   _INFODISPATCH dispatch{};
   dispatch.StructSize = sizeof dispatch;
   dispatch.File = file;
@@ -132,6 +129,16 @@ std::string ToHex(const Bytes& bytes) {
   return text;
 }
 
+void Put(Bytes& bytes, std::uint64_t value, int size) {
+  for (int i = 0; i < size; ++i) bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+}
+
+Bytes Part(const Bytes& bytes, std::size_t at, std::size_t count) {
+  if (at + count > bytes.size()) return {};
+  const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+  return {begin, begin + static_cast<std::ptrdiff_t>(count)};
+}
+
 Bytes Repeat(std::size_t count, std::uint8_t value) {
   return Bytes(count, value);
 }
@@ -156,7 +163,7 @@ Bytes Header::Encode() const {
   Put(bytes, static_cast<std::uint32_t>(height), side);
   Put(bytes, 1, 2);
   Put(bytes, bits, 2);
-  for (const auto word : {compression, 0U, xPixelsPerMetre, yPixelsPerMetre, colorsUsed, 0U})
+  for (const auto word : {compression, imageSize, xPixelsPerMetre, yPixelsPerMetre, colorsUsed, 0U})
     Put(bytes, word, 4);
   bytes.resize(std::min<std::size_t>(size, 128));
   return bytes;

@@ -57,6 +57,9 @@ class Rig {
 /** The bytes written as hexadecimal digits; blanks are for the reader. */
 Bytes Hex(std::string_view digits);
 std::string ToHex(const Bytes& bytes);
+void Put(Bytes& bytes, std::uint64_t value, int size);
+/** Those bytes; none where they are not all there. */
+Bytes Part(const Bytes& bytes, std::size_t at, std::size_t count);
 Bytes Repeat(std::size_t count, std::uint8_t value);
 Bytes Join(std::initializer_list<Bytes> parts);
 Bytes Words(std::initializer_list<std::uint32_t> words);
@@ -68,6 +71,7 @@ struct Header {
   int height = 2;
   unsigned bits = 24;
   std::uint32_t compression = 0;
+  std::uint32_t imageSize = 0;
   std::uint32_t xPixelsPerMetre = 0;
   std::uint32_t yPixelsPerMetre = 0;
   std::uint32_t colorsUsed = 0;

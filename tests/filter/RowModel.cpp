@@ -46,7 +46,7 @@ class Stream {
   int Arrive(int wanted) {
     ++reads;
     const bool struck = fault && fault->Strikes(reads);
-    if (struck && fault->result != Fault::kHalfRead) return std::max(fault->result, 0);
+    if (struck && fault->result != Fault::kHalf) return std::max(fault->result, 0);
     buffer.clear();
     while (static_cast<int>(buffer.size()) < wanted && filePosition < static_cast<std::int64_t>(bytes.size()))
       buffer.push_back(bytes[static_cast<std::size_t>(filePosition++)]);

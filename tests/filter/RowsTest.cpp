@@ -29,6 +29,7 @@ TEST(Rows, ColourMasks) {
   const Case cases[] = {{16, 0x7C00, 0x03E0, 0x001F, STATUS_OK, 0, 0},
                         {16, 0xF800, 0x07E0, 0x001F, STATUS_OK, 0, 1},
                         {16, 0x7C00, 0x07E0, 0x001F, STATUS_OK, 1, 0},
+                        {16, 0x1F800, 0x07E0, 0x001F, STATUS_OK, 1, 0},
                         {32, 0xFF0000, 0xFF00, 0xFF, STATUS_OK, kKept, 0},
                         {32, 0xFF, 0xFF00, 0xFF0000, STATUS_BAD_FORMAT, kKept, 0},
                         {24, 0xFF0000, 0xFF00, 0xFF, STATUS_BAD_FORMAT, kKept, 0}};
@@ -66,21 +67,19 @@ TEST(Rows, HostileSizesEndInAStatus) {
 }
 
 TEST(Rows, HostileBandsEndInAStatus) {
-  struct Band {
-    int orientation, first, top, count;
-  };
-  for (const auto& band :
-       {Band{ORIENT_TOP_DOWN, INT_MAX, 0, INT_MAX}, Band{ORIENT_TOP_DOWN, INT_MIN, 0, INT_MIN},
-        Band{ORIENT_BOTTOM_UP, 0, INT_MAX, INT_MAX}, Band{ORIENT_BOTTOM_UP, 0, INT_MIN, -1}}) {
-    Rig rig;
-    rig.kernel.rowsAccepted = 3;
-    rig.kernel.target.Orientation = band.orientation;
-    rig.load.BandEnabled = 1;
-    rig.load.BandFirstRow = band.first;
-    rig.load.BandTopRow = band.top;
-    rig.load.BandRowCount = band.count;
-    const int status = rig.Decode({.width = 100, .height = 100, .bits = 32});
-    EXPECT_TRUE(status == STATUS_OK || status == STATUS_READ_ERROR) << status;
+  for (const int first : {INT_MAX, INT_MIN, 0}) {
+    for (const int count : {INT_MAX, INT_MIN, -1}) {
+      for (const int orientation : {ORIENT_TOP_DOWN, ORIENT_BOTTOM_UP}) {
+        Rig rig;
+        rig.kernel.rowsAccepted = 3;
+        rig.kernel.target.Orientation = orientation;
+        rig.load.BandEnabled = 1;
+        rig.load.BandFirstRow = rig.load.BandTopRow = first;
+        rig.load.BandRowCount = count;
+        const int status = rig.Decode({.width = 100, .height = 100, .bits = 32});
+        EXPECT_TRUE(status == STATUS_OK || status == STATUS_READ_ERROR) << status;
+      }
+    }
   }
 }
 
@@ -147,14 +146,14 @@ void RandomBand(Dice& dice, Rig& rig, int height) {
 }
 
 void RandomFault(Dice& dice, Rig& rig) {
-  static constexpr int kResults[] = {Fault::kHalfRead, 0, -1};
+  static constexpr int kResults[] = {Fault::kHalf, 0, -1};
   if (!dice.OneIn(3)) return;
   rig.kernel.fault = Fault{Kind::kRead, 1 + dice.Upto(6), dice.OneIn(3), dice.Of(kResults)};
 }
 
 void RandomMasks(Dice& dice, Rig& rig) {
-  static constexpr std::uint32_t kMasks[] = {0x7C00, 0x3E0, 0x1F,   0xF800,     0x7E0,      0xF00,
-                                             0xF0,   0xF,   0x8001, 0xFFFFFFFF, 0x80000001, 0};
+  static constexpr std::uint32_t kMasks[] = {0x7C00, 0x3E0,  0x1F,       0xF800,     0x7E0, 0xF00,  0xF0,
+                                             0xF,    0x8001, 0xFFFFFFFF, 0x80000001, 0,     0x1C000};
   for (auto* mask : {&rig.load.RedMask, &rig.load.GreenMask, &rig.load.BlueMask})
     *mask = dice.OneIn(5) ? dice.Word() : dice.Of(kMasks);
 }

@@ -24,6 +24,7 @@ extern "C" {
 int VX_RedirectedWrite(HANDLE file, const void* buffer, unsigned int count) {
   if (!Kernel().Usable(file)) return -1;
   const auto failure = Kernel().Happens(Kind::kWrite, "write", {file->position, count});
+  if (failure && *failure != Fault::kHalf) return *failure;
   const std::uint32_t stored = failure ? count / 2 : count;
   Bytes& bytes = Kernel().file;
   const std::size_t end = std::size_t{file->position} + stored;
@@ -31,7 +32,7 @@ int VX_RedirectedWrite(HANDLE file, const void* buffer, unsigned int count) {
   std::copy_n(static_cast<const std::uint8_t*>(buffer), stored,
               bytes.begin() + static_cast<std::ptrdiff_t>(file->position));
   file->position += stored;
-  return failure ? *failure : static_cast<int>(count);
+  return static_cast<int>(stored);
 }
 
 int VX_CreateMaskFromBitmapRgn(_BITMAPHANDLE* bitmap, _BITMAPHANDLE* mask, unsigned int recordSize) {

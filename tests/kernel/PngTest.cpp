@@ -114,7 +114,11 @@ class Png : public Leaks {
  protected:
   static int Decode(const Bytes& stream, int depth, vx_bitmap* bitmap) {
     vxkrn::PngDescription description = {};
-    return vxkrn::DecodePng(stream.data(), stream.size(), depth, &bitmap->record, &description);
+    const int status = vxkrn::DecodePng(stream.data(), stream.size(), depth, &bitmap->record, &description);
+    const _BITMAPHANDLE& record = bitmap->record;
+    EXPECT_TRUE(status == STATUS_OK ||
+                (record.Pixels == nullptr && record.Palette == nullptr && record.Flags == 0));
+    return status;
   }
 };
 

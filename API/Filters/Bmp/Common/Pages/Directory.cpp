@@ -20,7 +20,7 @@ bool MoveBody(HANDLE file, int page, uint32_t distance) {
 
 /// Adds to the count of the directory that the file has or, where it cannot be read once more, had.
 /// @return false when it cannot be written
-bool Count(HANDLE file, ICONDIR directory, int difference) {
+bool Count(HANDLE file, ICONDIR& directory, int difference) {
   Block<kDirectorySize> bytes;
   if (SeekTo(file, 0) && ReadBlock(file, bytes)) directory = DecodeDirectory(bytes);
   directory.Count = static_cast<uint16_t>(static_cast<int>(directory.Count) + difference);
@@ -29,21 +29,23 @@ bool Count(HANDLE file, ICONDIR directory, int difference) {
 
 }  // namespace
 
-int OpenSlot(HANDLE file, int page, const ICONDIR& directory) {
+int OpenSlot(HANDLE file, int page, ICONDIR directory) {
   const uint32_t slot = EntryOffset(page);
-  BlockMove(file, slot, slot + kEntrySize);
+  const int status = BlockMove(file, slot, slot + kEntrySize);
+  if (status != STATUS_OK) return status;
   for (int each = 1; each <= directory.Count + 1; ++each) {
     if (each != page) static_cast<void>(MoveBody(file, each, kEntrySize));
   }
   return Count(file, directory, 1) ? STATUS_OK : STATUS_WRITE_ERROR;
 }
 
-int CloseSlot(HANDLE file, int page, const ICONDIR& directory) {
-  const int slot = VX_RedirectedSeek(file, static_cast<int>(EntryOffset(page)), VX_SEEK_START);
-  if (slot == -1) return STATUS_WRITE_ERROR;
-  BlockMove(file, static_cast<uint32_t>(slot) + kEntrySize, static_cast<uint32_t>(slot));
+int CloseSlot(HANDLE file, int page, ICONDIR directory) {
+  const uint32_t slot = EntryOffset(page);
+  if (!SeekTo(file, slot)) return STATUS_WRITE_ERROR;
+  const int status = BlockMove(file, slot + kEntrySize, slot);
+  if (status != STATUS_OK) return status;
   if (!Count(file, directory, -1)) return STATUS_WRITE_ERROR;
-  for (int each = 1; each < directory.Count; ++each) {
+  for (int each = 1; each <= directory.Count; ++each) {
     if (!MoveBody(file, each, 0U - kEntrySize)) return STATUS_WRITE_ERROR;
   }
   return STATUS_OK;

@@ -8,10 +8,10 @@ namespace {
 
 constexpr unsigned int kDecodingPng = 0x1000;  // IMAGEINFO.Flags
 
-/// The kernel's decoded picture; released where the kernel gave it pixels, even if it then failed.
+/// The kernel's decoded picture; released where the kernel gave it pixels.
 class DecodedBitmap {
  public:
-  DecodedBitmap() = default;
+  explicit DecodedBitmap(_BITMAPHANDLE& record) : record_(record) {}
   ~DecodedBitmap() { Release(); }
   DecodedBitmap(const DecodedBitmap&) = delete;
   DecodedBitmap& operator=(const DecodedBitmap&) = delete;
@@ -21,10 +21,8 @@ class DecodedBitmap {
     record_.Flags &= ~BITMAP_ALLOCATED;
   }
 
-  [[nodiscard]] _BITMAPHANDLE& Get() { return record_; }
-
  private:
-  _BITMAPHANDLE record_{};
+  _BITMAPHANDLE& record_;
 };
 
 /// Decodes the entry's stream. While the kernel is at it, the file information speaks of a PNG.
@@ -71,14 +69,15 @@ int DeliverRows(_LOADDISPATCH& dispatch, _BITMAPHANDLE& decoded, uint8_t* row) {
 }  // namespace bmp
 
 int ReadPngImage(_LOADDISPATCH* dispatch, HANDLE file, ICONDIRENTRY* entry) {
-  bmp::DecodedBitmap decoded;
-  const int status = bmp::DecodeStream(*dispatch, file, *entry, decoded.Get());
-  if (status != STATUS_OK) return status;
-  bmp::DescribeTarget(*dispatch->Bitmap, *entry, decoded.Get());
+  _BITMAPHANDLE record{};
+  const int status = bmp::DecodeStream(*dispatch, file, *entry, record);
+  if (status != STATUS_OK) return status;  // what the kernel had begun is its own to take back
+  bmp::DecodedBitmap decoded(record);
+  bmp::DescribeTarget(*dispatch->Bitmap, *entry, record);
 
-  const bmp::Buffer row(static_cast<uint32_t>(decoded.Get().BytesPerLine));
+  const bmp::Buffer row(static_cast<uint32_t>(record.BytesPerLine));
   if (!row) return STATUS_NO_MEMORY;
-  const int delivered = bmp::DeliverRows(*dispatch, decoded.Get(), row.Get());
+  const int delivered = bmp::DeliverRows(*dispatch, record, row.Get());
   if (delivered == STATUS_OK) decoded.Release();  // before its row buffer, once all rows are out
   return delivered;
 }
