@@ -28,22 +28,13 @@ struct Outcome {
 };
 
 TEST(Display, EveryAnswerOfTheKernel) {
+  constexpr int kNone = STATUS_NO_DISPLAY_LIBRARY;
   const Outcome outcomes[] = {
       {"at once", {STATUS_OK}, true, STATUS_OK, false, "ask "},
-      {"loaded", {STATUS_NO_DISPLAY_LIBRARY, STATUS_OK}, true, STATUS_OK, true, "ask load VXDIS.so ask "},
-      {"no library", {STATUS_NO_DISPLAY_LIBRARY}, false, STATUS_FAILURE, false, "ask load VXDIS.so "},
-      {"refused twice",
-       {STATUS_NO_DISPLAY_LIBRARY, STATUS_NO_DISPLAY_LIBRARY},
-       true,
-       STATUS_NO_DISPLAY_LIBRARY,
-       false,
-       "ask load VXDIS.so ask free "},
-      {"refused otherwise",
-       {STATUS_NO_DISPLAY_LIBRARY, STATUS_FAILURE},
-       true,
-       STATUS_FAILURE,
-       false,
-       "ask load VXDIS.so ask free "},
+      {"loaded", {kNone, STATUS_OK}, true, STATUS_OK, true, "ask load VXDIS.so ask "},
+      {"no library", {kNone}, false, STATUS_FAILURE, false, "ask load VXDIS.so "},
+      {"refused twice", {kNone, kNone}, true, kNone, false, "ask load VXDIS.so ask free "},
+      {"refused otherwise", {kNone, 0}, true, 0, false, "ask load VXDIS.so ask free "},
       {"another failure", {STATUS_NO_MEMORY}, true, STATUS_NO_MEMORY, false, "ask "},
       {"no failure, and not OK", {2}, true, 2, false, "ask "}};
   for (const Outcome& outcome : outcomes) {

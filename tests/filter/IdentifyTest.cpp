@@ -35,7 +35,11 @@ TEST(Identify, EveryBitmapHeader) {
   };
   const Case cases[] = {
       {"24 bits, top-down", {{.width = 10, .height = -3}}, "6 10x3x24 =90 down 1 96,96"},
-      {"resolutions, one of them 0", {{.bits = 32, .xPixelsPerMetre = 11811}}, "6 4x2x32 =32 up 1 300,96"},
+      {"resolution across alone", {{.bits = 32, .xPixelsPerMetre = 11811}}, "6 4x2x32 =32 up 1 300,96"},
+      {"resolution down alone", {{.bits = 32, .yPixelsPerMetre = 11811}}, "6 4x2x32 =32 up 1 96,300"},
+      {"resolution down alone, 32 bytes",
+       {{.size = 32, .yPixelsPerMetre = 2835}},
+       "74 4x2x24 =24 up 1 96,72"},
       {"resolutions that round to 0 or wrap",
        {{.bits = 8, .xPixelsPerMetre = 19, .yPixelsPerMetre = 0x7FFFFFFF}},
        "6 4x2x8 =8 up 0 96,96"},
@@ -129,21 +133,18 @@ TEST(Identify, RefusalsAndWhatTheyLeaveWritten) {
 }
 
 TEST(Identify, KeepsWhatTheFileDoesNotSay) {
-  struct Case {
-    std::uint32_t headerSize;
-    int xResolution;  // afterwards, of 300 supplied
-  };
-  for (const auto& each : {Case{12, 300}, Case{31, 300}, Case{32, 96}, Case{40, 300}}) {
-    SCOPED_TRACE(each.headerSize);
+  // Sizes of headers, and the resolution afterwards, of 300 supplied.
+  for (const auto& [size, resolution] : {std::pair{12U, 300}, {31U, 300}, {32U, 96}, {40U, 300}}) {
+    SCOPED_TRACE(size);
     Rig rig;
-    rig.kernel.file = BitmapFile{{.size = each.headerSize}}.Encode();
+    rig.kernel.file = BitmapFile{{.size = size}}.Encode();
     std::memset(&rig.info, 0x55, sizeof rig.info);
     std::strcpy(rig.info.Compression, "as supplied");
     rig.info.XResolution = 300;
     rig.info.YResolution = 0;
     const IMAGEINFO before = rig.info;
     EXPECT_EQ(rig.Identify(), STATUS_OK);
-    EXPECT_EQ(rig.info.XResolution, each.xResolution);
+    EXPECT_EQ(rig.info.XResolution, resolution);
     EXPECT_EQ(rig.info.YResolution, 96);
     EXPECT_STREQ(rig.info.Compression, "as supplied");
     EXPECT_EQ(rig.info.StructSize, before.StructSize);
@@ -189,6 +190,16 @@ TEST(Identify, IconAndCursorPages) {
       {"256 wide on another page, entry says so", 1, {page, wideUnsized}, STATUS_OK, vista},
       {"256 wide on another page, entry says 16", 1, {page, wide}, STATUS_OK, small},
       {"entry says 256, image does not", 1, {page, unsized}, STATUS_OK, small},
+      {"resolution across alone",
+       1,
+       {{Header{.xPixelsPerMetre = 2835}.Encode()}},
+       STATUS_OK,
+       "91 4x1x24 =12 up 1 72,96"},
+      {"resolution down alone",
+       1,
+       {{Header{.yPixelsPerMetre = 2835}.Encode()}},
+       STATUS_OK,
+       "91 4x1x24 =12 up 1 96,72"},
       {"odd negative height", 1, {Page(8, -7, 24)}, STATUS_OK, "91 8x3x24 =72 down 1 96,96"},
       {"bit fields: the masks are not looked at",
        1,
@@ -211,21 +222,29 @@ TEST(Identify, IconAndCursorPages) {
   }
 }
 
+// Of an entry that is cut the missing bytes are 0: its page is looked for at the start of the file.
+TEST(Identify, ADirectoryMayEndInsideAnEntry) {
+  // The second read is the page's entry, the fifth and seventh are those of the whole directory.
+  for (const auto& [nth, status] : {std::pair{2, STATUS_FAILURE}, {5, STATUS_OK}, {7, STATUS_OK}}) {
+    Rig rig;
+    rig.kernel.file = IconFile(1, {Page(16, 32, 4), Page(16, 32, 4)});
+    rig.kernel.fault = Fault{Kind::kRead, nth, false, Fault::kHalf};
+    EXPECT_EQ(rig.Identify(), status) << nth;
+    EXPECT_TRUE(rig.kernel.faultStruck);
+  }
+}
+
 TEST(Identify, PageIsClampedAndWrittenBackEvenWhenIdentificationFails) {
-  struct Case {
-    int wanted;
-    int page;
-  };
-  for (const auto& each : {Case{INT_MIN, 1}, Case{0, 1}, Case{2, 2}, Case{3, 2}}) {
-    SCOPED_TRACE(each.wanted);
+  for (const auto& [wanted, page] : {std::pair{INT_MIN, 1}, {0, 1}, {2, 2}, {3, 2}}) {
+    SCOPED_TRACE(wanted);
     Rig rig;
     rig.kernel.file = IconFile(1, {Page(1, 2, 2), Page(2, 2, 2)});
-    rig.options.PageNumber = each.wanted;
+    rig.options.PageNumber = wanted;
     EXPECT_EQ(rig.Identify(), STATUS_BAD_FORMAT);
-    EXPECT_EQ(rig.options.PageNumber, each.page);
-    EXPECT_EQ(rig.info.PageNumber, each.page);
+    EXPECT_EQ(rig.options.PageNumber, page);
+    EXPECT_EQ(rig.info.PageNumber, page);
     EXPECT_EQ(rig.info.TotalPages, 2);
-    EXPECT_EQ(rig.info.Width, each.page);
+    EXPECT_EQ(rig.info.Width, page);
   }
 }
 

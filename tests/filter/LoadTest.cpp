@@ -61,17 +61,14 @@ TEST(Load, ReadsEachKindOfFileInOrder) {
 
 // After the masks at 54 the driver reads on to the end of the header it was promised, 24 bytes at most.
 TEST(Load, SkipsTheRestOfAHeaderWithMasks) {
-  struct Case {
-    std::uint32_t headerSize;
-    const char* reads;  // of the header, the masks and the rest
-  };
-  for (const auto& each : {Case{64, "read 64, read 12, read 12"}, Case{53, "read 53, read 12, read 1"},
-                           Case{52, "read 52, read 12"}, Case{20, "read 20, read 12, read 24"},
-                           Case{0xFFFFFFFF, "read 64, read 12, read 24"}}) {
-    SCOPED_TRACE(each.headerSize);
+  for (const auto& [size, reads] : {std::pair{64U, "64, read 12, read 12"},
+                                    {53U, "53, read 12, read 1"},
+                                    {52U, "52, read 12"},
+                                    {20U, "20, read 12, read 24"},
+                                    {0xFFFFFFFF, "64, read 12, read 24"}}) {
+    SCOPED_TRACE(size);
     Rig rig;
-    rig.kernel.file =
-        BitmapFile{{.size = each.headerSize, .width = 2, .bits = 16, .compression = 3}}.Encode();
+    rig.kernel.file = BitmapFile{{.size = size, .width = 2, .bits = 16, .compression = 3}}.Encode();
     rig.kernel.file.resize(200);
     const Bytes masks = Words({0xF00, 0xF0, 0xF});
     std::copy(masks.begin(), masks.end(), rig.kernel.file.begin() + 54);
@@ -79,7 +76,7 @@ TEST(Load, SkipsTheRestOfAHeaderWithMasks) {
     rig.info.Format = FMT_OS2_2;
     EXPECT_EQ(rig.Load(), STATUS_OK);
     EXPECT_EQ(rig.kernel.Log({Kind::kRead}),
-              "read 2, read 14, read 12, " + std::string(each.reads) + ", read 64");
+              "read 2, read 14, read 12, read " + std::string(reads) + ", read 64");
     EXPECT_EQ(rig.load.RedMask, 0xF00U);
   }
 }
@@ -90,22 +87,30 @@ TEST(Load, Palettes) {
     Bytes file;
     int bits;
     const char* palette;  // without the black entries at its end
+    const char* read;     // the last one before the pixels
   };
-  const Bytes pixels = Repeat(16, 0);
+  const Bytes pixels = Join({Repeat(8, 0), Repeat(8, 9)});
   const Case cases[] = {
       {"4-byte entries lose their fourth byte",
-       BitmapFile{{.bits = 1}, Hex("010203ff 040506ff"), pixels}.Encode(), 1, "0102030004050600"},
+       BitmapFile{{.bits = 1}, Hex("010203ff 040506ff"), pixels}.Encode(), 1, "0102030004050600", "read 8"},
+      {"one more colour used than the depth holds",
+       BitmapFile{{.bits = 1, .colorsUsed = 3}, Hex("010203ff 040506ff"), pixels}.Encode(), 1,
+       "0102030004050600", "read 8"},
       {"more colours used than the depth holds",
        BitmapFile{{.bits = 1, .colorsUsed = 0xFFFFFFFF}, Hex("010203ff 040506ff"), pixels}.Encode(), 1,
-       "0102030004050600"},
+       "0102030004050600", "read 8"},
       {"3-byte entries", BitmapFile{{.size = 12, .bits = 1}, Hex("010203 040506"), pixels}.Encode(), 1,
-       "0102030004050600"},
+       "0102030004050600", "read 6"},
       {"colours used mean nothing in other headers",
        BitmapFile{{.size = 64, .bits = 1, .colorsUsed = 1}, Hex("010203ff 040506ff"), pixels}.Encode(), 1,
-       "0102030004050600"},
+       "0102030004050600", "read 8"},
       {"icon",
        IconFile(1, {Icon({.height = 4, .bits = 8, .colorsUsed = 1}, Join({Hex("010203ff"), pixels}))}), 8,
-       "01020300"},
+       "01020300", "read 4"},
+      {"icon, one more colour used",
+       IconFile(1,
+                {Icon({.height = 4, .bits = 1, .colorsUsed = 3}, Join({Hex("010203ff 040506ff"), pixels}))}),
+       1, "0102030004050600", "read 8"},
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(each.name);
@@ -118,6 +123,9 @@ TEST(Load, Palettes) {
     expected.resize(std::size_t{4} << each.bits);
     EXPECT_EQ(ToHex(rig.kernel.palette), ToHex(expected));
     EXPECT_EQ(ToHex(rig.kernel.rows.at(0).bytes), "00000000");
+    EXPECT_NE(rig.kernel.Log({Kind::kRead, Kind::kAlloc, Kind::kSeek, Kind::kFree})
+                  .find(std::string(", ") + each.read + ", "),
+              std::string::npos);
   }
 }
 
@@ -189,6 +197,8 @@ TEST(Load, MasksAreJudgedThenStoredThenApplied) {
   const Case cases[] = {
       {"5-6-5", Fields(16, {0xF800, 0x07E0, 0x001F}), STATUS_OK, true, "5a5a5a5a"},
       {"4-4-4 is converted", Fields(16, {0xF00, 0xF0, 0xF}), STATUS_OK, true, "54515451"},
+      {"6-5-5, of which 16 bits hold 5 of the first", Fields(16, {0x1F800, 0x7C0, 0x3E}), STATUS_OK, true,
+       "2d152d15"},
       {"8-8-8", Fields(32, {0xFF0000, 0xFF00, 0xFF}), STATUS_OK, true, "5a5a5a5a5a5a5a5a"},
       {"8-8-8 reversed", Fields(32, {0xFF, 0xFF00, 0xFF0000}), STATUS_BAD_FORMAT, false, ""},
       {"24 bits", Fields(24, {0xFF0000, 0xFF00, 0xFF}), STATUS_BAD_FORMAT, false, ""}};
@@ -233,17 +243,14 @@ TEST(Load, IconPageIsClampedAndNotWrittenBack) {
   std::vector<IconPage> pages;
   for (std::uint8_t page = 1; page <= 3; ++page)
     pages.push_back(Icon({.width = 1, .height = 2}, Repeat(8, page)));
-  struct Case {
-    int wanted, page;
-  };
-  for (const auto& each : {Case{INT_MIN, 1}, Case{0, 1}, Case{2, 2}, Case{4, 3}}) {
+  for (const auto& [wanted, page] : {std::pair{INT_MIN, 1}, {0, 1}, {2, 2}, {4, 3}}) {
     Rig rig;
     rig.kernel.file = IconFile(2, pages);
     rig.Target(1, 1, 24);
-    rig.options.PageNumber = each.wanted;
+    rig.options.PageNumber = wanted;
     EXPECT_EQ(rig.Load(), STATUS_OK);
-    EXPECT_EQ(rig.kernel.rows.at(0).bytes.at(0), each.page);
-    EXPECT_EQ(rig.options.PageNumber, each.wanted);
+    EXPECT_EQ(rig.kernel.rows.at(0).bytes.at(0), page);
+    EXPECT_EQ(rig.options.PageNumber, wanted);
   }
 }
 

@@ -35,27 +35,22 @@ TEST(Mask, EveryFailureReleasesInItsOrder) {
     const char* name;
     Fault fault;
     int status;
-    const char* story;  // between the mask record's allocation and the decoder's own buffers
+    std::string story;  // between the mask record's allocation and the decoder's own buffers
   };
-  const char* const toAccess =
-      "init 216 2 2 1, allocate 1, alloc #4 4, fixed palette 1, palette of mask 2, access 0, ";
-  const std::string putBoth = std::string(toAccess) + "put 0 4, put 1 4, ";
-  const std::string failedAccess = std::string(toAccess) + "free #4, free bitmap, free #3, ";
-  const std::string failedRelease = putBoth + "release 1 1, free bitmap, free #3, free #4, ";
-  const std::string failedRegion = putBoth + "release 1 1, region 0 6, free bitmap, free #3, free #4, ";
+  const std::string made = "init 216 2 2 1, allocate 1, ";
+  const std::string toAccess = made + "alloc #4 4, fixed palette 1, palette of mask 2, access 0, ";
+  const std::string toRelease = toAccess + "put 0 4, put 1 4, release 1 1, ";
+  const char* const freed = "free bitmap, free #3, free #4, ";
   const Case cases[] = {
       {"record", {Kind::kAlloc, 3}, STATUS_NO_MEMORY, ""},
-      {"pixels",
-       {Kind::kAllocateBitmap, 1, false, -1234},
-       -1234,
-       "init 216 2 2 1, allocate 1, free bitmap, free #3, "},
-      {"row buffer",
-       {Kind::kAlloc, 4},
+      {"pixels", {Kind::kAllocateBitmap, 1, false, -1234}, -1234, made + "free bitmap, free #3, "},
+      {"row buffer", {Kind::kAlloc, 4}, STATUS_NO_MEMORY, made + "alloc #4 4, free bitmap, free #3, "},
+      {"access",
+       {Kind::kAccess, 1, false, -1234},
        STATUS_NO_MEMORY,
-       "init 216 2 2 1, allocate 1, alloc #4 4, free bitmap, free #3, "},
-      {"access", {Kind::kAccess, 1, false, -1234}, STATUS_NO_MEMORY, failedAccess.c_str()},
-      {"release", {Kind::kRelease, 1, false, -1234}, -1234, failedRelease.c_str()},
-      {"region", {Kind::kRegion, 1, false, -1234}, -1234, failedRegion.c_str()},
+       toAccess + "free #4, free bitmap, free #3, "},
+      {"release", {Kind::kRelease, 1, false, -1234}, -1234, toRelease + freed},
+      {"region", {Kind::kRegion, 1, false, -1234}, -1234, toRelease + "region 0 6, " + freed},
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(each.name);
@@ -90,10 +85,12 @@ TEST(Mask, RowsAreThoseOfTheTarget) {
   struct Case {
     int width, height;
     std::size_t rowSize;
+    int more = 0;  // bytes that a row of the mask bitmap has beyond the file's
   };
-  for (const auto& each : {Case{32, 32, 4}, Case{33, 2, 8}, Case{5, 0, 4}}) {
-    SCOPED_TRACE(each.width);
+  for (const auto& each : {Case{32, 32, 4}, Case{33, 2, 8}, Case{5, 0, 4}, Case{33, 2, 8, 200}}) {
+    SCOPED_TRACE(testing::Message() << each.width << " " << each.more);
     Rig rig;
+    rig.kernel.longerMaskRows = each.more;
     rig.Target(each.width, each.height, 8);
     const RowImage image{.width = each.width, .height = 1, .bits = 8, .signature = 0};
     rig.load.ReadBufferSize = 6;
@@ -104,8 +101,13 @@ TEST(Mask, RowsAreThoseOfTheTarget) {
     EXPECT_EQ(rig.Decode(image), STATUS_OK);
     ASSERT_EQ(rig.kernel.maskRows.size(), static_cast<std::size_t>(each.height));
     Bytes put;
-    for (const auto& row : rig.kernel.maskRows) put = Join({put, row});
+    for (auto row : rig.kernel.maskRows) {
+      row.resize(each.rowSize);
+      put = Join({put, row});
+    }
     EXPECT_EQ(put, mask);
+    const std::string room = " " + std::to_string(each.rowSize + static_cast<std::size_t>(each.more));
+    EXPECT_TRUE(rig.kernel.Log({Kind::kAlloc}).ends_with(room)) << "room for the longer of two rows";
   }
 }
 
