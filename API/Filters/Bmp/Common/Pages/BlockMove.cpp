@@ -12,7 +12,8 @@ namespace {
 constexpr uint32_t kChunkSize = 1024;
 using Chunk = Block<kChunkSize>;
 
-/// Writes where the file stands. None end the file there, which may fail: stale bytes then stay behind the end.
+/// Writes where the file stands. None end the file there, which may fail: stale bytes then stay behind the
+/// end.
 bool Store(HANDLE file, const Chunk& chunk, uint32_t size) {
   const int stored = VX_RedirectedWrite(file, chunk.data(), size);
   return size == 0 || stored == static_cast<int>(size);

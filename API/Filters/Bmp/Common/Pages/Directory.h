@@ -11,12 +11,14 @@
 namespace bmp {
 
 /// Makes room for an entry as page `page` of the file's directory, and counts it. The room holds stale bytes.
-/// @return STATUS_OK; BlockMove's status where there is no room, and the file is as it was; STATUS_WRITE_ERROR
+/// @return STATUS_OK; BlockMove's status where there is no room, and the file is as it was;
+/// STATUS_WRITE_ERROR
 ///         where the count cannot be written
 [[nodiscard]] int OpenSlot(HANDLE file, int page, ICONDIR directory);
 
 /// Removes the entry of page `page` from the file's directory.
-/// @return STATUS_OK; BlockMove's status where the rest of the file cannot be moved, of which nothing is counted
+/// @return STATUS_OK; BlockMove's status where the rest of the file cannot be moved, of which nothing is
+/// counted
 ///         then; STATUS_WRITE_ERROR where the slot cannot be reached or the directory not be written
 [[nodiscard]] int CloseSlot(HANDLE file, int page, ICONDIR directory);
 
