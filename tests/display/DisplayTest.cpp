@@ -125,6 +125,7 @@ TEST_F(DisplayTest, RefusesWhatMakesNoSense) {
     char* text = nullptr;
     std::size_t size = 1;
     EXPECT_EQ(vx_bitmap_draw(picture.Get(), &options, &text, &size), VX_BAD_PARAMETER);
+    EXPECT_EQ(std::string(vx_error_detail()).rfind("there is no ", 0), 0U) << vx_error_detail();
     EXPECT_EQ(size, 0U);
   }
 }

@@ -161,6 +161,69 @@ TEST_F(Application, DeliversTheOrderAskedFor) {
       ASSERT_EQ(before[255 * 4 + 1] == 255, after[255 * 4 + 1] == 255);
     }
   }
+  vx::LoadOptions options;
+  options.color_order = VX_ORDER_565;
+  const Bytes grey = GreyBitmap(10);  // to which that means nothing
+  const vx::Bitmap bitmap = vx::Source::Memory(grey).Load(options);
+  EXPECT_EQ(Levels(bitmap), LevelsFrom(10));
+  EXPECT_EQ(bitmap.Row(kHeight - 1)[0], 10 + kHeight - 1);
+  EXPECT_EQ(vx_bitmap_row(bitmap.Get(), kHeight), nullptr);
+  EXPECT_EQ(vx_bitmap_row(bitmap.Get(), -1), nullptr);
+}
+
+TEST_F(Application, SortsChannelsOf32BitsThatAreWhole) {
+  struct {
+    const char* what;
+    uint32_t headerSize;
+    samples::Masks masks;
+    uint32_t pixel;
+    std::vector<uint8_t> shown;  ///< nothing: refused
+  } const cases[] = {
+      {"the usual", 40, {0xFF0000, 0xFF00, 0xFF}, 0xEE112233, {0x11, 0x22, 0x33}},
+      {"the other way round", 40, {0xFF, 0xFF00, 0xFF0000}, 0xEE112233, {0x33, 0x22, 0x11}},
+      {"ten bits, rounded", 40, {0x3FF00000, 0xFFC00, 0x3FF}, 3 << 20 | 2 << 10 | 1023, {1, 0, 255}},
+      {"of a longer header", 56, {0xFF, 0xFF00, 0xFF0000}, 0xEE112233, {0x33, 0x22, 0x11}},
+      {"of one that is too short", 48, {0xFF, 0xFF00, 0xFF0000}, 0xEE112233, {}},
+      {"with a hole", 40, {0xF7, 0xFF00, 0xFF0000}, 0, {}},
+      {"red in green", 40, {0x1FF, 0xFF00, 0xFF0000}, 0, {}},
+      {"green in blue", 40, {0xFF, 0x1FF00, 0xFF0000}, 0, {}},
+      {"red in blue", 40, {0x800000, 0xFF00, 0xFF0000}, 0, {}},
+      {"none", 40, {0xFF, 0, 0xFF0000}, 0, {}},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.what);
+    samples::ImageHeader header;
+    header.size = each.headerSize;
+    header.width = 1;
+    header.height = 1;
+    header.bits = 32;
+    header.compression = samples::Compression::BitFields;
+    header.masks = each.masks;
+    Bytes pixels;
+    samples::Append32(pixels, each.pixel);
+    const Bytes masks = each.headerSize == 40 ? samples::Encode(each.masks) : Bytes{};
+    const Bytes file = samples::BitmapFile(samples::Encode(header), masks, pixels);
+    const vx::Source source = vx::Source::Memory(file);
+    if (each.shown.empty()) {
+      const bool masksEndBehindIt = each.headerSize == 48;
+      FailureOf(masksEndBehindIt ? VX_READ_ERROR : VX_BAD_FORMAT, [&] { (void)source.Load(); });
+      continue;
+    }
+    const vx::Bitmap bitmap = source.Load();
+    std::vector<uint8_t> rgba = bitmap.Rgba();
+    rgba.pop_back();
+    EXPECT_EQ(rgba, each.shown);
+    const bool isUsual = each.masks.red == 0xFF0000;
+    EXPECT_EQ(bitmap.Row(0)[3], isUsual ? 0xEE : 0);
+  }
+}
+
+TEST_F(Application, TakesPixelsAsTheyAre) {
+  const std::vector<uint8_t> pixels = {1, 2,   3, 0, 4, 5,
+                                       6, 255, 7, 8, 9, 255};  // alpha in the first row alone
+  const vx::Bitmap bitmap = vx::Bitmap::FromRgba(1, 3, pixels.data());
+  EXPECT_EQ(bitmap.Rgba(), pixels);
+  EXPECT_EQ(bitmap.Describe().has_alpha, 1);
 }
 
 TEST_F(Application, KnowsItsPages) {
@@ -183,6 +246,23 @@ TEST_F(Application, KnowsItsPages) {
     EXPECT_EQ(vx::Source::Memory(odd).Describe(2).bits_per_pixel, 32);
     EXPECT_EQ(vx::Source::Memory(odd).Load(2).Rgba(), moon.Rgba());
   }
+  Bytes damaged = icon;
+  constexpr std::size_t kFirstBody = 6 + 2 * 16;
+  damaged[kFirstBody] = 41;
+  damaged[samples::IconFile(samples::IconType::Icon, {samples::AlphaPage(moon)}).size() + 16] = 0;
+  const vx::Source twice = vx::Source::Memory(damaged, "moon.ico");
+  EXPECT_NE(FailureOf(VX_UNKNOWN_HEADER, [&] { (void)twice.Load(1); }).find("moon.ico, page 1: "),
+            std::string::npos);
+  EXPECT_NE(FailureOf(VX_BAD_PAGE, [&] { (void)twice.Load(3); }).find("no page 3"), std::string::npos)
+      << "whatever is wrong with the last page";
+  damaged = icon;
+  damaged[damaged.size() - 20] ^= 1;  // in the stream's last checksum but one
+  EXPECT_NE(
+      FailureOf(VX_BAD_FORMAT, [&] { (void)vx::Source::Memory(damaged).Load(2); }).find("PNG stream is"),
+      std::string::npos);
+  const Bytes cursor = samples::IconFile(samples::IconType::Cursor, {samples::PngPage(moon)});
+  EXPECT_NE(FailureOf(VX_BAD_FORMAT, [&] { (void)vx::Source::Memory(cursor).Load(); }).find("which cursors"),
+            std::string::npos);
 }
 
 TEST_F(Application, HoldsPicturesAgainstTheLimit) {
@@ -231,6 +311,7 @@ TEST_F(Application, RefusesOptionsOutOfTheirRange) {
   expect(VX_BAD_PARAMETER, [](auto& o) { o.read_buffer_size = 3; });
   expect(VX_BAD_PARAMETER, [](auto& o) { o.read_buffer_size = -2; });
   expect(VX_BAD_PARAMETER, [](auto& o) { o.color_order = VX_ORDER_RGB; });
+  expect(VX_BAD_PARAMETER, [](auto& o) { o.band_first = 1; });  // and no rows
   vx_raw raw = {VX_FORMAT_RAW, 4, 4, 16, 0, 0, nullptr, 0, 0, 0, 0, 0};
   const auto expectRaw = [&](int status, auto&& change) {
     vx_raw changed = raw;
@@ -239,11 +320,14 @@ TEST_F(Application, RefusesOptionsOutOfTheirRange) {
   };
   expectRaw(VX_BAD_PARAMETER, [](auto& r) { r.format = VX_FORMAT_BMP; });
   expectRaw(VX_BAD_DIMENSIONS, [](auto& r) { r.height = 0; });
-  expectRaw(VX_BAD_DIMENSIONS, [](auto& r) { r.width = INT32_MAX; });
+  expectRaw(VX_BAD_DIMENSIONS, [](auto& r) { r.width = 1 << 28; });
+  expectRaw(VX_BAD_DIMENSIONS, [](auto& r) { r.height = 1 << 28; });
   expectRaw(VX_BAD_BPP, [](auto& r) { r.bits_per_pixel = 2; });
   expectRaw(VX_BAD_PARAMETER, [](auto& r) { r.orientation = 2; });
   expectRaw(VX_BAD_PARAMETER, [](auto& r) { r.offset = 0x80000000; });
   expectRaw(VX_BAD_PARAMETER, [](auto& r) { r.palette_count = 1; });
+  const uint8_t palette[4 * 257] = {};
+  expectRaw(VX_BAD_PARAMETER, [&](auto& r) { r.palette_count = 257, r.palette = palette; });
   expectRaw(VX_BAD_PARAMETER, [](auto& r) { r.has_masks = 1, r.bits_per_pixel = 32; });
   EXPECT_EQ(vx_load(nullptr, nullptr, nullptr), VX_BAD_PARAMETER);
   EXPECT_EQ(vx_describe(source.Get(), 1, nullptr), VX_BAD_PARAMETER);
@@ -265,7 +349,13 @@ TEST_F(Application, SaysWhereAFileIsWrong) {
       {"depth", VX_BAD_FORMAT, 28, 7, 9999, "at byte 14 (40 bytes) says 7 bits per pixel"},
       {"header length", VX_UNKNOWN_HEADER, 14, 13, 9999, "byte 14 says it is 13 bytes long"},
       {"pixel offset", VX_READ_ERROR, 12, 1, 9999, "start at byte 66614, but the file has 1142 bytes"},
+      {"just behind the end", VX_READ_ERROR, 10, 0x77, 9999, "would start at byte 1143"},
       {"width", VX_BAD_DIMENSIONS, 21, 0x80, 9999, "-2147483642 x 8 pixels"},
+      {"longest side", VX_BAD_DIMENSIONS, 21, 0x10, 9999, "268435462 x 8 pixels; a side can have 1 to"},
+      {"short header", VX_BAD_FORMAT, 14, 11, 9999, "says it is 11 bytes long; the shortest has 12"},
+      {"core header", VX_BAD_FORMAT, 14, 12, 9999, "at byte 14 (12 bytes) says 0 bits per pixel"},
+      {"signature", VX_BAD_FORMAT, 0, 0x5A, 9999, "begins with the bytes 5A 4D"},
+      {"array", VX_BAD_FORMAT, 1, 'A', 9999, "the image header at byte 28"},
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(each.what);
@@ -274,8 +364,23 @@ TEST_F(Application, SaysWhereAFileIsWrong) {
     file.resize(std::min(file.size(), each.size));
     const std::string what = FailureOf(each.status, [&] { (void)vx::Source::Memory(file, "a.bmp").Load(); });
     EXPECT_NE(what.find(each.words), std::string::npos) << what;
-    EXPECT_NE(what.find("a.bmp"), std::string::npos) << what;
+    EXPECT_NE(what.find("a.bmp: "), std::string::npos) << what;
   }
+  const std::string name = std::string(600, 'a') + "end.bmp";
+  const std::string what =
+      FailureOf(VX_READ_ERROR, [&] { (void)vx::Source::Memory(Bytes{}, name.c_str()).Load(); });
+  EXPECT_NE(what.find("...aaa"), std::string::npos) << what;
+  EXPECT_NE(what.find("aend.bmp: the file is empty"), std::string::npos) << what;
+}
+
+TEST_F(Application, HasWordsForNumbersItDoesNotKnow) {
+  EXPECT_STREQ(vx_status_name(99), "unknown status");
+  EXPECT_STREQ(vx_status_text(99), "This number is no status of this library.");
+  EXPECT_STREQ(vx_status_name(VX_LAST_PAGE), "STATUS_LAST_PAGE");
+  EXPECT_STREQ(vx_format_name(99), "unknown");
+  vx_format_limits limits = {1, 2};
+  EXPECT_EQ(vx_format_describe(99, &limits), VX_NOT_SUPPORTED);
+  EXPECT_TRUE(limits.depths == 0 && limits.largest_side == 0);
 }
 
 }  // namespace

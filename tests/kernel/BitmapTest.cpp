@@ -29,6 +29,12 @@ TEST_F(Bitmaps, HaveSizesThatCanBeCounted) {
   EXPECT_EQ(init(INT_MAX, INT_MAX, 1), STATUS_OK);
   EXPECT_EQ(VX_AllocateBitmap(&bitmap, 1), STATUS_NO_MEMORY);
   EXPECT_EQ(bitmap.Flags & BITMAP_ALLOCATED, 0U);
+  EXPECT_EQ(init(65536, 65536, 32), STATUS_OK);
+  EXPECT_EQ(VX_AllocateBitmap(&bitmap, 1), STATUS_NO_MEMORY) << "16 GiB, which is 0 in 32 bits";
+  EXPECT_EQ(init(1, 1, 8), STATUS_OK);
+  EXPECT_EQ(bitmap.ColorOrder, ORDER_RGB);
+  EXPECT_EQ(init(1, 1, 16), STATUS_OK);
+  EXPECT_EQ(bitmap.ColorOrder, ORDER_BGR);
 }
 
 TEST_F(Bitmaps, KeepRowsInBounds) {
@@ -60,6 +66,8 @@ TEST_F(Bitmaps, PassTheStatusOnWhenReleased) {
   context.toleratesMissingMask = true;
   {
     const vxkrn::CallScope scope(&context);
+    vxkrn::CallContext inner;
+    { const vxkrn::CallScope innerScope(&inner); }
     EXPECT_EQ(VX_IntReleaseBitmap(&bitmap, 1, STATUS_READ_ERROR), STATUS_OK);
   }
   EXPECT_EQ(VX_IntReleaseBitmap(&bitmap, 1, STATUS_OK), STATUS_OK);
@@ -116,16 +124,22 @@ TEST_F(Bitmaps, RegionsComeBackAsTheMasksTheyCameFrom) {
     OwnedBitmap back;
     MakeMask(&mask, width, 5);
     ASSERT_EQ(VX_InitBitmap(&bitmap, sizeof(_BITMAPHANDLE), width, 5, 24), STATUS_OK);
+    bitmap.Orientation = ORIENT_TOP_DOWN;
     EXPECT_FALSE(vxkrn::HasOutside(bitmap));
     ASSERT_EQ(VX_SetBitmapRgnFromMask(&bitmap, 0, &mask, 6), STATUS_OK);
     ASSERT_EQ(VX_SetBitmapRgnFromMask(&bitmap, 0, &mask, 6), STATUS_OK) << "in place of the first";
     EXPECT_TRUE(vxkrn::HasOutside(bitmap));
     ASSERT_EQ(VX_CreateMaskFromBitmapRgn(&bitmap, &back, sizeof(_BITMAPHANDLE)), STATUS_OK);
+    EXPECT_EQ(back.Orientation, ORIENT_TOP_DOWN);
     for (int row = 0; row < 5; ++row) {
       const unsigned char* inside = vxkrn::StoredRow(back, row);
       for (int x = 0; x < width; ++x) ASSERT_NE(BitAt(inside, x), BitAt(vxkrn::StoredRow(mask, row), x));
       for (int x = width; x < 8 * back.BytesPerLine; ++x) ASSERT_FALSE(BitAt(inside, x)) << "padding";
+      for (int x = width; x < 8 * bitmap.RegionBytesPerLine; ++x) {
+        ASSERT_FALSE(BitAt(vxkrn::StoredRegionRow(bitmap, row), x)) << "padding";
+      }
     }
+    VX_FreeBitmap(&back);  // and once more when it goes
   }
 }
 
@@ -150,8 +164,14 @@ TEST_F(Bitmaps, RefuseMasksOfAnotherShape) {
   ASSERT_EQ(VX_InitBitmap(&bitmap, sizeof(_BITMAPHANDLE), 13, 2, 24), STATUS_OK);
   EXPECT_EQ(VX_SetBitmapRgnFromMask(&bitmap, 0, nullptr, 6), STATUS_BAD_PARAMETER);
   EXPECT_EQ(VX_SetBitmapRgnFromMask(&bitmap, 0, &bitmap, 6), STATUS_BAD_PARAMETER);
-  MakeMask(&mask, 13, 3);
-  EXPECT_EQ(VX_SetBitmapRgnFromMask(&bitmap, 0, &mask, 6), STATUS_BAD_PARAMETER);
+  for (const auto& [width, height] : {std::pair(13, 3), {13, 1}, {12, 2}}) {
+    OwnedBitmap other;
+    MakeMask(&other, width, height);
+    EXPECT_EQ(VX_SetBitmapRgnFromMask(&bitmap, 0, &other, 6), STATUS_BAD_PARAMETER);
+  }
+  MakeMask(&mask, 13, 2);
+  EXPECT_EQ(VX_SetBitmapRgnFromMask(&bitmap, 1, &mask, 6), STATUS_BAD_PARAMETER);
+  EXPECT_EQ(VX_SetBitmapRgnFromMask(&bitmap, 0, &mask, 5), STATUS_BAD_PARAMETER) << "no way to combine";
   EXPECT_EQ(bitmap.Region, nullptr);
 }
 

@@ -34,6 +34,7 @@ void Make(OwnedBitmap* bitmap, Depth depth, int width, int height, int colors,
   ASSERT_EQ(VX_InitBitmap(bitmap, sizeof(_BITMAPHANDLE), width, height, depth.bits), STATUS_OK);
   ASSERT_EQ(VX_AllocateBitmap(bitmap, 1), STATUS_OK);
   bitmap->Orientation = orientation;
+  bitmap->YResolution = 72;
   if (depth.is565) bitmap->ColorOrder = ORDER_565;
   std::minstd_rand random(static_cast<unsigned>(width + colors));
   std::vector<Rgba> table;
@@ -97,6 +98,8 @@ Converted Convert(OwnedBitmap& bitmap, Depth depth, int arg1 = CONVERT_PALETTE_B
   EXPECT_EQ(VX_AllocateBitmap(&picture, 1), STATUS_OK);
   EXPECT_EQ(converted->BytesPerLine, picture.BytesPerLine);
   EXPECT_EQ(converted->ColorOrder == ORDER_565, depth.is565);
+  EXPECT_EQ(converted->Orientation, bitmap.Orientation);
+  EXPECT_EQ(converted->XResolution * 1000 + converted->YResolution, 96 * 1000 + bitmap.YResolution);
   picture.ColorOrder = converted->ColorOrder;
   result.entries = file->ColorCount;
   if (depth.bits <= 8) {
@@ -109,10 +112,11 @@ Converted Convert(OwnedBitmap& bitmap, Depth depth, int arg1 = CONVERT_PALETTE_B
     std::copy_n(buffer, picture.BytesPerLine, vxkrn::StoredRow(picture, row));
     EXPECT_TRUE(
         std::all_of(buffer + used, buffer + picture.BytesPerLine, [](unsigned char b) { return b == 0; }));
+    for (int i = 3; depth.bits == 32 && i < used; i += 4) EXPECT_EQ(buffer[i], 0) << "no alpha came in";
   }
   result.colors = ColorsIn(picture);
   EXPECT_EQ(vxkrn::EndSave(&bitmap, &converted, &flags, &buffer, &file), STATUS_OK);
-  EXPECT_EQ(converted, nullptr);
+  EXPECT_TRUE(converted == nullptr && buffer == nullptr && file == nullptr);
   return result;
 }
 
@@ -188,6 +192,54 @@ TEST_F(ConvertTest, DiffusionKeepsTheMean) {
   }
 }
 
+/// Floyd and Steinberg's diffusion to black and white, rows alternately from the left and from the right.
+std::vector<int> Diffused(const std::vector<std::vector<int>>& rows) {
+  const auto width = static_cast<std::ptrdiff_t>(rows[0].size());
+  std::vector<int> shown;
+  std::vector<int> owed(rows[0].size() + 2);
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    std::vector<int> next(owed.size());
+    std::vector<int> line(rows[0].size());
+    const std::ptrdiff_t step = row % 2 == 0 ? 1 : -1;
+    for (std::ptrdiff_t n = 0, x = row % 2 == 0 ? 0 : width - 1; n < width; ++n, x += step) {
+      const auto at = [x](std::vector<int>& sums, std::ptrdiff_t by) -> int& {
+        return sums[static_cast<std::size_t>(x + by) + 1];
+      };
+      const int sixteenths = at(owed, 0) + 8;
+      const int debt = sixteenths >= 0 ? sixteenths / 16 : -((15 - sixteenths) / 16);
+      const int level = std::clamp(rows[row][static_cast<std::size_t>(x)] + debt, 0, 255);
+      line[static_cast<std::size_t>(x)] = level < 128 ? 0 : 255;
+      const int lost = level - line[static_cast<std::size_t>(x)];
+      at(owed, step) += 7 * lost;
+      at(next, -step) += 3 * lost;
+      at(next, 0) += 5 * lost;
+      at(next, step) += lost;
+    }
+    shown.insert(shown.end(), line.begin(), line.end());
+    owed = next;
+  }
+  return shown;
+}
+
+TEST_F(ConvertTest, DiffusionIsThatOfThePapers) {
+  OwnedBitmap grey;
+  ASSERT_EQ(VX_InitBitmap(&grey, sizeof(_BITMAPHANDLE), 31, 17, 24), STATUS_OK);
+  ASSERT_EQ(VX_AllocateBitmap(&grey, 1), STATUS_OK);
+  std::vector<std::vector<int>> rows(17, std::vector<int>(31));
+  std::minstd_rand random(11);
+  for (int row = 0; row < 17; ++row) {
+    for (int x = 0; x < 31; ++x) {
+      const auto level = static_cast<unsigned char>(random() % 256);
+      std::fill_n(vxkrn::StoredRow(grey, row) + 3 * x, 3, level);
+      rows[static_cast<std::size_t>(row)][static_cast<std::size_t>(x)] = level;
+    }
+  }
+  const std::vector<Color> after = Convert(grey, {1}, CONVERT_PALETTE_FIXED, CONVERT_DIFFUSE).colors;
+  std::vector<int> levels;
+  for (const Color color : after) levels.push_back(static_cast<int>(color & 255));
+  EXPECT_EQ(levels, Diffused(rows));
+}
+
 TEST_F(ConvertTest, PalettesAreOwnThenExactThenChosen) {
   OwnedBitmap indexed;
   Make(&indexed, {4}, 20, 20, 5);
@@ -223,6 +275,22 @@ TEST_F(ConvertTest, RefusesWhatItCannotConvert) {
     EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, row, 1, 0, 0, 0, file), STATUS_BAD_PARAMETER);
   }
   EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, 0, 2, 0, 0, 0, file), STATUS_BAD_PARAMETER);
+  EXPECT_EQ(vxkrn::GetSaveRow(&empty, converted, buffer, 0, 1, 0, 0, 0, file), STATUS_BAD_PARAMETER);
+  EXPECT_EQ(vxkrn::EndSave(&bitmap, &converted, &flags, &buffer, &file), STATUS_OK);
+}
+
+TEST_F(ConvertTest, HandsOutSeveralRowsAtOnce) {
+  OwnedBitmap bitmap;
+  Make(&bitmap, {24}, 5, 6, 200);
+  _BITMAPHANDLE* converted = nullptr;
+  unsigned char* buffer = nullptr;
+  _SAVEFILESTRUCT* file = nullptr;
+  unsigned int flags = 0;
+  ASSERT_EQ(vxkrn::BeginSave(&bitmap, &converted, 24, &flags, &buffer, 4, 0, 0, &file), STATUS_OK);
+  ASSERT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, 2, 4, flags, 0, 0, file), STATUS_OK);
+  EXPECT_TRUE(std::equal(buffer, buffer + 4 * bitmap.BytesPerLine, vxkrn::StoredRow(bitmap, 2)));
+  EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, 3, 4, 0, 0, 0, file), STATUS_BAD_PARAMETER);
+  EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, 0, 5, 0, 0, 0, file), STATUS_BAD_PARAMETER);
   EXPECT_EQ(vxkrn::EndSave(&bitmap, &converted, &flags, &buffer, &file), STATUS_OK);
 }
 
@@ -231,7 +299,18 @@ TEST_F(ConvertTest, PngStreamsInGlobalMemoryKeepWhatTheirDepthCan) {
   Make(&bitmap, {32}, 9, 5, 12);
   bitmap.Flags |= vxkrn::kBitmapHasAlpha;
   for (int x = 0; x < 9; ++x) bitmap.Pixels[4 * x + 3] = static_cast<unsigned char>(30 * x);
+  std::fill_n(bitmap.Pixels, 4 * 4, std::uint8_t{77});  // hidden pixels of a colour of their own
   vxkrn::ColorRows source(bitmap);
+  int count = 0;
+  int sums[3] = {};
+  for (int row = 0; row < 5; ++row) {
+    for (const Rgba pixel : source.Read(row)) {
+      if (pixel.alpha < 128) continue;
+      ++count;
+      sums[0] += pixel.red, sums[1] += pixel.green, sums[2] += pixel.blue;
+    }
+  }
+  const auto mean = [&](int channel) { return static_cast<unsigned>((sums[channel] + count / 2) / count); };
   for (const int bits : {1, 4, 8, 24, 32}) {
     void* handle = nullptr;
     unsigned int size = 0;
@@ -254,6 +333,8 @@ TEST_F(ConvertTest, PngStreamsInGlobalMemoryKeepWhatTheirDepthCan) {
         ASSERT_EQ(after[x].alpha, alpha) << bits << " bits, row " << row << ", pixel " << x;
         if (bits >= 4 && alpha != 0) {
           ASSERT_EQ(vxkrn::ColorOf(after[x]), vxkrn::ColorOf(before[x])) << bits << " bits";
+        } else if (alpha != 0) {  // the one entry beside the transparent one
+          ASSERT_EQ(vxkrn::ColorOf(after[x]), mean(0) << 16 | mean(1) << 8 | mean(2));
         }
       }
     }

@@ -2,8 +2,10 @@
 // and writes that fail after they seemed to work.
 #include "Files.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,8 +16,36 @@
 #include "Source.h"
 
 namespace {
+/// Whether the system's reads and writes are interrupted every other time and do 700 bytes at most.
+bool isSlow = false;
+
+template <class Buffer>
+ssize_t Slowly(long call, int descriptor, Buffer buffer, size_t count, off64_t position) {
+  static unsigned int calls = 0;
+  if (isSlow && ++calls % 2 != 0) return errno = EINTR, -1;
+  return syscall(call, descriptor, buffer, isSlow ? std::min<size_t>(count, 700) : count, position);
+}
+}  // namespace
+
+#pragma GCC visibility push(default)
+extern "C" ssize_t pread64(int descriptor, void* buffer, size_t count, off64_t position) {
+  return Slowly(SYS_pread64, descriptor, buffer, count, position);
+}
+extern "C" ssize_t pwrite64(int descriptor, const void* buffer, size_t count, off64_t position) {
+  return Slowly(SYS_pwrite64, descriptor, buffer, count, position);
+}
+#pragma GCC visibility pop
+
+namespace {
 
 using Bytes = std::vector<unsigned char>;
+
+/// The descriptor that the next file gets.
+int NextDescriptor() {
+  const int next = dup(STDIN_FILENO);
+  close(next);
+  return next;
+}
 
 /// An application's one file, in a vector, that can be told to run full.
 struct VectorFile {
@@ -41,18 +71,19 @@ struct VectorFile {
       errno = ENOSPC;
       return -1;
     }
-    const auto end = static_cast<std::size_t>(position + count);
+    const uint32_t portion = std::min(count, 3000U);
+    const auto end = static_cast<std::size_t>(position + portion);
     if (self->bytes.size() < end) self->bytes.resize(end);
-    std::copy_n(static_cast<const unsigned char*>(buffer), count,
+    std::copy_n(static_cast<const unsigned char*>(buffer), portion,
                 self->bytes.begin() + static_cast<std::ptrdiff_t>(position));
-    return count;
+    return portion;
   }
   static int64_t Size(void* /*user*/, void* file) { return static_cast<int64_t>(Of(file)->bytes.size()); }
   static int Truncate(void* /*user*/, void* file, uint64_t size) {
     Of(file)->bytes.resize(static_cast<std::size_t>(size));
     return 0;
   }
-  static int Close(void* /*user*/, void* file) { return Of(file)->closeFails ? -1 : 0; }
+  static int Close(void* /*user*/, void* file) { return Of(file)->closeFails ? errno = EIO, -1 : 0; }
   static constexpr vx_file_functions kFunctions = {Open, ReadAt, WriteAt, Size, Truncate, Close};
 };
 
@@ -63,6 +94,7 @@ class Files : public Leaks {
     std::filesystem::remove(path_);
   }
   void TearDown() override {
+    isSlow = false;
     vx_redirect_files(nullptr, nullptr);
     std::filesystem::remove(path_);
     Leaks::TearDown();
@@ -121,6 +153,7 @@ class Files : public Leaks {
 
 TEST_F(Files, OfTheSystemDoAsAVectorOfBytesDoes) {
   for (unsigned int seed = 1; seed <= 3; ++seed) {
+    isSlow = seed != 1;
     CompareWithModel(VX_OPEN_CREATE, std::exchange(expected_, {}), seed);
     if (HasFatalFailure()) return;
     EXPECT_EQ(std::filesystem::file_size(path_), expected_.size());
@@ -144,6 +177,7 @@ TEST_F(Files, InMemoryAreReadAndNotWritten) {
   vxkrn::MemoryFile memory = {bytes.data(), bytes.size()};
   const vxkrn::Backend backend = vxkrn::MemoryBackend(&memory);
   const vxkrn::BackendScope scope(backend);
+  { const vxkrn::BackendScope inner(vxkrn::kSystemBackend); }
   CompareWithModel(VX_OPEN_READ, bytes, 7);
   EXPECT_EQ(Open(VX_OPEN_UPDATE), vxkrn::InvalidHandle());
 }
@@ -174,6 +208,7 @@ TEST_F(Files, PositionsEndTwoBelowTheirWord) {
 }
 
 TEST_F(Files, ThatCannotBeFilesDoNotOpen) {
+  const int next = NextDescriptor();
   EXPECT_EQ(Open(VX_OPEN_READ), vxkrn::InvalidHandle()) << "missing";
   EXPECT_EQ(Open(VX_OPEN_UPDATE), vxkrn::InvalidHandle()) << "missing";
   EXPECT_EQ(Open(1), vxkrn::InvalidHandle()) << "unknown flags";
@@ -183,11 +218,16 @@ TEST_F(Files, ThatCannotBeFilesDoNotOpen) {
   for (const int flags : {VX_OPEN_READ, VX_OPEN_UPDATE, VX_OPEN_CREATE}) {
     EXPECT_EQ(Open(flags), vxkrn::InvalidHandle()) << "a pipe, which would wait for its other end";
   }
+  EXPECT_EQ(NextDescriptor(), next) << "one was left open";
 }
 
 TEST_F(Files, AreCreatedForAllAsTheUmaskLets) {
   const mode_t old = umask(027);
-  EXPECT_EQ(VX_RedirectedClose(VX_RedirectedOpen(path_.c_str(), VX_OPEN_CREATE, 128)), 0);
+  const int descriptor = NextDescriptor();
+  HANDLE file = VX_RedirectedOpen(path_.c_str(), VX_OPEN_CREATE, 128);
+  EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0) << "no program that is started inherits it";
+  EXPECT_EQ(VX_RedirectedClose(file), 0);
+  EXPECT_EQ(NextDescriptor(), descriptor);
   umask(old);
   struct stat status = {};
   ASSERT_EQ(stat(path_.c_str(), &status), 0);
@@ -220,8 +260,19 @@ TEST_F(Files, WritesThatFailLaterAreToldAfterClosing) {
 
   vector_ = {{}, SIZE_MAX, true};
   EXPECT_EQ(VX_RedirectedClose(writeTen()), -1);
-  EXPECT_TRUE(vxkrn::TakeLateWrite().failed) << "closing itself failed";
+  EXPECT_EQ(vxkrn::TakeLateWrite().error, EIO) << "closing itself failed";
   EXPECT_EQ(VX_RedirectedClose(Open(VX_OPEN_READ)), 0) << "nothing was written that could be lost";
+  vector_ = {{}, 5, true};
+  EXPECT_EQ(VX_RedirectedClose(writeTen()), -1);
+  vector_ = {{}, SIZE_MAX, true};
+  EXPECT_EQ(VX_RedirectedClose(writeTen()), -1);
+  EXPECT_EQ(vxkrn::TakeLateWrite().error, ENOSPC) << "the first of all that failed";
+
+  vector_ = {{}, SIZE_MAX, false};
+  file = Open(VX_OPEN_READ);
+  EXPECT_EQ(VX_RedirectedWrite(file, "x", 1), -1);
+  EXPECT_EQ(VX_RedirectedWrite(file, "", 0), -1);
+  EXPECT_EQ(VX_RedirectedClose(file), 0);
 }
 
 TEST_F(Files, FunctionsThatLieOrAreMissingAreCaught) {
@@ -234,8 +285,29 @@ TEST_F(Files, FunctionsThatLieOrAreMissingAreCaught) {
   char bytes[4];
   EXPECT_EQ(VX_RedirectedRead(file, bytes, 4), -1);
   EXPECT_EQ(VX_RedirectedClose(file), 0);
-  functions.size = nullptr;
-  EXPECT_EQ(vx_redirect_files(&functions, &vector_), VX_BAD_PARAMETER);
+  functions.read_at = [](void*, void*, void*, uint32_t, uint64_t position) -> int64_t {
+    return position == 0 ? 2 : -1;
+  };
+  ASSERT_EQ(vx_redirect_files(&functions, &vector_), VX_OK);
+  file = Open(VX_OPEN_READ);
+  EXPECT_EQ(VX_RedirectedRead(file, bytes, 4), 2) << "what came before the failure";
+  EXPECT_EQ(VX_RedirectedRead(file, bytes, 4), -1);
+  EXPECT_EQ(VX_RedirectedClose(file), 0);
+  functions.write_at = [](void*, void*, const void*, uint32_t, uint64_t) -> int64_t { return 0; };
+  ASSERT_EQ(vx_redirect_files(&functions, &vector_), VX_OK);
+  file = Open(VX_OPEN_UPDATE);
+  EXPECT_EQ(VX_RedirectedWrite(file, "x", 1), 1);
+  EXPECT_EQ(VX_RedirectedClose(file), -1) << "nothing is stored, for ever";
+  EXPECT_TRUE(vxkrn::TakeLateWrite().failed);
+  for (const auto& leave :
+       {+[](vx_file_functions& f) { f.open = nullptr; }, +[](vx_file_functions& f) { f.read_at = nullptr; },
+        +[](vx_file_functions& f) { f.size = nullptr; }, +[](vx_file_functions& f) { f.close = nullptr; },
+        +[](vx_file_functions& f) { f.write_at = nullptr; },
+        +[](vx_file_functions& f) { f.truncate = nullptr; }}) {
+    functions = VectorFile::kFunctions;
+    leave(functions);
+    EXPECT_EQ(vx_redirect_files(&functions, &vector_), VX_BAD_PARAMETER);
+  }
 }
 
 }  // namespace

@@ -23,6 +23,8 @@ TEST(FilterLoader, SaysWhereItLooked) {
   for (const char* place : {"/nonesuch/a.so", "/vxfbmp.so.18", "/filters/vxfbmp.so.18"}) {
     EXPECT_NE(detail.find(place), std::string::npos) << place << " in " << detail;
   }
+  EXPECT_EQ(detail.find(", ,"), std::string::npos) << "an empty part is no place: " << detail;
+  EXPECT_NE(DetailFor("nonesuch.so").find("for nonesuch.so"), std::string::npos);
 }
 
 TEST(FilterLoader, NamesTheEntryPointThatIsMissing) {
@@ -32,6 +34,15 @@ TEST(FilterLoader, NamesTheEntryPointThatIsMissing) {
 TEST(FilterLoader, TakesNoOtherWhenTheFirstIsBroken) {
   const std::string detail = DetailFor("/proc/self/cmdline:" VX_HALF_FILTER);
   EXPECT_NE(detail.find("cannot be loaded"), std::string::npos) << detail;
+}
+
+TEST(Errors, AreCutWhereTheirRoomEndsAndForgottenByTheNextCall) {
+  constexpr std::size_t kRoom = 2048;  // with the end of the string
+  vxkrn::Fail(VX_NO_FILTER, std::string(5000, 'x'));
+  vxkrn::Detail() << "more";
+  EXPECT_EQ(std::string(vxkrn::Detail().CString()), std::string(kRoom - 1, 'x'));
+  vxkrn::BeginCall();
+  EXPECT_STREQ(vxkrn::Detail().CString(), "");
 }
 
 TEST(Libraries, LoadAndUnload) {

@@ -3,6 +3,7 @@
 #include "Png.h"
 
 #include <png.h>
+#include <zlib.h>
 
 #include <cstring>
 #include <functional>
@@ -187,25 +188,90 @@ TEST_F(Png, DamagedBytesNeverDoHarm) {
   }
 }
 
-TEST_F(Png, SizesOverTheLimitAreRefusedBeforeAllocating) {
-  Bytes stream = MakePng(kKinds[12], false);
-  const unsigned char huge[] = {0, 0, 0xFF, 0xFF, 0, 0, 0xFF, 0xFF};
-  std::copy(std::begin(huge), std::end(huge), stream.begin() + 16);
-  const auto crc = static_cast<std::uint32_t>(png_get_uint_32(stream.data() + 29));
-  ASSERT_NE(crc, 0U);
-  vx_bitmap bitmap;
-  EXPECT_EQ(Decode(stream, 0, &bitmap), STATUS_BAD_FORMAT) << "its checksum is wrong";
-  // The checksum of that header, bit by bit.
+/// A chunk with its checksum, worked out bit by bit.
+Bytes Chunk(const std::string& type, const Bytes& data) {
+  Bytes chunk;
+  const auto append = [&chunk](std::size_t word) {
+    for (int shift = 24; shift >= 0; shift -= 8) chunk.push_back(static_cast<unsigned char>(word >> shift));
+  };
+  append(data.size());
+  std::copy(type.begin(), type.end(), std::back_inserter(chunk));
+  std::copy(data.begin(), data.end(), std::back_inserter(chunk));
   std::uint32_t sum = 0xFFFFFFFF;
-  for (std::size_t i = 12; i < 29; ++i) {
-    sum ^= stream[i];
+  for (std::size_t i = 4; i < chunk.size(); ++i) {
+    sum ^= chunk[i];
     for (int bit = 0; bit < 8; ++bit) sum = (sum >> 1) ^ ((sum & 1) != 0 ? 0xEDB88320U : 0);
   }
-  for (int i = 0; i < 4; ++i)
-    stream[29 + static_cast<std::size_t>(i)] = static_cast<unsigned char>(~sum >> (24 - 8 * i));
-  EXPECT_EQ(Decode(stream, 0, &bitmap), STATUS_NO_MEMORY);
+  append(~sum);
+  return chunk;
+}
+
+constexpr std::ptrdiff_t kHeaderEnd = 33;  // of the signature and the first chunk
+
+/// The stream with other sides in its header.
+Bytes WithSides(const Bytes& stream, std::uint32_t width, std::uint32_t height) {
+  Bytes header(stream.begin() + 16, stream.begin() + 29);
+  for (std::size_t i = 0; i < 4; ++i) {
+    header[i] = static_cast<unsigned char>(width >> (24 - 8 * i));
+    header[4 + i] = static_cast<unsigned char>(height >> (24 - 8 * i));
+  }
+  Bytes changed(stream.begin(), stream.begin() + 8);
+  for (const Bytes& part : {Chunk("IHDR", header), Bytes(stream.begin() + kHeaderEnd, stream.end())}) {
+    changed.insert(changed.end(), part.begin(), part.end());
+  }
+  return changed;
+}
+
+TEST_F(Png, SizesOverTheLimitAreRefusedBeforeAllocating) {
+  const Bytes stream = MakePng(kKinds[12], false);
+  vx_bitmap bitmap;
+  EXPECT_EQ(Decode(WithSides(stream, 65535, 65535), 0, &bitmap), STATUS_NO_MEMORY);
   EXPECT_NE(std::strstr(vxkrn::Detail().CString(), "12884705280 bytes"), nullptr)
       << vxkrn::Detail().CString();
+  Bytes wrong = stream;
+  wrong[18] = 0xFF;
+  EXPECT_EQ(Decode(wrong, 0, &bitmap), STATUS_BAD_FORMAT) << "its checksum is wrong";
+}
+
+TEST_F(Png, SidesAreThoseOfEveryPicture) {
+  const Bytes stream = MakePng(kKinds[12], false);
+  vxkrn::PngDescription description = {};
+  const auto describe = [&](std::uint32_t width, std::uint32_t height) {
+    const Bytes changed = WithSides(stream, width, height);
+    return vxkrn::DescribePng(changed.data(), changed.size(), &description);
+  };
+  constexpr std::uint32_t kLongest = (1U << 28) - 1;
+  EXPECT_EQ(describe(kLongest, 1), STATUS_OK);
+  EXPECT_EQ(describe(1, kLongest), STATUS_OK);
+  EXPECT_EQ(describe(kLongest + 1, 1), STATUS_BAD_FORMAT);
+  EXPECT_EQ(describe(1, kLongest + 1), STATUS_BAD_FORMAT);
+
+  constexpr int kWide = 1000001;
+  const Bytes rgba(std::size_t{4} * kWide, 255);
+  vx_bitmap* wide = nullptr;
+  ASSERT_EQ(vx_bitmap_from_rgba(kWide, 1, rgba.data(), &wide), VX_OK);
+  std::uint8_t* png = nullptr;
+  std::size_t size = 0;
+  EXPECT_EQ(vx_bitmap_encode_png(wide, &png, &size), VX_OK) << vxkrn::Detail().CString();
+  vx_free(png);
+  vx_bitmap_free(wide);
+}
+
+TEST_F(Png, TextIsNotUnpacked) {
+  Bytes text = {'k', 0, 0};  // a keyword, and the only way of compression
+  Bytes packed(40000);
+  uLongf size = packed.size();
+  const Bytes zeros(std::size_t{8} << 20);
+  ASSERT_EQ(compress(packed.data(), &size, zeros.data(), zeros.size()), Z_OK);
+  text.insert(text.end(), packed.begin(), packed.begin() + static_cast<std::ptrdiff_t>(size));
+  Bytes stream = MakePng(kKinds[12], false);
+  const Bytes chunk = Chunk("zTXt", text);
+  stream.insert(stream.begin() + kHeaderEnd, chunk.begin(), chunk.end());
+  vxkrn::memory::SetLimit(200000);
+  vxkrn::memory::ForgetRefusal();
+  vx_bitmap bitmap;
+  EXPECT_EQ(Decode(stream, 0, &bitmap), STATUS_OK);
+  EXPECT_EQ(vxkrn::memory::LastRefusal(), 0U);
 }
 
 TEST_F(Png, EveryAllocationMayFail) {
