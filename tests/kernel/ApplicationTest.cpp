@@ -334,6 +334,16 @@ TEST_F(Application, RefusesOptionsOutOfTheirRange) {
   EXPECT_EQ(vx_open_memory(nullptr, 1, nullptr, nullptr), VX_BAD_PARAMETER);
 }
 
+TEST_F(Application, ReadsHeaderlessPixelsWhereAndAsItIsTold) {
+  Bytes file(70000);
+  file.push_back(1);
+  const uint8_t palette[] = {1, 2, 3, 0, 10, 20, 30, 0};  // blue first
+  const vx_raw raw = {VX_FORMAT_RAW, 1, 1, 8, 0, 70000, palette, 2, 0, 0, 0, 0};
+  vx::LoadOptions options;
+  options.raw = &raw;
+  EXPECT_EQ(vx::Source::Memory(file).Load(options).Rgba(), (std::vector<uint8_t>{30, 20, 10, 255}));
+}
+
 TEST_F(Application, SaysWhereAFileIsWrong) {
   const Bytes good = GreyBitmap(0);
   struct {

@@ -266,12 +266,15 @@ TEST_F(Png, TextIsNotUnpacked) {
   text.insert(text.end(), packed.begin(), packed.begin() + static_cast<std::ptrdiff_t>(size));
   Bytes stream = MakePng(kKinds[12], false);
   const Bytes chunk = Chunk("zTXt", text);
+  constexpr std::ptrdiff_t kResolutionChunk = 21;
+  stream.erase(stream.begin() + kHeaderEnd, stream.begin() + kHeaderEnd + kResolutionChunk);
   stream.insert(stream.begin() + kHeaderEnd, chunk.begin(), chunk.end());
   vxkrn::memory::SetLimit(200000);
   vxkrn::memory::ForgetRefusal();
   vx_bitmap bitmap;
   EXPECT_EQ(Decode(stream, 0, &bitmap), STATUS_OK);
   EXPECT_EQ(vxkrn::memory::LastRefusal(), 0U);
+  EXPECT_EQ(bitmap.record.XResolution, 96) << "where none is named";
 }
 
 TEST_F(Png, EveryAllocationMayFail) {
@@ -300,6 +303,10 @@ TEST_F(Png, EncodedPicturesReadBackTheSame) {
     const Bytes stream(png, png + size);
     vx_free(png);
     EXPECT_EQ(ReferenceRgba(stream), expected);
+    const std::string kResolution = "pHYs";
+    const auto place = std::search(stream.begin(), stream.end(), kResolution.begin(), kResolution.end());
+    ASSERT_GE(stream.end() - place, 12);
+    EXPECT_EQ(png_get_uint_32(&*place + 4) * 10000 + png_get_uint_32(&*place + 8), 11811 * 10000 + 2835U);
     vx_bitmap back;
     ASSERT_EQ(Decode(stream, 0, &back), STATUS_OK);
     EXPECT_EQ(back.record.BitsPerPixel, bitmap.record.BitsPerPixel);

@@ -88,10 +88,13 @@ TEST_F(RowSinks, RefuseAPageThatTurnedIntoPngOrBack) {
   vx_bitmap empty;
   vxkrn::RowSink sink(plan_, context_, &empty);
   plan_.isPng = true;
-  context_.png = {3, kHeight, 8, 96, 96, false};  // another width than was described
-  EXPECT_EQ(vxkrn::RowSink::Callback(nullptr, &target_, row_, ROW_FLAGS_BASE, 0, 1, &sink),
-            STATUS_BAD_FORMAT);
-  EXPECT_EQ(empty.record.Pixels, nullptr);
+  for (const auto& [width, height] :
+       {std::pair(3, kHeight), {4, kHeight + 1}}) {  // another size than was described
+    context_.png = {width, height, 8, 96, 96, false};
+    EXPECT_EQ(vxkrn::RowSink::Callback(nullptr, &target_, row_, ROW_FLAGS_BASE, 0, 1, &sink),
+              STATUS_BAD_FORMAT);
+    EXPECT_EQ(empty.record.Pixels, nullptr);
+  }
 }
 
 TEST_F(RowSinks, LeaveNothingOfARowForTheNextToShow) {

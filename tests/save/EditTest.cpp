@@ -158,13 +158,15 @@ TEST_F(Editing, CursorsKeepTheirHotSpots) {
 
 TEST_F(Editing, HotSpotsComeAlongWithPictures) {
   vx::Edit edit(cursor_);
-  edit.SetHotSpot(1, 3, 300);
+  edit.SetHotSpot(1, 0, 300);
   edit.Commit();
   const vx::Bitmap picture = vx::Source::File(cursor_).Load();
-  EXPECT_EQ(picture.Describe().hot_x, 3);
+  EXPECT_EQ(picture.Describe().hot_x, 0);
   EXPECT_EQ(picture.Describe().hot_y, 300);
   const std::string saved = folder_ / "saved.cur";
   picture.Save(saved, vx::SaveOptions(VX_FORMAT_CUR));
+  const vx::Buffer icon = picture.Save(vx::SaveOptions(VX_FORMAT_ICO));
+  EXPECT_EQ(icon.Bytes()[12] | icon.Bytes()[13], 0) << "icons have none";
   vx::Edit more(saved);
   more.Add(Noise(9, 9, 8));
   more.Insert(2, picture);

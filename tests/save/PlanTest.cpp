@@ -50,6 +50,8 @@ TEST(Plan, TakesTheDepthThatLosesLeast) {
                        {"hardened", VX_FORMAT_CUR, 0, VX_FORMAT_CUR, 1, 0, VX_TRANSPARENCY_HARDENED},
                        {"hardened", VX_FORMAT_PNG, 8, VX_FORMAT_PNG, 8, 0, VX_TRANSPARENCY_HARDENED},
                        {"kept", VX_FORMAT_PNG, 0, VX_FORMAT_PNG, 32, 0, kKept}});
+  const vx::Bitmap hardly = WithAlpha(1, 1, [](int, int) -> Pixel { return {0, 0, 0, 254}; });
+  ExpectChoices(hardly, {{"hardly soft", VX_FORMAT_CUR, 0, VX_FORMAT_CUR, 1, 0, VX_TRANSPARENCY_HARDENED}});
   const vx::Bitmap hidden = WithAlpha(40, 4, [](int x, int y) -> Pixel {
     return y == 0 ? Pixel{9, 9, 9, 255} : Pixel{static_cast<uint8_t>(x), 0, 0, 0};
   });

@@ -73,22 +73,27 @@ TEST_F(RoundTrip, SixteenBitsKeepTheirLayout) {
 }
 
 TEST_F(RoundTrip, BandsOfPngFilesAreTheirRows) {
-  const vx::Bitmap picture = Noise(9, 10, 8);
-  const vx::Buffer png = picture.Save(vx::SaveOptions(VX_FORMAT_PNG));
-  const vx::Source source = vx::Source::Memory(png.Bytes());
-  vx::LoadOptions options;
-  options.band_first = 3;
-  options.band_count = 4;
-  const std::vector<uint8_t> band = source.Load(options).Rgba();
-  const std::vector<uint8_t> whole = picture.Rgba();
-  EXPECT_TRUE(std::equal(band.begin(), band.end(), whole.begin() + 3 * 9 * 4));
-  options.page = 2;
-  EXPECT_THROW(static_cast<void>(source.Load(options)), vx::Error);
+  const vx::Bitmap soft = WithAlpha(9, 10, [](int x, int y) -> Pixel {
+    return {1, 2, 3, static_cast<uint8_t>(9 * x + y)};
+  });
+  const vx::Bitmap indexed = Noise(9, 10, 8);
+  for (const vx::Bitmap* picture : {&indexed, &soft}) {
+    const vx::Buffer png = picture->Save(vx::SaveOptions(VX_FORMAT_PNG));
+    const vx::Source source = vx::Source::Memory(png.Bytes());
+    vx::LoadOptions options;
+    options.band_first = 3;
+    options.band_count = 4;
+    const std::vector<uint8_t> band = source.Load(options).Rgba();
+    const std::vector<uint8_t> whole = picture->Rgba();
+    EXPECT_TRUE(std::equal(band.begin(), band.end(), whole.begin() + 3 * 9 * 4));
+    options.page = 2;
+    EXPECT_THROW(static_cast<void>(source.Load(options)), vx::Error);
+  }
 }
 
 /// Alpha rises from left to right; hidden pixels have colours of their own.
 Pixel Ramp(int x, int y) {
-  return {static_cast<uint8_t>(y * 40), static_cast<uint8_t>(255 - y), 9, static_cast<uint8_t>(x * 17)};
+  return {static_cast<uint8_t>(y * 40), static_cast<uint8_t>(255 - y), 9, static_cast<uint8_t>(x * 16)};
 }
 
 TEST_F(RoundTrip, TransparencyIsKeptWholeOrHardened) {
@@ -121,6 +126,7 @@ TEST_F(RoundTrip, TransparencyIsKeptWholeOrHardened) {
 TEST_F(RoundTrip, RegionsBecomeMasksAndAlphaAndComeBack) {
   const vx::Bitmap hard = WithAlpha(9, 4, [](int x, int y) -> Pixel {
     if ((x + y) % 3 == 0) return {0, 0, 0, 0};
+    if ((x + y) % 3 == 1) return {0, 0, 0, 255};  // the colour that would mark the hidden pixels
     return {static_cast<uint8_t>(x), 200, 0, 255};
   });
   const vx::Bitmap icon = LoadFrom(hard.Save(vx::SaveOptions(VX_FORMAT_ICO)).Bytes());
