@@ -275,7 +275,9 @@ TEST_F(ConvertTest, RefusesWhatItCannotConvert) {
     EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, row, 1, 0, 0, 0, file), STATUS_BAD_PARAMETER);
   }
   EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, 0, 2, 0, 0, 0, file), STATUS_BAD_PARAMETER);
-  EXPECT_EQ(vxkrn::GetSaveRow(&empty, converted, buffer, 0, 1, 0, 0, 0, file), STATUS_BAD_PARAMETER);
+  OwnedBitmap other;
+  Make(&other, {8}, 4, 4, 4);
+  EXPECT_EQ(vxkrn::GetSaveRow(&other, converted, buffer, 0, 1, 0, 0, 0, file), STATUS_BAD_PARAMETER);
   EXPECT_EQ(vxkrn::EndSave(&bitmap, &converted, &flags, &buffer, &file), STATUS_OK);
 }
 

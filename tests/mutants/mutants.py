@@ -40,8 +40,6 @@ class Room(NamedTuple):
 
 # Random damage costs more than all other tests together, and finds little without a sanitizer.
 LOADING = 'load_test --gtest_filter=-Damage.*'
-
-
 ROOMS = {
     'filter': Room(('API', 'format', 'host/SaveRules.h'), ('vxfbmp',),
                    ('vxfbmp_test', 'c_kernel', 'save_test', LOADING)),
@@ -53,16 +51,13 @@ ROOMS = {
 class Fault(NamedTuple):
     name: str
     path: pathlib.Path  # in the project
-    start: int
+    start: int  # of the code that `new` replaces
     end: int
     new: str
 
-    def old(self) -> str:
-        return self.path.read_text()[self.start:self.end]
-
-
-class ListError(Exception):
-    """A fault that cannot be planted as it is written."""
+    def __str__(self) -> str:
+        old = self.path.read_text()[self.start:self.end]
+        return f'{self.path.name}: {" ".join(old.split())} => {" ".join(self.new.split()) or "nothing"}'
 
 
 def sources(room: Room) -> dict[pathlib.Path, str]:
@@ -73,8 +68,7 @@ def sources(room: Room) -> dict[pathlib.Path, str]:
 
 def occurrences(code: str, texts: dict[pathlib.Path, str]):
     """Where code stands, however it is spaced: (file, start, end) each."""
-    words = [re.escape(word) for word in code.split()]
-    pattern = re.compile(r'\s+'.join(words))
+    pattern = re.compile(r'\s+'.join(re.escape(word) for word in code.split()))
     return [(path, *match.span()) for path, text in texts.items() for match in pattern.finditer(text)]
 
 
@@ -85,7 +79,7 @@ def locate(name: str, inside: str, old: str, new: str, texts: dict[pathlib.Path,
         found = [(path, start, end) for path, start, end in found
                  if any(path == scope[0] and scope[1] <= start < scope[2] for scope in scopes)]
     if len(found) != 1:
-        raise ListError(f'{name}: this stands {len(found)} times in the code, not once: {" ".join(old.split())}')
+        raise ValueError(f'{name}: this stands {len(found)} times in the code, not once: {" ".join(old.split())}')
     return Fault(name, *found[0], new.strip())
 
 
@@ -99,12 +93,12 @@ def listed(room_name: str) -> list[Fault]:
                             for mark in ('in ', '-', '+'))
         try:
             faults.append(locate(name, inside, old, new, texts))
-        except ListError as error:
+        except ValueError as error:
             errors.append(str(error))
-    errors += [f'{name}: {count} faults have this name'
-               for name, count in Counter(fault.name for fault in faults).items() if count > 1]
+    names = Counter(fault.name for fault in faults)
+    errors += [f'{name}: {count} faults have this name' for name, count in names.items() if count > 1]
     if errors:
-        raise ListError('\n'.join(errors))
+        raise ValueError('\n'.join(errors))
     return faults
 
 
@@ -115,13 +109,9 @@ SWAPS = {' < ': ' <= ', ' <= ': ' < ', ' > ': ' >= ', ' >= ': ' > ', ' == ': ' !
 
 def invented(room_name: str, count: int, seed: int) -> list[Fault]:
     """Faults made by rule, in any source of the room. Some change nothing that anyone could see."""
-    places = []
-    for path, text in sources(ROOMS[room_name]).items():
-        if path.suffix == '.cpp':
-            for match in re.finditer('|'.join(map(re.escape, SWAPS)), text):
-                line = text[text.rfind('\n', 0, match.start()) + 1:match.start()]
-                if not re.search(r'//|#|static_assert|"|operator|template', line):
-                    places.append((path, *match.span(), match[0]))
+    places = [(path, *match.span(), match[0]) for path, text in sources(ROOMS[room_name]).items()
+              for match in re.finditer('|'.join(map(re.escape, SWAPS)), text)
+              if not re.search(r'//|#|static_assert|"|operator|template', text[:match.start()].rpartition('\n')[2])]
     chosen = random.Random(seed).sample(places, min(count, len(places)))
     return [Fault(f'{path.stem}:{path.read_text().count(chr(10), 0, start) + 1}:{old.strip()}', path, start, end,
                   SWAPS[old]) for path, start, end, old in chosen]
@@ -130,25 +120,23 @@ def invented(room_name: str, count: int, seed: int) -> list[Fault]:
 def copy_project() -> None:
     """Brings the copy up to date; what has not changed keeps its time, so that it is not built again."""
     skipped = shutil.ignore_patterns('build', '.git', '.cache', '__pycache__')
-    kept = set()
 
     def take(source: str, target: str) -> None:
-        kept.add(target)
         if not (os.path.exists(target) and filecmp.cmp(source, target, shallow=False)):
             shutil.copy(source, target)
 
     shutil.copytree(PROJECT, COPY, ignore=skipped, copy_function=take, dirs_exist_ok=True)
     for file in COPY.rglob('*'):
-        if file.is_file() and str(file) not in kept:
+        if file.is_file() and not (PROJECT / file.relative_to(COPY)).exists():
             file.unlink()
 
 
-def build(targets, jobs: int) -> bool:
+def build(targets) -> bool:
     with open(BUILD_LOG, 'wb') as log:
-        return subprocess.run(['ninja', '-C', BUILT, '-j', str(jobs), *targets], stdout=log, stderr=log).returncode == 0
+        return subprocess.run(['ninja', '-C', BUILT, '-j2', *targets], stdout=log, stderr=log).returncode == 0
 
 
-def prepare(room: Room, jobs: int) -> None:
+def prepare(room: Room) -> None:
     copy_project()
     launcher = 'ccache' if shutil.which('ccache') else ''
     configure = ['cmake', '-G', 'Ninja', '-S', COPY, '-B', BUILT, '-DCMAKE_BUILD_TYPE=None', '-DVX_BUILD_CLI=OFF',
@@ -156,15 +144,14 @@ def prepare(room: Room, jobs: int) -> None:
                  *(f'-DCMAKE_{language}_COMPILER_LAUNCHER={launcher}' for language in ('C', 'CXX'))]
     with open(BUILD_LOG, 'wb') as log:
         configured = subprocess.run(configure, stdout=log, stderr=log).returncode == 0
-    if not configured or not build([*room.targets, *(program.split()[0] for program in room.programs), 'vxfbmp'], jobs):
+    if not configured or not build([*room.targets, *(program.split()[0] for program in room.programs), 'vxfbmp']):
         sys.exit(BUILD_LOG.read_text(errors='replace'))
 
 
 def bound() -> None:
-    """What a program that ran wild may take."""
-    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
-    resource.setrlimit(resource.RLIMIT_AS, (8 << 30, 8 << 30))
-    resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
+    """Limits what a program that runs wild takes."""
+    for what, most in ((resource.RLIMIT_CORE, 0), (resource.RLIMIT_AS, 8 << 30), (resource.RLIMIT_FSIZE, 1 << 30)):
+        resource.setrlimit(what, (most, most))
 
 
 def run_program(program: str, seconds: float) -> str:
@@ -189,7 +176,8 @@ def run_program(program: str, seconds: float) -> str:
     if code == 0:
         return ''
     text = TEST_LOG.read_text(errors='replace')
-    failed = re.findall(r'^\[  FAILED  \] ([^,\s]+)', text, re.M)[:1] or re.findall(r'^\[ RUN      \] (\S+)', text, re.M)[-1:]
+    failed = re.findall(r'^\[  FAILED  \] ([^,\s]+)', text, re.M)[:1]
+    failed = failed or re.findall(r'^\[ RUN      \] (\S+)', text, re.M)[-1:]  # in which it crashed
     how = 'does not end' if code is None else 'crashes' if code < 0 else 'fails'
     return f'{failed[0] if failed else name} {how}'
 
@@ -205,36 +193,33 @@ def baseline(room: Room) -> dict[str, float]:
     return allowed
 
 
-def judge(fault: Fault, room: Room, allowed: dict[str, float], jobs: int) -> tuple[str, str]:
+def judge(fault: Fault, room: Room, allowed: dict[str, float]) -> tuple[str, str]:
     """Plants a fault, tests, and takes it away again."""
     file = COPY / fault.path.relative_to(PROJECT)
     text = file.read_text()
     file.write_text(text[:fault.start] + fault.new + text[fault.end:])
     try:
-        if not build(room.targets, jobs):
+        if not build(room.targets):
             return 'not compiled', ''
         for program in room.programs:
             if failure := run_program(program, allowed[program]):
                 return 'caught', failure
-        return 'ESCAPED', f'{fault.path.name}: {" ".join(fault.old().split())} => {" ".join(fault.new.split())}'
+        return 'ESCAPED', str(fault)
     finally:
         file.write_text(text)
 
 
-def examine(room_name: str, faults: list[Fault], jobs: int, report) -> int:
+def examine(room_name: str, faults: list[Fault], report) -> int:
     room = ROOMS[room_name]
-    prepare(room, jobs)
+    prepare(room)
     allowed = baseline(room)
     verdicts = Counter()
     # One file's faults together, so that it is seldom built without a fault; headers, which cost most, in the end.
     for fault in sorted(faults, key=lambda each: (each.path.suffix == '.h', each.path)):
-        verdict, detail = judge(fault, room, allowed, jobs)
+        verdict, detail = judge(fault, room, allowed)
         verdicts[verdict] += 1
-        for stream in (sys.stdout, report):
-            print(f'{verdict:12} {fault.name:40} {detail}', file=stream, flush=True)
-    summary = f'{room_name}: {len(faults)} faults: ' + ', '.join(f'{n} {verdict}' for verdict, n in verdicts.items())
-    for stream in (sys.stdout, report):
-        print(summary, file=stream, flush=True)
+        report(f'{verdict:12} {fault.name:40} {detail}')
+    report(f'{room_name}: {len(faults)} faults: ' + ', '.join(f'{n} {verdict}' for verdict, n in verdicts.items()))
     return verdicts['ESCAPED']
 
 
@@ -243,24 +228,26 @@ def main() -> int:
     parser.add_argument('room', nargs='?', choices=ROOMS, help='both unless given')
     parser.add_argument('--only', metavar='NAME', action='append', help='only the faults whose names begin like this')
     parser.add_argument('--random', metavar='N', type=int, help='N faults made by rule in place of those of the lists')
-    parser.add_argument('--seed', metavar='S', type=int, default=1, help='which ones (1)')
+    parser.add_argument('--seed', metavar='S', type=int, default=1, help='which ones')
     parser.add_argument('--check', action='store_true', help='only see whether the lists fit the code')
-    parser.add_argument('--jobs', metavar='N', type=int, default=2, help='of the build (2)')
     given = parser.parse_args()
     try:
         chosen = {room: invented(room, given.random, given.seed) if given.random else listed(room)
                   for room in ([given.room] if given.room else ROOMS)}
-    except ListError as error:
+    except ValueError as error:
         sys.exit(f'the list does not fit the code:\n{error}')
     if given.check:
         return 0
-    if given.only:
-        chosen = {room: [each for each in faults if each.name.startswith(tuple(given.only))]
-                  for room, faults in chosen.items()}
+    wanted = tuple(given.only or [''])
+    chosen = {room: [each for each in faults if each.name.startswith(wanted)] for room, faults in chosen.items()}
     signal.signal(signal.SIGTERM, lambda *_: sys.exit('ended'))  # so that what was started ends too
     WORK.mkdir(parents=True, exist_ok=True)
-    with open(REPORT, 'w') as report:
-        escaped = sum(examine(room, faults, given.jobs, report) for room, faults in chosen.items() if faults)
+    with open(REPORT, 'w') as file:
+        def report(line: str) -> None:
+            for stream in (sys.stdout, file):
+                print(line, file=stream, flush=True)
+
+        escaped = sum(examine(room, faults, report) for room, faults in chosen.items() if faults)
     return 1 if escaped else 0
 
 
