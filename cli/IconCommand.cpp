@@ -13,6 +13,7 @@
 #include "Input.h"
 #include "Numbers.h"
 #include "Output.h"
+#include "PageSelection.h"
 #include "Report.h"
 #include "Resize.h"
 #include "Text.h"
@@ -54,14 +55,26 @@ struct Picture {
   bool isSquare;
 };
 
-/// Loads every page of every image, for icons to be made of icons.
+void LoadPage(const vx::Source& source, int page, std::vector<Picture>& pictures) {
+  vx::Bitmap bitmap = source.Load(page);
+  const vx_bitmap_info info = bitmap.Describe();
+  pictures.push_back({std::move(bitmap), std::max(info.width, info.height), info.width == info.height});
+}
+
+/// Loads every page of every image, for icons to be made of icons. A bad page is told of and left out, as
+/// long as there is a good one.
 void LoadPages(const std::string& image, std::vector<Picture>& pictures) {
   Input input(image.c_str());
-  const int count = input.Source().Describe().page_count;
+  const int count = CountPages(input.Source());
+  int left = count;
   for (int page = 1; page <= count; ++page) {
-    vx::Bitmap bitmap = input.Source().Load(page);
-    const vx_bitmap_info info = bitmap.Describe();
-    pictures.push_back({std::move(bitmap), std::max(info.width, info.height), info.width == info.height});
+    try {
+      LoadPage(input.Source(), page, pictures);
+    } catch (const vx::Error& error) {
+      if (error.status() == VX_NO_MEMORY || --left == 0) throw;
+      ReportFailure(error, {.file = InputName(image.c_str())});
+      ReportMessage(fmt::format("{}: page {} is left out", Printable(InputName(image.c_str())), page));
+    }
   }
 }
 

@@ -2,8 +2,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,8 +11,10 @@
 #include "Command.h"
 #include "Facts.h"
 #include "Input.h"
+#include "Json.h"
 #include "Numbers.h"
 #include "Output.h"
+#include "PageSelection.h"
 #include "Report.h"
 #include "Table.h"
 #include "Text.h"
@@ -28,6 +30,14 @@ struct InfoArguments {
   bool json = false;
 };
 
+/// A page or a whole file of which nothing can be told.
+struct Failure {
+  int page;   ///< 0: no page in particular
+  int pages;  ///< 0: not known
+  int status;
+  std::string message;
+};
+
 /// Where the facts go.
 class Listing {
  public:
@@ -37,7 +47,7 @@ class Listing {
   virtual ~Listing() = default;
 
   virtual void Add(const std::string& file, const vx_info& info) = 0;
-  virtual void AddFailure(const std::string& file, int page, int status, const std::string& message) = 0;
+  virtual void Add(const std::string& file, const Failure& failure) = 0;
   virtual void Finish() = 0;
 };
 
@@ -51,56 +61,57 @@ class Table final : public Listing {
                      ResolutionText(info)});
   }
 
-  void AddFailure(const std::string& /*file*/, int /*page*/, int /*status*/,
-                  const std::string& /*message*/) override {}
+  /// A page among others has a line. What is wrong with it stands on standard error.
+  void Add(const std::string& file, const Failure& failure) override {
+    if (failure.pages == 0 || failure.page > failure.pages) return;
+    TableRow row = {Printable(file), fmt::format("{}/{}", failure.page, failure.pages), "bad"};
+    row.resize(kTitles.size(), "?");
+    rows_.push_back(row);
+  }
 
   void Finish() override {
     if (rows_.empty()) return;
-    rows_.insert(rows_.begin(), {"FILE", "PAGE", "KIND", "SIZE", "BITS", "CODING", "ROWS", "COLOURS", "DPI"});
+    rows_.insert(rows_.begin(), TableRow(kTitles.begin(), kTitles.end()));
     PrintToStandardOutput(InColumns(rows_));
   }
 
  private:
+  static constexpr std::array kTitles = {"FILE",   "PAGE", "KIND",    "SIZE", "BITS",
+                                         "CODING", "ROWS", "COLOURS", "DPI"};
   std::vector<TableRow> rows_;
 };
 
 class JsonLines final : public Listing {
  public:
   void Add(const std::string& file, const vx_info& info) override {
-    Print({{"file", file},
-           {"page", info.page},
-           {"pages", info.page_count},
-           {"kind", vx_format_name(info.format)},
-           {"format", info.format},
-           {"width", info.width},
-           {"height", info.height},
-           {"bits_per_pixel", info.bits_per_pixel},
-           {"compression", CompressionText(info)},
-           {"orientation", OrientationText(info)},
-           {"color_order", ColorOrderText(info)},
-           {"x_dpi", info.x_dpi},
-           {"y_dpi", info.y_dpi},
-           {"data_size", info.data_size}});
+    Json line;
+    AddFile(line, file);
+    line.update({{"page", info.page},
+                 {"pages", info.page_count},
+                 {"kind", vx_format_name(info.format)},
+                 {"format", info.format},
+                 {"width", info.width},
+                 {"height", info.height},
+                 {"bits_per_pixel", info.bits_per_pixel},
+                 {"compression", CompressionText(info)},
+                 {"orientation", OrientationText(info)},
+                 {"color_order", ColorOrderText(info)},
+                 {"x_dpi", info.x_dpi},
+                 {"y_dpi", info.y_dpi},
+                 {"data_size", info.data_size}});
+    PrintToStandardOutput(LineOf(line));
   }
 
-  void AddFailure(const std::string& file, int page, int status, const std::string& message) override {
-    Json line{{"file", file}};
-    if (page > 0) line["page"] = page;
-    line["error"] = vx_status_name(status);
-    line["status"] = status;
-    line["message"] = message;
-    Print(line);
+  void Add(const std::string& file, const Failure& failure) override {
+    Json line;
+    AddFile(line, file);
+    if (failure.page > 0) line["page"] = failure.page;
+    if (failure.pages > 0) line["pages"] = failure.pages;
+    AddFailure(line, failure.status, failure.message);
+    PrintToStandardOutput(LineOf(line));
   }
 
   void Finish() override {}
-
- private:
-  using Json = nlohmann::ordered_json;
-
-  /// Names need not be UTF-8, JSON has to be.
-  static void Print(const Json& line) {
-    PrintToStandardOutput(line.dump(-1, ' ', true, Json::error_handler_t::replace) + "\n");
-  }
 };
 
 class InfoCommand {
@@ -122,6 +133,7 @@ class InfoCommand {
 
  private:
   static constexpr int kNoPage = 0;
+  static constexpr int kNotKnown = 0;
 
   static int ParsePage(const std::string& page) {
     if (page.empty() || page == kAllPages) return kNoPage;
@@ -133,7 +145,7 @@ class InfoCommand {
     std::optional<Input> input = Open(file);
     if (!input) return;
     if (page_ != kNoPage) {
-      ListPage(file, input->Source(), page_);
+      ListPage(file, input->Source(), page_, kNotKnown);
     } else {
       ListAllPages(file, input->Source());
     }
@@ -142,58 +154,45 @@ class InfoCommand {
   std::optional<Input> Open(const std::string& file) try {
     return std::optional<Input>(std::in_place, file.c_str());
   } catch (const vx::Error& error) {
-    Fail(error, file, kNoPage);
+    Fail(error, file, kNoPage, kNotKnown);
     return std::nullopt;
   } catch (const FileError& error) {
     ReportMessage(error.what());
-    listing_->AddFailure(file, kNoPage, error.status(), error.what());
+    listing_->Add(file, Failure{kNoPage, kNotKnown, error.status(), error.what()});
     exitCode_ = kExitFailed;
     return std::nullopt;
   }
 
-  bool ListPage(const std::string& file, vx::Source& source, int page) try {
+  void ListPage(const std::string& file, const vx::Source& source, int page, int pages) try {
     listing_->Add(file, source.Describe(page));
-    return true;
   } catch (const vx::Error& error) {
-    Fail(error, file, page);
-    return false;
+    Fail(error, file, page, pages);
   }
 
-  /// A hostile directory may announce 65535 pages, each of which takes a look at all others to describe, or
-  /// as many pages of nothing. So the list ends after a few bad ones, and, unless all pages were asked for,
-  /// after more than any real file has.
-  void ListAllPages(const std::string& file, vx::Source& source) {
+  /// A hostile directory may announce 65535 pages, each of which takes a look at all others to describe. So,
+  /// unless all pages were asked for, the list ends after more than any real file has.
+  void ListAllPages(const std::string& file, const vx::Source& source) try {
     constexpr int kPagesListed = 100;
-    constexpr int kFailuresShown = 3;
     const int pages = CountPages(source);
+    if (pages == kNotKnown) return ListPage(file, source, 1, kNotKnown);
     const int last = all_ ? pages : std::min(pages, kPagesListed);
-    int failures = 0;
-    int page = 1;
-    for (; page <= last && (all_ || failures < kFailuresShown); ++page) {
-      if (!ListPage(file, source, page)) ++failures;
-    }
-    if (page > pages) return;
+    for (int page = 1; page <= last; ++page) ListPage(file, source, page, pages);
+    if (last == pages) return;
     ReportMessage(fmt::format("{}: {} pages; those from {} on were left out, --page all lists them",
-                              Printable(InputName(file.c_str())), pages, page));
+                              Printable(InputName(file.c_str())), pages, last + 1));
+  } catch (const vx::Error& error) {
+    Fail(error, file, kNoPage, kNotKnown);
   }
 
-  /// Every good page knows how many there are, so one that can be read is looked for. A file without any
-  /// counts as one page, whose failure then speaks for the file.
-  static int CountPages(vx::Source& source) {
-    constexpr int kPagesTried = 4;
-    for (int page = 1; page <= kPagesTried; ++page) {
-      try {
-        return source.Describe(page).page_count;
-      } catch (const vx::Error& error) {
-        if (error.status() == VX_BAD_PAGE) return std::max(page - 1, 1);
-      }
-    }
-    return 1;
+  /// Files without a directory have one page, whose failure speaks for the file.
+  static int CountPages(const vx::Source& source) {
+    const std::optional<vx_directory_info> directory = FindDirectory(source);
+    return directory ? directory->page_count : kNotKnown;
   }
 
-  void Fail(const vx::Error& error, const std::string& file, int page) {
+  void Fail(const vx::Error& error, const std::string& file, int page, int pages) {
     ReportFailure(error, {.file = InputName(file.c_str())});
-    listing_->AddFailure(file, page, error.status(), ProblemOf(error));
+    listing_->Add(file, Failure{page, pages, error.status(), ProblemOf(error)});
     exitCode_ = kExitFailed;
   }
 

@@ -19,7 +19,7 @@ namespace {
 class Selector {
  public:
   Selector(const vx::Source& source, std::string_view file)
-      : source_(source), file_(file), count_(source.Describe().page_count) {}
+      : source_(source), file_(file), count_(CountPages(source)) {}
 
   void Add(std::string_view item) {
     if (const std::optional<int> number = ParseInt(item, 1)) return AddRange(item, *number, *number);
@@ -91,6 +91,19 @@ class Selector {
 };
 
 }  // namespace
+
+std::optional<vx_directory_info> FindDirectory(const vx::Source& source) try {
+  const vx_directory_info directory = source.DescribeDirectory();
+  return directory.page_count > 0 ? std::optional(directory) : std::nullopt;
+} catch (const vx::Error& error) {
+  if (error.status() == VX_BAD_FORMAT) return std::nullopt;
+  throw;
+}
+
+int CountPages(const vx::Source& source) {
+  const std::optional<vx_directory_info> directory = FindDirectory(source);
+  return directory ? directory->page_count : source.Describe().page_count;
+}
 
 std::vector<int> SelectPages(std::string_view selection, const vx::Source& source, std::string_view file) {
   Selector selector(source, file);

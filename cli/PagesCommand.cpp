@@ -4,13 +4,13 @@
 
 #include <algorithm>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "Facts.h"
 #include "Input.h"
+#include "Json.h"
 #include "Output.h"
 #include "PageSelection.h"
 #include "Pages.h"
@@ -26,22 +26,29 @@ struct ListArguments {
   bool json = false;
 };
 
-/// What is known of a page: of one that is damaged, only where it lies.
+/// What is known of a page: of one that is damaged, only where it is said to lie.
 struct Page {
   int number;
   vx_page_info place;
   std::optional<vx_info> info;
+  std::optional<vx::Error> failure;  // where there is no info
 };
 
 /// Describes a page as far as that goes; says what is wrong where it does not.
 Page LookAt(const vx::Source& source, int number, const std::string& file) {
-  Page page = {number, source.DescribePage(number), std::nullopt};
+  Page page = {number, source.DescribePage(number), std::nullopt, std::nullopt};
   try {
     page.info = source.Describe(number);
   } catch (const vx::Error& error) {
     ReportFailure(error, {.file = file});
+    page.failure = error;
   }
   return page;
+}
+
+std::string_view FormOf(const Page& page) {
+  if (page.failure) return "bad";
+  return page.place.is_png != 0 ? "PNG" : "bitmap";
 }
 
 TableRow RowOf(const Page& page, bool isCursor) {
@@ -49,7 +56,7 @@ TableRow RowOf(const Page& page, bool isCursor) {
   TableRow row = {fmt::to_string(page.number),
                   page.info ? SizeText(*page.info) : "?",
                   page.info ? fmt::to_string(page.info->bits_per_pixel) : "?",
-                  place.is_png != 0 ? "PNG" : "bitmap",
+                  std::string(FormOf(page)),
                   fmt::to_string(place.size),
                   fmt::to_string(place.offset)};
   if (isCursor) row.push_back(fmt::format("{},{}", place.hot_x, place.hot_y));
@@ -68,7 +75,6 @@ void PrintTable(const std::vector<Page>& pages, bool isCursor, uint64_t unrefere
 }
 
 void PrintJson(const std::vector<Page>& pages, bool isCursor, uint64_t unreferenced) {
-  using Json = nlohmann::ordered_json;
   std::string text;
   for (const Page& page : pages) {
     Json line = {{"page", page.number}};
@@ -77,24 +83,24 @@ void PrintJson(const std::vector<Page>& pages, bool isCursor, uint64_t unreferen
       line["height"] = page.info->height;
       line["bits_per_pixel"] = page.info->bits_per_pixel;
     }
-    line["form"] = page.place.is_png != 0 ? "PNG" : "bitmap";
+    line["form"] = FormOf(page);
     line["bytes"] = page.place.size;
     line["offset"] = page.place.offset;
     if (isCursor) line["hot_spot"] = {page.place.hot_x, page.place.hot_y};
-    text.append(line.dump()).append("\n");
+    if (page.failure) AddFailure(line, page.failure->status(), ProblemOf(*page.failure));
+    text += LineOf(line);
   }
-  text.append(Json{{"unreferenced_bytes", unreferenced}}.dump()).append("\n");
-  PrintToStandardOutput(text);
+  PrintToStandardOutput(text + LineOf({{"unreferenced_bytes", unreferenced}}));
 }
 
 ExitCode List(const ListArguments& arguments) try {
   Input input(arguments.file.c_str());
   const vx::Source& source = input.Source();
   const uint64_t unreferenced = source.UnreferencedBytes();
-  const vx_info first = source.Describe();
-  const bool isCursor = first.format == VX_FORMAT_CUR;
+  const int count = CountPages(source);
+  const bool isCursor = source.DescribeDirectory().is_cursor != 0;
   std::vector<Page> pages;
-  for (int number = 1; number <= first.page_count; ++number) {
+  for (int number = 1; number <= count; ++number) {
     pages.push_back(LookAt(source, number, InputName(arguments.file.c_str())));
   }
   const auto print = arguments.json ? PrintJson : PrintTable;
@@ -104,6 +110,11 @@ ExitCode List(const ListArguments& arguments) try {
   return isWhole ? kExitOk : kExitFailed;
 } catch (const vx::Error& error) {
   ReportFailure(error, {.file = InputName(arguments.file.c_str())});
+  if (arguments.json) {
+    Json line;
+    AddFailure(line, error.status(), ProblemOf(error));
+    PrintToStandardOutput(LineOf(line));
+  }
   return kExitFailed;
 }
 

@@ -71,7 +71,7 @@ int ParseIconDepth(const std::string& bits) {
 }
 
 bool IsCursorFile(const std::string& file) try {
-  return vx::Source::File(file).Describe().format == VX_FORMAT_CUR;
+  return vx::Source::File(file).DescribeDirectory().is_cursor != 0;
 } catch (const vx::Error&) {
   return false;  // what is wrong with it the edit says
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -41,36 +42,66 @@ std::string NameFor(const ExtractArguments& arguments, const vx_info& info) {
   return name;
 }
 
-void ExtractPage(const vx::Source& source, int page, const std::string& out) {
-  const vx::SaveOptions options = SaveArguments().Describe(out, VX_PALETTE_BEST);
-  const vx::Bitmap picture = source.Load(page);
-  const vx_save_plan plan = picture.Plan(options);
-  WritePicture(picture, out.c_str(), options);
-  RemarkOnLosses(out, options, plan, "a PNG file");
-}
+/// Takes out what can be taken out; a bad page is told of and keeps no other from it.
+class Extraction {
+ public:
+  Extraction(const ExtractArguments& arguments, const vx::Source& source)
+      : arguments_(arguments), source_(source) {}
 
-/// The names of the files to write, which must differ.
-std::vector<std::string> NamesFor(const ExtractArguments& arguments, const vx::Source& source,
-                                  const std::vector<int>& pages) {
-  std::vector<std::string> names;
-  for (const int page : pages) {
-    std::string name = NameFor(arguments, source.Describe(page));
-    if (std::find(names.begin(), names.end(), name) != names.end()) {
-      throw UsageError(fmt::format("-o {}: several pages would become {}; the name needs {{page}}",
-                                   Printable(arguments.pattern), Printable(name)));
-    }
-    names.push_back(std::move(name));
+  ExitCode Run() {
+    const std::vector<Job> jobs = PlanJobs();
+    for (const Job& job : jobs) Extract(job);
+    return exitCode_;
   }
-  return names;
-}
+
+ private:
+  struct Job {
+    int page;
+    std::string out;
+  };
+
+  /// The files to write, whose names must differ.
+  std::vector<Job> PlanJobs() {
+    std::vector<Job> jobs;
+    for (const int page : SelectPages(arguments_.selection, source_, arguments_.file)) {
+      const std::optional<vx_info> info = OrReport([&] { return source_.Describe(page); });
+      if (!info) continue;
+      std::string out = NameFor(arguments_, *info);
+      if (std::any_of(jobs.begin(), jobs.end(), [&](const Job& job) { return job.out == out; })) {
+        throw UsageError(fmt::format("-o {}: several pages would become {}; the name needs {{page}}",
+                                     Printable(arguments_.pattern), Printable(out)));
+      }
+      jobs.push_back({page, std::move(out)});
+    }
+    return jobs;
+  }
+
+  void Extract(const Job& job) {
+    const vx::SaveOptions options = SaveArguments().Describe(job.out, VX_PALETTE_BEST);
+    const std::optional<vx::Bitmap> picture = OrReport([&] { return source_.Load(job.page); });
+    if (!picture) return;
+    const vx_save_plan plan = picture->Plan(options);
+    WritePicture(*picture, job.out.c_str(), options);
+    RemarkOnLosses(job.out, options, plan, "a PNG file");
+  }
+
+  template <class Reads>
+  auto OrReport(const Reads& reads) -> std::optional<decltype(reads())> try {
+    return reads();
+  } catch (const vx::Error& error) {
+    ReportFailure(error, {.file = InputName(arguments_.file.c_str())});
+    exitCode_ = kExitFailed;
+    return std::nullopt;
+  }
+
+  const ExtractArguments& arguments_;
+  const vx::Source& source_;
+  ExitCode exitCode_ = kExitOk;
+};
 
 ExitCode Extract(const ExtractArguments& arguments) try {
   Input input(arguments.file.c_str());
-  const vx::Source& source = input.Source();
-  const std::vector<int> pages = SelectPages(arguments.selection, source, arguments.file);
-  const std::vector<std::string> names = NamesFor(arguments, source, pages);
-  for (size_t i = 0; i < pages.size(); ++i) ExtractPage(source, pages[i], names[i]);
-  return kExitOk;
+  return Extraction(arguments, input.Source()).Run();
 } catch (const vx::Error& error) {
   ReportFailure(error, {.file = InputName(arguments.file.c_str())});
   return kExitFailed;

@@ -45,6 +45,20 @@ CodePoint Decode(std::string_view text) {
   return IsShortestForm(point) ? point : CodePoint{};
 }
 
+/// Takes the character away from the front of `text`, or the byte that is none.
+std::string_view Take(std::string_view& text, const CodePoint& point) {
+  const std::string_view character = text.substr(0, std::max<size_t>(point.length, 1));
+  text.remove_prefix(character.size());
+  return character;
+}
+
+/// \xNN for every byte.
+std::string Escaped(std::string_view bytes) {
+  std::string result;
+  for (const char byte : bytes) result += fmt::format("\\x{:02X}", static_cast<unsigned char>(byte));
+  return result;
+}
+
 /// Controls, line and direction marks, and what takes no space: all that could make text lie.
 bool IsTreacherous(char32_t value) {
   struct Range {
@@ -64,17 +78,26 @@ std::string Printable(std::string_view text) {
   std::string result;
   while (!text.empty()) {
     const CodePoint point = Decode(text);
-    const size_t taken = std::max<size_t>(point.length, 1);
-    if (point.length != 0 && !IsTreacherous(point.value)) {
-      if (point.value == U'\\') result += '\\';
-      result += text.substr(0, taken);
-    } else {
-      for (const char byte : text.substr(0, taken)) {
-        result += fmt::format("\\x{:02X}", static_cast<unsigned char>(byte));
-      }
-    }
-    text.remove_prefix(taken);
+    const std::string_view character = Take(text, point);
+    if (point.value == U'\\') result += '\\';
+    result += point.length == 0 || IsTreacherous(point.value) ? Escaped(character) : std::string(character);
   }
+  return result;
+}
+
+std::string Utf8(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const CodePoint point = Decode(text);
+    const std::string_view character = Take(text, point);
+    result += point.length == 0 ? Escaped(character) : std::string(character);
+  }
+  return result;
+}
+
+std::string Hexadecimal(std::string_view bytes) {
+  std::string result;
+  for (const char byte : bytes) result += fmt::format("{:02x}", static_cast<unsigned char>(byte));
   return result;
 }
 

@@ -12,6 +12,12 @@ namespace cli {
 /// as \xNN, and backslashes doubled, so that two names never look the same.
 std::string Printable(std::string_view text);
 
+/// @return `text` with every byte that is not UTF-8 written as \xNN, and the rest as it is.
+std::string Utf8(std::string_view text);
+
+/// @return two digits a byte, 0 to 9 and a to f.
+std::string Hexadecimal(std::string_view bytes);
+
 /// @return the columns that printable UTF-8 text takes on a terminal.
 size_t DisplayWidth(std::string_view text);
 

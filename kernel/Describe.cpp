@@ -10,17 +10,20 @@
 #include "Explain.h"
 #include "Files.h"
 #include "FilterLoader.h"
+#include "MendedIcon.h"
 #include "PngCallbacks.h"
 #include "PngFile.h"
 
 namespace vxkrn {
 namespace {
 
-/// Has the filter look at the source. page is clamped into the file.
-int AskFilter(const Filter& filter, vx_source& source, int* page, IMAGEINFO* info, ReadTrace* trace) {
-  const Backend view = source.View();
+/// Has the filter look at what the view opens. page is clamped into the file.
+int LetFilterLook(const Filter& filter, const Backend& view, const char* name, int* page, IMAGEINFO* info,
+                  ReadTrace* trace) {
+  *info = IMAGEINFO{};
+  info->StructSize = sizeof *info;
   const BackendScope scope(view);
-  HANDLE file = VX_RedirectedOpen(source.Name(), VX_OPEN_READ, 0);
+  HANDLE file = VX_RedirectedOpen(name, VX_OPEN_READ, 0);
   if (file == InvalidHandle()) return FailForMemory("opening it", sizeof(OpenFile));
 
   LOADOPTIONS options = {};
@@ -37,6 +40,15 @@ int AskFilter(const Filter& filter, vx_source& source, int* page, IMAGEINFO* inf
   *trace = TraceOf(file);
   (void)VX_RedirectedClose(file);
   return status;
+}
+
+/// Has the filter look at the source, past other pages that are out of reach.
+int AskFilter(const Filter& filter, vx_source& source, int* page, IMAGEINFO* info, ReadTrace* trace) {
+  const int status = LetFilterLook(filter, source.View(), source.Name(), page, info, trace);
+  if (status != STATUS_READ_ERROR) return status;
+  MendedIcon mended(source);
+  if (!mended.MendFor(*page)) return status;
+  return LetFilterLook(filter, mended.View(), source.Name(), page, info, trace);
 }
 
 int PageCount(const IMAGEINFO& info) {
@@ -91,8 +103,6 @@ int Identify(vx_source& source, int page, IMAGEINFO* info) {
 
   CallContext context;
   const CallScope scope(&context);
-  *info = IMAGEINFO{};
-  info->StructSize = sizeof *info;
   int found = page;
   ReadTrace trace;
   status = AskFilter(*filter, source, &found, info, &trace);

@@ -50,10 +50,12 @@ std::uint64_t DirectoryBytes(std::size_t pages) {
   return sizeof(ICONDIR) + sizeof(ICONDIRENTRY) * pages;
 }
 
-/// Says where bytes stand once the bodies follow one another behind the directory.
+/// Says where bytes stand once the bodies follow one another behind the directory. What belongs to no body
+/// must not come to stand where the next page will be written: its entry would then show that page.
 class Relocation {
  public:
-  Relocation(const std::vector<Extent>& bodies, std::uint64_t directoryBytes) : bodies_(bodies) {
+  Relocation(const std::vector<Extent>& bodies, std::uint64_t directoryBytes, std::uint64_t fileSize)
+      : bodies_(bodies), directoryBytes_(directoryBytes), fileSize_(fileSize) {
     newBegins_.reserve(bodies.size());
     for (const Extent& body : bodies) {
       newBegins_.push_back(directoryBytes);
@@ -63,16 +65,20 @@ class Relocation {
   }
 
   [[nodiscard]] std::uint64_t Of(std::uint64_t old) const {
+    if (old < directoryBytes_) return old;
+    if (old >= fileSize_) return newEnd_ + (old - fileSize_);
     const auto behind =
         std::upper_bound(bodies_.begin(), bodies_.end(), old,
                          [](std::uint64_t at, const Extent& body) { return at < body.begin; });
-    if (behind == bodies_.begin() || old >= std::prev(behind)->end) return newEnd_;  // of no byte in the file
+    if (behind == bodies_.begin() || old >= std::prev(behind)->end) return 0;
     const auto body = std::prev(behind);
     return newBegins_[static_cast<std::size_t>(body - bodies_.begin())] + (old - body->begin);
   }
 
  private:
   const std::vector<Extent>& bodies_;
+  std::uint64_t directoryBytes_;
+  std::uint64_t fileSize_;
   std::vector<std::uint64_t> newBegins_;
   std::uint64_t newEnd_ = 0;
 };
@@ -135,18 +141,31 @@ bool IconReader::IsPng(const ICONDIRENTRY& entry) const noexcept {
   return ReadAt(entry.ImageOffset, start, sizeof start) && std::memcmp(start, kPngStart, sizeof start) == 0;
 }
 
-Extent IconReader::BodyOf(const ICONDIRENTRY& entry, std::uint64_t fileSize) const noexcept {
-  std::uint64_t bytes = entry.BytesInRes;
-  InfoHeader header = {};
-  if (ReadAt(entry.ImageOffset, &header, sizeof header)) bytes = std::max(bytes, ImageBytes(header));
+bool IconReader::IsWithinReach(const ICONDIRENTRY& entry) const noexcept {
+  constexpr std::uint32_t kSignature = 8;  // bytes of a PNG stream that tell it from a bitmap
+  const bool saysItsSize = entry.Width != 0 && entry.Height != 0;
+  unsigned char start[sizeof(InfoHeader)];
+  return ReadAt(entry.ImageOffset, start, saysItsSize ? kSignature : sizeof start);
+}
+
+Extent IconReader::BodyOf(const ICONDIRENTRY& entry, std::uint64_t directoryBytes,
+                          std::uint64_t fileSize) const noexcept {
   const std::uint64_t begin = std::min<std::uint64_t>(entry.ImageOffset, fileSize);
-  return {begin, std::min(begin + bytes, fileSize)};
+  InfoHeader header = {};
+  const std::uint64_t imageBytes =
+      ReadAt(entry.ImageOffset, &header, sizeof header) ? ImageBytes(header) : std::uint64_t{0};
+  const bool isPicture = imageBytes > 0 || IsPng(entry);
+  if (!isPicture && begin < directoryBytes) return {begin, begin};
+  return {begin, std::min(begin + std::max<std::uint64_t>(entry.BytesInRes, imageBytes), fileSize)};
 }
 
 std::vector<Extent> IconReader::Bodies(const IconDirectory& directory) const {
   std::vector<Extent> bodies;
   bodies.reserve(directory.entries.size());
-  for (const ICONDIRENTRY& entry : directory.entries) bodies.push_back(BodyOf(entry, directory.fileSize));
+  const std::uint64_t directoryBytes = DirectoryBytes(directory.entries.size());
+  for (const ICONDIRENTRY& entry : directory.entries) {
+    bodies.push_back(BodyOf(entry, directoryBytes, directory.fileSize));
+  }
   std::sort(bodies.begin(), bodies.end(), [](const Extent& a, const Extent& b) { return a.begin < b.begin; });
   std::vector<Extent> merged;
   for (const Extent& body : bodies) {
@@ -179,9 +198,10 @@ int Compact(MemoryTarget* file) {
   const std::vector<Extent> bodies = reader.Bodies(directory);
   if (!bodies.empty() && bodies.front().begin < directoryBytes) {
     return Fail(STATUS_BAD_FORMAT, "the page at byte ", bodies.front().begin,
-                " lies in the directory, which ends at byte ", directoryBytes);
+                " lies in the directory, which ends at byte ", directoryBytes,
+                "; delete or replace it first");
   }
-  const Relocation relocation(bodies, directoryBytes);
+  const Relocation relocation(bodies, directoryBytes, directory.fileSize);
   std::vector<std::uint8_t> compact(file->Data(), file->Data() + directoryBytes);
   for (std::size_t i = 0; i < directory.entries.size(); ++i) {
     ICONDIRENTRY& entry = directory.entries[i];

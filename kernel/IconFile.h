@@ -46,10 +46,14 @@ class IconReader {
   /// ends before it
   [[nodiscard]] bool ReadEntry(int page, ICONDIRENTRY* entry) const noexcept;
   [[nodiscard]] bool IsPng(const ICONDIRENTRY& entry) const noexcept;
+  /// Whether so much of the page is there that a filter can tell of what kind it is.
+  [[nodiscard]] bool IsWithinReach(const ICONDIRENTRY& entry) const noexcept;
   /// The page's body as far as the file has it: what the directory says or, because readers go by that, what
   /// the body's own header says if it is more.
-  [[nodiscard]] Extent BodyOf(const ICONDIRENTRY& entry, std::uint64_t fileSize) const noexcept;
-  /// All bodies in the order of the file; those that touch are one. Throws std::bad_alloc.
+  [[nodiscard]] Extent BodyOf(const ICONDIRENTRY& entry, std::uint64_t directoryBytes,
+                              std::uint64_t fileSize) const noexcept;
+  /// All bodies in the order of the file; those that touch are one. What begins in the directory and is no
+  /// picture is none. Throws std::bad_alloc.
   [[nodiscard]] std::vector<Extent> Bodies(const IconDirectory& directory) const;
 
  private:
@@ -62,8 +66,9 @@ class IconReader {
 /// Bytes of the file that are neither directory nor body.
 [[nodiscard]] std::uint64_t UnreferencedBytes(const IconReader& reader, const IconDirectory& directory);
 
-/// Leaves the directory and the bodies, in their order and unchanged. Throws std::bad_alloc.
-/// @return STATUS_OK, or STATUS_BAD_FORMAT with its detail set where a body lies in the directory
+/// Leaves the directory and the bodies, in their order and unchanged. Entries without a body keep their
+/// distance from the file's beginning or end. Throws std::bad_alloc.
+/// @return STATUS_OK, or STATUS_BAD_FORMAT with its detail set where a picture begins in the directory
 [[nodiscard]] int Compact(MemoryTarget* file);
 
 }  // namespace vxkrn

@@ -49,7 +49,7 @@ bool FindLimits(int format, vx_format_limits* limits) {
     return true;
   }
   const contract::SaveRule& rule = contract::SaveRuleOf(format);
-  if (rule.format != format) return false;
+  if (&rule == &contract::kOtherFormats) return false;
   constexpr int kLargestInCoreHeader = 0xFFFF;
   *limits = {rule.depths.bits, format == FMT_OS2 ? kLargestInCoreHeader : rule.largestSide};
   return true;

@@ -188,6 +188,12 @@ class Source {
     options.page = page;
     return Load(options);
   }
+  /// What an icon or cursor file says of itself, whatever its pages are like.
+  [[nodiscard]] vx_directory_info DescribeDirectory() const {
+    vx_directory_info info;
+    Check(vx_directory_describe(source_.get(), &info));
+    return info;
+  }
   /// Where a page of an icon or cursor file lies.
   [[nodiscard]] vx_page_info DescribePage(int page) const {
     vx_page_info info;

@@ -133,7 +133,7 @@ VX_API void vx_close(vx_source* source);
 
 /**
  * Describes one page. Pages count from 1; for icon and cursor files a page out of range is
- * VX_BAD_PAGE, and files of a single image have page 1 alone.
+ * VX_BAD_PAGE, and files of a single image have page 1 alone. What is wrong with other pages is no matter.
  */
 VX_API int vx_describe(vx_source* source, int page, vx_info* info);
 
@@ -299,6 +299,18 @@ VX_API int vx_save_memory(const vx_bitmap* bitmap, const vx_save_options* option
 /* ---- Pages of icon and cursor files -----------------------------------------------------------------------
  */
 
+/** What an icon or cursor file says of itself, whatever its pages are like. */
+typedef struct vx_directory_info {
+  int is_cursor;  /**< nonzero: a cursor file */
+  int page_count; /**< entries of the directory, 0 to 65535; a damaged page is one, too */
+} vx_directory_info;
+
+/**
+ * Tells of a file what its directory says; looks at no page. @return VX_BAD_FORMAT for files that are neither
+ * icons nor cursors, VX_READ_ERROR where the file ends in the middle of its directory
+ */
+VX_API int vx_directory_describe(vx_source* source, vx_directory_info* info);
+
 /** Where one page lies in an icon or cursor file, by its directory. */
 typedef struct vx_page_info {
   int is_png;      /**< nonzero: the body is a PNG stream */
@@ -351,7 +363,10 @@ VX_API int vx_edit_replace(vx_edit* edit, int page, const vx_bitmap* bitmap, con
 VX_API int vx_edit_delete(vx_edit* edit, int page);
 /** Sets the hot spot of a cursor's page, 0 to 65535 each. */
 VX_API int vx_edit_set_hot_spot(vx_edit* edit, int page, int x, int y);
-/** Drops the bytes that belong to no page. Bodies stay as they are, bit for bit, and in their order. */
+/**
+ * Drops the bytes that belong to no page. Bodies stay as they are, bit for bit, and in their order; an entry
+ * that points to no byte of the file, or into the directory where there is no picture, still does so.
+ */
 VX_API int vx_edit_compact(vx_edit* edit);
 /** Stores the edited file; after that, or after an edit that failed half way, it can only be closed. */
 VX_API int vx_edit_commit(vx_edit* edit);

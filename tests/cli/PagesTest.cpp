@@ -35,7 +35,7 @@ class PagesTest : public testing::Test {
     }
   }
 
-  /// "16x16@4 24x24@8 ...", PNG pages with a P behind, and the bytes that belong to none.
+  /// "16x16@4 24x24@8 ...", PNG pages with a P behind, "bad" pages, and the bytes that belong to none.
   std::string Listed(const std::string& file) {
     std::istringstream lines(shell_.Run("vxbmp pages --json " + file).out);
     std::string text;
@@ -43,6 +43,11 @@ class PagesTest : public testing::Test {
       const auto page = nlohmann::json::parse(line);
       if (page.contains("unreferenced_bytes"))
         return text + std::to_string(page["unreferenced_bytes"].get<int>());
+      EXPECT_EQ(page["form"] == "bad", page.contains("message")) << line;
+      if (page["form"] == "bad") {
+        text += "bad ";
+        continue;
+      }
       text += std::to_string(page["width"].get<int>()) + "x" + std::to_string(page["height"].get<int>()) +
               "@" + std::to_string(page["bits_per_pixel"].get<int>()) + (page["form"] == "PNG" ? "P " : " ");
     }
@@ -83,6 +88,80 @@ TEST_F(PagesTest, ExtractsAndRefusesToOverwriteItself) {
   }
   EXPECT_EQ(shell_.Read("icon-sizes-4.png"), shell_.Read("soft.png"));
   Expect(2, "pages extract icon-sizes.ico -o same.png", "{page}");
+}
+
+void Put32(std::string& file, size_t at, uint32_t value) {
+  for (size_t i = 0; i < 4; ++i) file[at + i] = static_cast<char>(value >> 8 * i);
+}
+
+TEST_F(PagesTest, ABadPageIsNoMatterOfTheOthers) {
+  // What becomes of page 2: its entry at byte 22 has its size at byte 30 and its offset at byte 34; its body,
+  // which is at byte 366, may be another one at the end.
+  const std::string good = shell_.Read("icon-sizes.ico");
+  const auto size = static_cast<uint32_t>(good.size());
+  const std::string png = shell_.Read("soft.png");
+  struct Damage {
+    const char* name;
+    uint32_t bytes;
+    uint32_t offset;
+    std::string body;
+  };
+  const Damage kDamages[] = {{"past the end", 1736, size + 1000, ""},
+                             {"at the end of what a file can have", 1736, 0xFFFFFFFF, ""},
+                             {"of whose header 4 bytes are there", 1736, size - 4, ""},
+                             {"of whose header 20 bytes are there", 1736, size - 20, ""},
+                             {"of no bytes, at the beginning", 0, 0, ""},
+                             {"in the directory", 20000, 10, ""},
+                             {"garbage", 1736, size, std::string(1736, '\xA5')},
+                             {"a PNG stream that is cut off", 5000, size, png.substr(0, 100)},
+                             {"a PNG stream of no bytes", 0, size, png},
+                             {"a PNG stream cut off in its headers", 30, size, png.substr(0, 30)}};
+  for (const Damage& damage : kDamages) {
+    SCOPED_TRACE(damage.name);
+    std::string bad = good + damage.body;
+    bad[22] = bad[23] = '\0';  // a side of 256 pixels, so that its header is looked at for others
+    Put32(bad, 30, damage.bytes);
+    Put32(bad, 34, damage.offset);
+    const auto restore = [&] { shell_.Write("bad.ico", bad); };
+    restore();
+    EXPECT_TRUE(Listed("bad.ico").starts_with("16x16@4 bad 32x32@24 48x48@32 ")) << Listed("bad.ico");
+    Expect(1, "pages bad.ico", "bad.ico, page 2: ");
+    Expect(1, "info bad.ico", "bad.ico, page 2: ");
+    EXPECT_NE(shell_.Run("vxbmp info bad.ico").out.find("2/4   bad"), std::string::npos);
+    const std::string json = shell_.Run("vxbmp info --json bad.ico").out;
+    EXPECT_EQ(std::count(json.begin(), json.end(), '\n'), 4) << json;
+    Expect(0, "convert bad.ico one.png --page 3");
+    Expect(1, "pages extract bad.ico -o out{page}.png", "bad.ico, page 2: ");
+    Expect(0, "pages extract bad.ico --page 1,48x48 -o out{page}.png");
+    EXPECT_EQ(shell_.Read("out4.png"), png);
+    EXPECT_EQ(shell_.Run("rm out1.png out3.png out4.png").code, 0);
+    Expect(0, "icon bad.ico -o new.ico", "page 2 is left out");
+    EXPECT_EQ(Listed("new.ico"), "16x16@4 24x24@32P 32x32@24 48x48@32P 0") << "24x24 is made anew";
+    Expect(0, "pages compact bad.ico");
+    Expect(0, "pages add bad.ico soft.png");
+    EXPECT_TRUE(Listed("bad.ico").starts_with("16x16@4 bad 32x32@24 48x48@32 48x48@32P "));
+    restore();
+    Expect(0, "pages delete bad.ico --page 1,3-4");
+    Expect(1, "icon bad.ico -o new.ico", "bad.ico: ");
+    restore();
+    Expect(0, "pages delete bad.ico --page 2");
+    EXPECT_TRUE(Listed("bad.ico").starts_with("16x16@4 32x32@24 48x48@32 ")) << Listed("bad.ico");
+    restore();
+    Expect(0, "pages replace bad.ico soft.png --page 2");
+    Expect(0, "pages bad.ico");
+  }
+  std::string cursor = shell_.Read("cursor-sizes.cur");
+  Put32(cursor, 18, 0x7FFFFFFF);
+  shell_.Write("bad.cur", cursor);
+  Expect(1, "pages bad.cur", "bad.cur, page 1: ");
+  Expect(0, "pages add bad.cur win-24bit.bmp --bits 8");
+  EXPECT_TRUE(Listed("bad.cur").starts_with("bad 48x48@32 61x48@8 ")) << Listed("bad.cur");
+  shell_.Write("cut.ico", good.substr(0, 40));
+  for (const char* command :
+       {"pages cut.ico", "info cut.ico", "pages delete cut.ico --page 1", "icon cut.ico -o a.ico",
+        "pages extract cut.ico", "convert cut.ico a.png", "pages compact cut.ico"}) {
+    Expect(1, command, "the file ends at byte 40, in the middle of the directory of its 4 pages");
+  }
 }
 
 TEST_F(PagesTest, WhatCannotBeMeantChangesNothing) {

@@ -40,6 +40,14 @@ void ExpectFailure(int status, const std::string& word, const Call& call) {
   }
 }
 
+template <class Call>
+int StatusOf(const Call& call) try {
+  call();
+  return VX_OK;
+} catch (const vx::Error& error) {
+  return error.status();
+}
+
 vx::Bitmap Soft(int side) {
   return WithAlpha(side, side, [](int x, int y) -> Pixel {
     return {static_cast<uint8_t>(7 * x), static_cast<uint8_t>(y), 5, static_cast<uint8_t>(1 + 9 * x)};
@@ -138,10 +146,85 @@ TEST_F(Editing, ABodyThatIsLongerThanTheDirectorySaysIsKept) {
   edit.Compact();
   edit.Commit();
   EXPECT_TRUE(PicturesOf(icon_) == pictures);
-  file[18] = 10;  // its offset, in the directory
+}
+
+/// Little-endian numbers in an icon file's directory.
+void SetEntry(std::string* file, int page, uint32_t size, uint32_t offset) {
+  const size_t at = 6 + 16 * static_cast<size_t>(page - 1) + 8;
+  for (size_t i = 0; i < 4; ++i) {
+    (*file)[at + i] = static_cast<char>(size >> 8 * i);
+    (*file)[at + 4 + i] = static_cast<char>(offset >> 8 * i);
+  }
+}
+
+TEST_F(Editing, CompactionKeepsWhatPagesShareAndWhatTheyLack) {
+  {
+    vx::Edit edit(icon_);
+    for (int i = 0; i < 4; ++i) edit.Add(Noise(9, 9, 24));
+    edit.Commit();
+  }
+  // Page 1 of 5 has 1384 bytes from byte 86 on: a header of 40, 256 colours of 4, 256 pixels, a mask of 64.
+  std::string file = Read(icon_);
+  const auto size = static_cast<uint32_t>(file.size());
+  const std::string inner = file.substr(vx::Source::File(icon_).DescribePage(2).offset, 40 + 9 * (28 + 4));
+  file.replace(86 + 1064, inner.size(), inner);  // over the pixels of page 1, and beyond
+  SetEntry(&file, 2, static_cast<uint32_t>(inner.size()), 86 + 1064);
+  SetEntry(&file, 3, 0, 86 + 1384 + 40);  // of no bytes, in what belongs to nobody
+  SetEntry(&file, 4, 50, size + 7);
   Write(icon_, file);
-  vx::Edit overlapping(icon_);
-  ExpectFailure(VX_BAD_FORMAT, "lies in the directory", [&] { overlapping.Compact(); });
+  const vx::Source before = vx::Source::File(icon_);
+  const Bytes outside = before.Load(1).Rgba();
+  const Bytes inside = before.Load(2).Rgba();
+  const Bytes last = before.Load(5).Rgba();
+  {
+    vx::Edit edit(icon_);
+    edit.Compact();
+    edit.Add(Soft(20));  // behind the last body, where no entry may point by chance
+    edit.Commit();
+  }
+  const vx::Source after = vx::Source::File(icon_);
+  EXPECT_EQ(after.DescribePage(2).offset, after.DescribePage(1).offset + 1064);
+  EXPECT_EQ(after.DescribePage(3).offset, 16U);  // 0, and an entry more
+  EXPECT_EQ(after.DescribePage(4).offset, after.DescribePage(6).offset + 7);
+  EXPECT_LT(after.DescribePage(6).offset, size);
+  EXPECT_EQ(before.Describe(1).format, VX_FORMAT_ICO);  // which it takes a look at page 4 to tell
+  EXPECT_EQ(after.Describe(1).format, VX_FORMAT_VISTA_ICO);
+  EXPECT_TRUE(after.Load(1).Rgba() == outside);
+  EXPECT_TRUE(after.Load(2).Rgba() == inside);
+  EXPECT_TRUE(after.Load(5).Rgba() == last);
+
+  // The entries of pages 2 to 4 become the header of page 1: 40 bytes, 1 x 2 pixels of 24 bits.
+  const char header[] = {40, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 1, 0, 24, 0, 0, 0, 0, 0};
+  file.replace(22, sizeof header, header, sizeof header);
+  SetEntry(&file, 1, 48, 22);
+  Write(icon_, file);
+  vx::Edit edit(icon_);
+  ExpectFailure(VX_BAD_FORMAT, "lies in the directory", [&] { edit.Compact(); });
+  vx::Edit inPlace(cursor_, VX_EDIT_IN_PLACE);
+  const std::string cursor = Read(cursor_);
+  ExpectFailure(VX_NOT_SUPPORTED, "compacted in place", [&] { inPlace.Compact(); });
+  EXPECT_EQ(Read(cursor_), cursor);
+}
+
+TEST_F(Editing, AfterAnEditThatFailedHalfWayNothingIsStored) {
+  const std::string before = Read(icon_);
+  const vx::Bitmap picture = Noise(40, 40, 24);
+  int failures = 0;
+  for (uint64_t room = 1; Read(icon_) == before; room += 500 + room / 8) {
+    vx::Edit edit(icon_);
+    vx_set_memory_limit(vx_memory_in_use() + room);
+    const int status = StatusOf([&] { edit.Add(picture); });
+    vx_set_memory_limit(0);
+    if (status == VX_OK) {
+      edit.Commit();
+    } else if (StatusOf([&] { EXPECT_EQ(edit.PageCount(), 1); }) != VX_OK) {  // it had begun
+      ++failures;
+      ExpectFailure(VX_BAD_PARAMETER, "failed half way", [&] { edit.Add(picture); });
+      ExpectFailure(VX_BAD_PARAMETER, "failed half way", [&] { edit.Commit(); });
+    }
+  }
+  EXPECT_GT(failures, 0);
+  EXPECT_EQ(PicturesOf(icon_).size(), 2U);
 }
 
 TEST_F(Editing, CursorsKeepTheirHotSpots) {

@@ -80,6 +80,7 @@ TEST(Plan, RefusesWhatAFormatHasNoRoomFor) {
       {with(VX_FORMAT_OS2, 0), 65536, VX_BAD_DIMENSIONS, "65535"},
       {with(VX_FORMAT_RAW, 0), 8, VX_NOT_SUPPORTED, "raw"},
       {with(12345, 0), 8, VX_NOT_SUPPORTED, "12345"},
+      {with(0, 0), 8, VX_NOT_SUPPORTED, "format 0"},
       {with(VX_FORMAT_OS2, 16, 1), 8, VX_BAD_PARAMETER, "5-6-5"},
       {with(VX_FORMAT_BMP, 8, 1), 8, VX_BAD_PARAMETER, "5-6-5"},
       {with(VX_FORMAT_BMP, 8, 0, 2), 8, VX_BAD_PARAMETER, "palette"},
@@ -94,6 +95,9 @@ TEST(Plan, RefusesWhatAFormatHasNoRoomFor) {
     size_t size = 1;
     EXPECT_EQ(vx_save_memory(picture.Get(), &refusal.options, &bytes, &size), refusal.status);
     EXPECT_EQ(size, 0U);
+    vx_format_limits limits;
+    const bool isSaved = refusal.status != VX_NOT_SUPPORTED;
+    EXPECT_EQ(vx_format_describe(refusal.options.format, &limits), isSaved ? VX_OK : VX_NOT_SUPPORTED);
   }
   EXPECT_EQ(vx_plan_save(nullptr, nullptr, nullptr), VX_BAD_PARAMETER);
   EXPECT_EQ(vx_save_file(nullptr, nullptr, nullptr), VX_BAD_PARAMETER);
