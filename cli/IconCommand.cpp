@@ -122,8 +122,8 @@ void AddPage(vx::Edit& edit, const Picture& source, int size, int pngFrom) {
 
 /// Under another name the icon would be taken for another kind of file.
 void RequireIconName(const std::string& out) {
-  if (out == kStandardStream)
-    throw UsageError("-o -: an icon cannot be written to standard output; name a file");
+  RefuseTerminal(out.c_str());
+  if (out == kStandardStream) return;
   std::string ending = std::filesystem::path(out).extension().string();
   std::transform(ending.begin(), ending.end(), ending.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -142,7 +142,7 @@ ExitCode MakeIcon(const IconArguments& arguments) {
   if (!pictures) return kExitFailed;
   if (sizes.empty()) sizes = SizesFor(*pictures);
   try {
-    vx::Edit edit(arguments.out, VX_EDIT_NEW);
+    vx::Edit edit(arguments.out == kStandardStream ? "/dev/stdout" : arguments.out, VX_EDIT_NEW);
     for (const int size : sizes) AddPage(edit, SourceFor(*pictures, size), size, pngFrom);
     edit.Commit();
   } catch (const vx::Error& error) {
@@ -159,7 +159,9 @@ Action DeclareIcon(CLI::App& command) {
   command
       .add_option("IMAGE", arguments->images, "picture, or pictures in several sizes; - is standard input")
       ->required();
-  command.add_option("-o", arguments->out, "icon file to write")->option_text("FILE")->required();
+  command.add_option("-o", arguments->out, "icon file to write; - is standard output")
+      ->option_text("FILE")
+      ->required();
   command
       .add_option("--sizes", arguments->sizes,
                   "sides of the pages, in pixels; 16,24,32,48,64,128,256\n"

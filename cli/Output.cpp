@@ -6,8 +6,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
-#include <optional>
 #include <string>
 
 #include "Errors.h"
@@ -46,24 +44,12 @@ void WriteAll(int descriptor, const void* data, size_t size, std::string_view na
   }
 }
 
-/// The descriptor that a name stands for, where it names one of this process and not a file.
-std::optional<int> NamedDescriptor(std::string_view path) {
-  if (path == kStandardStream || path == "/dev/stdout") return STDOUT_FILENO;
-  if (path == "/dev/stderr") return STDERR_FILENO;
-  constexpr std::string_view kFolder = "/dev/fd/";
-  if (!path.starts_with(kFolder)) return std::nullopt;
-  int number = -1;
-  const char* end = path.data() + path.size();
-  const auto [stop, error] = std::from_chars(path.data() + kFolder.size(), end, number);
-  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
-}
-
 std::string_view NameOf(std::string_view path) {
   return path == kStandardStream ? std::string_view("standard output") : path;
 }
 
 bool IsTerminal(const char* path) {
-  if (const std::optional<int> number = NamedDescriptor(path)) return isatty(*number) != 0;
+  if (path == kStandardStream) return isatty(STDOUT_FILENO) != 0;
   struct stat status {};
   if (stat(path, &status) != 0 || !S_ISCHR(status.st_mode)) return false;
   const Descriptor device(open(path, O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
@@ -85,10 +71,9 @@ void RefuseTerminal(const char* path) {
 
 void WritePicture(const vx::Bitmap& picture, const char* path, const vx_save_options& options) {
   RefuseTerminal(path);
-  const std::optional<int> number = NamedDescriptor(path);
-  if (!number) return picture.Save(std::string(path), options);
+  if (path != kStandardStream) return picture.Save(std::string(path), options);
   const vx::Buffer file = picture.Save(options);
-  WriteAll(*number, file.Bytes().data(), file.Bytes().size(), NameOf(path));
+  WriteAll(STDOUT_FILENO, file.Bytes().data(), file.Bytes().size(), NameOf(path));
 }
 
 }  // namespace cli

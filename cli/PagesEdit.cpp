@@ -35,6 +35,9 @@ struct EditArguments {
 template <class Edits>
 ExitCode Edit(const std::string& file, const Edits& edits) try {
   vx::Edit edit(file);
+  if (!edit.IsLocked()) {
+    Remark(fmt::format("{}: files cannot be locked here; let nobody else change it now", Printable(file)));
+  }
   edits(edit);
   edit.Commit();
   return kExitOk;

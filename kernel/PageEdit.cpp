@@ -1,27 +1,20 @@
-// Editing icon and cursor files. A transaction is a copy of the file in memory, edited by the filter as it
-// edits any file, and a new file in the old one's place in the end. The filter trusts its caller about the
-// file, so everything it would have to ask is looked at here first.
+// Editing icon and cursor files. A transaction is a copy of the file in memory (EditFile), edited by the
+// filter as it edits any file. The filter trusts its caller about the file, so everything it would have to
+// ask is looked at here first.
 #include <SaveRules.h>
 
 #include <algorithm>
 #include <string>
 
 #include "Describe.h"
+#include "EditFile.h"
 #include "Errors.h"
-#include "FileLock.h"
 #include "FilterCalls.h"
 #include "IconFile.h"
-#include "Replacement.h"
 
-struct vx_edit {
-  std::string path;
-  bool inPlace = false;   ///< edits go to the file itself
+struct vx_edit : vxkrn::EditFile {
   bool isSpoilt = false;  ///< an edit failed half way
   bool isDone = false;
-  vxkrn::FileLock lock;
-  vxkrn::Replacement replacement;
-  vxkrn::MemoryTarget copy;
-  vxkrn::Backend backend = {};  ///< where the edits go
 };
 
 namespace vxkrn {
@@ -36,18 +29,6 @@ int NameFile(const vx_edit& edit, int status) {
   return Fail(status, edit.path, ": ", reason.CString());
 }
 
-bool AreSystemFiles(const Backend& backend) {
-  return backend.functions.open == kSystemBackend.functions.open;
-}
-
-int TakeCopy(vx_edit* edit) {
-  const int status = edit->copy.ReadFrom(kSystemBackend, edit->lock.File());
-  if (status == STATUS_OK) return status;
-  if (status == STATUS_NO_MEMORY) FailForMemory("a copy of it to edit", memory::LastRefusal());
-  if (status == STATUS_READ_ERROR) Fail(status, "it cannot be read");
-  return NameFile(*edit, status);
-}
-
 int CheckIsIcon(const vx_edit& edit) {
   const IconReader reader(edit.backend, edit.path.c_str());
   IconDirectory directory;
@@ -56,22 +37,8 @@ int CheckIsIcon(const vx_edit& edit) {
 }
 
 int Open(vx_edit* edit, unsigned int flags) {
-  const bool isNew = (flags & VX_EDIT_NEW) != 0;
-  const bool areSystemFiles = AreSystemFiles(InstalledBackend());
-  edit->inPlace = (flags & VX_EDIT_IN_PLACE) != 0 || !areSystemFiles;
-  if (isNew && edit->inPlace) {
-    return Fail(STATUS_NOT_SUPPORTED, "a new file cannot be made in place of an old one");
-  }
-  edit->backend = edit->inPlace ? InstalledBackend() : edit->copy.AsBackend();
-  int status = STATUS_OK;
-  if (!isNew && areSystemFiles) status = edit->lock.Take(edit->path.c_str());
-  if (status == STATUS_OK && !edit->inPlace) status = edit->replacement.Open(edit->path.c_str());
-  if (status == STATUS_OK && edit->replacement.IsStream()) {
-    status = Fail(STATUS_NOT_SUPPORTED, edit->path, " is no file that can be edited");
-  }
-  if (status != STATUS_OK || isNew) return status;
-  if (!edit->inPlace) status = TakeCopy(edit);
-  return status == STATUS_OK ? CheckIsIcon(*edit) : status;
+  const int status = edit->Open(flags);
+  return status == STATUS_OK && (flags & VX_EDIT_NEW) == 0 ? CheckIsIcon(*edit) : status;
 }
 
 /// What an edit finds when it begins.
@@ -193,7 +160,7 @@ int vx_edit_open(const char* path, unsigned int flags, vx_edit** edit) {
     if (path == nullptr || edit == nullptr) {
       return Fail(VX_BAD_PARAMETER, "the path and the place for the edit must be given");
     }
-    constexpr unsigned int kKnown = VX_EDIT_IN_PLACE | VX_EDIT_NEW;
+    constexpr unsigned int kKnown = VX_EDIT_IN_PLACE | VX_EDIT_NEW | VX_EDIT_REQUIRE_LOCK;
     if ((flags & ~kKnown) != 0)
       return Fail(VX_BAD_PARAMETER, "flags is ", flags, "; some of its bits mean nothing");
     auto opened = vxkrn::memory::Make<vx_edit>({"kernel/PageEdit", __LINE__});
@@ -275,12 +242,14 @@ int vx_edit_compact(vx_edit* edit) {
 int vx_edit_commit(vx_edit* edit) {
   return RunEdit(edit, [&](const State& state) {
     if (state.isEmpty) return Fail(VX_BAD_PARAMETER, edit->path, ": a file without pages cannot be stored");
-    if (edit->inPlace) return int{VX_OK};
-    int status = edit->replacement.Fill(edit->copy.Data(), edit->copy.Size());
-    if (status == STATUS_OK) status = edit->replacement.Commit();
-    if (status == STATUS_OK) edit->isDone = true;
+    const int status = edit->Commit();
+    if (status == STATUS_OK && !edit->inPlace) edit->isDone = true;
     return vxkrn::End(edit, status);
   });
+}
+
+int vx_edit_is_locked(const vx_edit* edit) {
+  return edit != nullptr && edit->IsLocked() ? 1 : 0;
 }
 
 void vx_edit_close(vx_edit* edit) {

@@ -3,50 +3,67 @@
 #include "Replacement.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstring>
 
 #include "Errors.h"
+#include "FileAttributes.h"
 
 namespace vxkrn {
 namespace {
 
 constexpr mode_t kReadWriteForAll = 0666;
-constexpr mode_t kPermissions = 07777;
-constexpr mode_t kSetIds = S_ISUID | S_ISGID;
+constexpr int kMostSlots = 10000;  // unfinished files in one folder at a time
 
-template <class Call>
-auto Uninterrupted(Call&& call) {
-  auto result = call();
-  while (result < 0 && errno == EINTR) result = call();
-  return result;
+std::string UnfinishedName(int slot) {
+  return ".vx-unfinished-" + std::to_string(slot);
 }
 
-std::string FolderOf(const std::string& path) {
-  return path.substr(0, path.rfind('/') + 1);
+bool IsAt(int folder, const std::string& name, int file) {
+  struct stat held = {};
+  struct stat named = {};
+  return fstat(file, &held) == 0 && fstatat(folder, name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+         AreSameFile(held, named);
 }
 
-/// The file behind symbolic links, also behind one whose target is not there yet.
-std::string Resolve(const char* path) {
-  constexpr int kMostLinks = 40;  // as many as the system follows
-  std::string place = path;
-  for (int i = 0; i < kMostLinks; ++i) {
-    char target[4096];
-    const ssize_t length = readlink(place.c_str(), target, sizeof target);
-    if (length <= 0 || length == static_cast<ssize_t>(sizeof target)) break;
-    const std::string link(target, static_cast<std::size_t>(length));
-    place = link.front() == '/' ? link : FolderOf(place).append(link);
+/// Removes an unfinished file whose process has ended. @return whether the name is free
+bool Clear(int folder, const std::string& name) {
+  const Descriptor left(openat(folder, name.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (!left.IsOpen()) return errno == ENOENT;
+  struct stat status = {};
+  const bool isFile = fstat(left.Number(), &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1;
+  return isFile && flock(left.Number(), LOCK_EX | LOCK_NB) == 0 && IsAt(folder, name, left.Number()) &&
+         unlinkat(folder, name.c_str(), 0) == 0;
+}
+
+/// Removes what ended processes left, without reading the folder, which may be long.
+void ClearFirst(int folder) {
+  constexpr int kLooked = 4;
+  for (int slot = 0; slot < kLooked; ++slot) (void)Clear(folder, UnfinishedName(slot));
+}
+
+/// Tells everybody who looks that the file's process is alive. Where files cannot be locked nobody removes
+/// it.
+bool Claim(int file) {
+  return flock(file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+/// Has `take` use the first free name. @return whether it did, with the name; else with errno set
+template <class Take>
+bool TakeSlot(int folder, std::string* name, const Take& take) {
+  for (int slot = 0; slot < kMostSlots; ++slot) {
+    *name = UnfinishedName(slot);
+    for (int i = 0; i < 2; ++i) {
+      if (take(name->c_str())) return true;
+      if (errno != EEXIST) return false;
+      if (!Clear(folder, *name)) break;
+    }
   }
-  return place;
-}
-
-/// A name that no other save of this process, or of another one alive, uses.
-std::string UnfinishedName(std::string folder) {
-  static std::atomic<unsigned int> count{0};
-  return folder.append(".vx-").append(std::to_string(getpid())).append("-").append(std::to_string(++count));
+  errno = EEXIST;
+  return false;
 }
 
 /// The way to a file without a name.
@@ -54,28 +71,65 @@ std::string LinkTo(int descriptor) {
   return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
+template <class Write>
+bool WriteAll(const std::uint8_t* bytes, std::size_t size, const Write& write) {
+  for (std::size_t done = 0; done < size;) {
+    const ssize_t stored = Uninterrupted([&] { return write(bytes + done, size - done, done); });
+    if (stored < 0) return false;
+    done += static_cast<std::size_t>(stored);
+  }
+  return true;
+}
+
+bool WriteAt(int file, const std::uint8_t* bytes, std::size_t size) {
+  return WriteAll(bytes, size, [file](const std::uint8_t* from, std::size_t count, std::size_t at) {
+    return pwrite(file, from, count, static_cast<off_t>(at));
+  });
+}
+
+/// Not every file system can store a folder, and not every folder can be opened for that.
+bool CannotStoreFolders(int error) {
+  return error == EINVAL || error == EBADF || error == EOPNOTSUPP || error == ENOSYS || error == EROFS;
+}
+
+int FailToWriteTo(const char* path, int error) {
+  return Fail(STATUS_WRITE_ERROR, path, " cannot be written: ", std::strerror(error));
+}
+
+int FailToOpen(const char* path, int error) {
+  return Fail(STATUS_OPEN_WRITE_ERROR, path, " cannot be written: ", std::strerror(error));
+}
+
 }  // namespace
 
 Replacement::~Replacement() {
+  Close();
+}
+
+/// Closes the file, with its lock. What has no place by then goes; that it is ours is looked at while it is
+/// locked, because the name may be another one's right after.
+void Replacement::Close() noexcept {
   const int error = errno;
+  const bool isLeft = !name_.empty() && IsAt(place_->Folder(), name_, file_.descriptor);
+  if (isLeft) unlinkat(place_->Folder(), name_.c_str(), 0);
   if (file_.descriptor >= 0) close(file_.descriptor);
-  if (!name_.empty()) unlink(name_.c_str());
+  name_.clear();
+  file_.descriptor = -1;
   errno = error;
 }
 
 int Replacement::FailToWrite(int error) const {
-  return Fail(STATUS_WRITE_ERROR, path_, " cannot be written: ", std::strerror(error));
+  return FailToWriteTo(path_.c_str(), error);
 }
 
 int Replacement::OpenUnnamed() {
-  const std::string folder = folder_.empty() ? "." : folder_;
   const int descriptor = Uninterrupted([&] {
-    return open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC,
-                exists_ ? S_IRUSR | S_IWUSR : kReadWriteForAll);
+    return openat(place_->Folder(), ".", O_TMPFILE | O_RDWR | O_CLOEXEC,
+                  place_->Exists() ? S_IRUSR | S_IWUSR : kReadWriteForAll);
   });
   if (descriptor < 0) return -1;
   // It is named through /proc in the end; without one it had better have a name from the start.
-  if (access(LinkTo(descriptor).c_str(), F_OK) == 0) return descriptor;
+  if (access(LinkTo(descriptor).c_str(), F_OK) == 0 && Claim(descriptor)) return descriptor;
   close(descriptor);
   errno = EOPNOTSUPP;
   return -1;
@@ -83,34 +137,34 @@ int Replacement::OpenUnnamed() {
 
 int Replacement::OpenNamed() {
   int descriptor = -1;
-  do {
-    name_ = UnfinishedName(folder_);
-    descriptor = open(name_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC,
-                      exists_ ? S_IRUSR | S_IWUSR : kReadWriteForAll);
-  } while (descriptor < 0 && (errno == EEXIST || errno == EINTR));
-  if (descriptor < 0) name_.clear();
-  return descriptor;
+  const auto open = [&](const char* name) {
+    descriptor = Uninterrupted([&] {
+      return openat(place_->Folder(), name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC,
+                    place_->Exists() ? S_IRUSR | S_IWUSR : kReadWriteForAll);
+    });
+    if (descriptor < 0) return false;
+    // Somebody may have taken it for left over before it was locked.
+    if (Claim(descriptor) && IsAt(place_->Folder(), name, descriptor)) return true;
+    close(descriptor);
+    errno = EEXIST;
+    return false;
+  };
+  if (TakeSlot(place_->Folder(), &name_, open)) return descriptor;
+  name_.clear();
+  return -1;
 }
 
-int Replacement::Open(const char* path) {
+int Replacement::Open(const char* path, const Place& place) {
   path_ = path;
-  place_ = Resolve(path);
-  folder_ = FolderOf(place_);
-  const auto fail = [this](int error) {
-    return Fail(STATUS_OPEN_WRITE_ERROR, path_, " cannot be written: ", std::strerror(error));
-  };
-  exists_ = stat(place_.c_str(), &old_) == 0;
-  if (!exists_ && (errno != ENOENT || place_.empty())) return fail(errno);
-  if (exists_ && S_ISDIR(old_.st_mode)) return fail(EISDIR);
-  if (exists_ && !S_ISREG(old_.st_mode)) {
-    isStream_ = true;
-    return STATUS_OK;
+  place_ = &place;
+  if (place.Exists() && faccessat(place.Folder(), place.Name(), W_OK, AT_EACCESS) != 0) {
+    return FailToOpen(path, errno);
   }
-  if (exists_ && access(place_.c_str(), W_OK) != 0) return fail(errno);
+  ClearFirst(place.Folder());
   file_.descriptor = OpenUnnamed();
   const bool needsName = file_.descriptor < 0 && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL);
   if (needsName) file_.descriptor = OpenNamed();
-  return file_.descriptor < 0 ? fail(errno) : STATUS_OK;
+  return file_.descriptor < 0 ? FailToOpen(path, errno) : STATUS_OK;
 }
 
 Backend Replacement::AsBackend() noexcept {
@@ -121,71 +175,117 @@ Backend Replacement::AsBackend() noexcept {
 }
 
 int Replacement::Fill(const std::uint8_t* bytes, std::size_t size) {
-  std::size_t done = 0;
-  while (done < size) {
-    const ssize_t stored = Uninterrupted(
-        [&] { return pwrite(file_.descriptor, bytes + done, size - done, static_cast<off_t>(done)); });
-    if (stored < 0) return FailToWrite(errno);
-    done += static_cast<std::size_t>(stored);
-  }
-  return STATUS_OK;
-}
-
-/// A file that cannot be given to its old owner must not act in the new one's name.
-bool Replacement::TakeOverOwnerAndMode() const noexcept {
-  if (!exists_) return true;
-  const bool hasOwner = fchown(file_.descriptor, old_.st_uid, old_.st_gid) == 0;
-  const bool hasGroup = hasOwner || fchown(file_.descriptor, static_cast<uid_t>(-1), old_.st_gid) == 0;
-  mode_t mode = old_.st_mode & kPermissions;
-  if (!hasOwner) mode &= ~kSetIds;
-  if (!hasGroup) mode &= ~static_cast<mode_t>(S_IRWXG);
-  return fchmod(file_.descriptor, mode) == 0;
+  return WriteAt(file_.descriptor, bytes, size) ? STATUS_OK : FailToWrite(errno);
 }
 
 bool Replacement::GiveName() {
   if (!name_.empty()) return true;
   const std::string link = LinkTo(file_.descriptor);
-  std::string name;
+  const auto take = [&](const char* name) {
+    return linkat(AT_FDCWD, link.c_str(), place_->Folder(), name, AT_SYMLINK_FOLLOW) == 0;
+  };
+  const bool isTaken = TakeSlot(place_->Folder(), &name_, take);
+  if (!isTaken) name_.clear();
+  return isTaken;
+}
+
+int Replacement::Store() {
+  return Uninterrupted([this] { return fsync(file_.descriptor); }) == 0 ? STATUS_OK : FailToWrite(errno);
+}
+
+/// The new name outlasts a crash only once the folder is stored too.
+int Replacement::StoreFolder() {
+  name_.clear();
+  const bool isStored = Uninterrupted([this] { return fsync(place_->Folder()); }) == 0;
+  if (isStored || CannotStoreFolders(errno)) return STATUS_OK;
+  return Fail(STATUS_WRITE_ERROR, path_,
+              " is written, but its folder cannot be stored, so a crash may bring ",
+              "back what was there before: ", std::strerror(errno));
+}
+
+int Replacement::MoveOver(const FileLock& lock, const std::function<int()>& check) {
+  const int error = TakeOverAttributes(lock.Number(), file_.descriptor);
+  if (error != 0) return FailToWrite(error);
+  if (const int status = Store(); status != STATUS_OK) return status;
+  if (!GiveName()) return FailToWrite(errno);
+  if (const int status = check ? check() : STATUS_OK; status != STATUS_OK) return status;
+  const int folder = place_->Folder();
+  if (renameat(folder, name_.c_str(), folder, place_->Name()) != 0) return FailToWrite(errno);
+  return StoreFolder();
+}
+
+int Replacement::PutOver(const FileLock& lock, const std::function<int()>& check) {
+  const int status = MoveOver(lock, check);
+  Close();
+  return status;
+}
+
+/// @return STATUS_OK; a failure, with errno EEXIST where something is there
+int Replacement::PutWhereNothingIs() {
+  if (const int status = Store(); status != STATUS_OK) return status;
+  const int folder = place_->Folder();
   int result = -1;
-  do {
-    name = UnfinishedName(folder_);
-    result = linkat(AT_FDCWD, link.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW);
-  } while (result != 0 && errno == EEXIST);
-  if (result == 0) name_ = std::move(name);
-  return result == 0;
+  if (name_.empty()) {
+    const std::string link = LinkTo(file_.descriptor);
+    result = linkat(AT_FDCWD, link.c_str(), folder, place_->Name(), AT_SYMLINK_FOLLOW);
+  } else {
+    result = renameat2(folder, name_.c_str(), folder, place_->Name(), RENAME_NOREPLACE);
+    const bool isUnknown = result != 0 && (errno == EINVAL || errno == ENOSYS);
+    if (isUnknown) result = renameat(folder, name_.c_str(), folder, place_->Name());
+  }
+  if (result != 0) return FailToWrite(errno);
+  const int status = StoreFolder();
+  Close();
+  return status;
 }
 
 int Replacement::Commit() {
-  if (!TakeOverOwnerAndMode() || Uninterrupted([this] { return fsync(file_.descriptor); }) != 0) {
-    return FailToWrite(errno);
+  constexpr int kMostTries = 100;
+  int status = STATUS_OK;
+  for (int i = 0; i < kMostTries; ++i) {
+    FileLock lock;
+    status = lock.TakeIfThere(*place_, path_.c_str());
+    if (status != STATUS_OK) return status;
+    if (lock.IsOpen()) return PutOver(lock, nullptr);
+    errno = 0;
+    status = PutWhereNothingIs();
+    if (status == STATUS_OK || errno != EEXIST) break;
   }
-  if (!GiveName() || rename(name_.c_str(), place_.c_str()) != 0) return FailToWrite(errno);
-  name_.clear();
-  // The new name outlasts a crash only once the folder is stored too; not every file system can do that.
-  const int folder = open(folder_.empty() ? "." : folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder >= 0) {
-    (void)fsync(folder);
-    close(folder);
-  }
-  return STATUS_OK;
+  return status;
 }
 
-int WriteToStream(const char* path, const std::uint8_t* bytes, std::size_t size) {
-  const int descriptor = Uninterrupted([path] { return open(path, O_WRONLY | O_NOCTTY | O_CLOEXEC); });
-  if (descriptor < 0) {
+int Replacement::CommitOver(const FileLock& lock, const std::function<int()>& check) {
+  if (lock.IsOpen()) return PutOver(lock, check);
+  errno = 0;
+  const int status = PutWhereNothingIs();
+  if (status == STATUS_OK || errno != EEXIST) return status;
+  return Fail(VX_FILE_CHANGED, path_,
+              " was made by somebody else since the edit began, and is not overwritten");
+}
+
+int WriteOver(const char* path, int file, const std::uint8_t* bytes, std::size_t size) {
+  const bool isStored = WriteAt(file, bytes, size) &&
+                        Uninterrupted([&] { return ftruncate(file, static_cast<off_t>(size)); }) == 0 &&
+                        Uninterrupted([&] { return fsync(file); }) == 0;
+  return isStored ? STATUS_OK : FailToWriteTo(path, errno);
+}
+
+int WriteToStream(const char* path, const Place& place, const std::uint8_t* bytes, std::size_t size) {
+  const int stream = place.OpenStream();
+  if (stream < 0) {
     return Fail(STATUS_OPEN_WRITE_ERROR, path, " cannot be opened for writing: ", std::strerror(errno));
   }
-  ssize_t stored = 0;
-  while (size > 0 && stored >= 0) {
-    stored = Uninterrupted([&] { return write(descriptor, bytes, size); });
-    if (stored < 0) break;
-    bytes += stored;
-    size -= static_cast<std::size_t>(stored);
+  const auto put = [stream](const std::uint8_t* from, std::size_t count, std::size_t /*at*/) {
+    return write(stream, from, count);
+  };
+  bool isWritten = WriteAll(bytes, size, put);
+  if (isWritten && S_ISREG(place.Found().st_mode)) {
+    const off_t end = lseek(stream, 0, SEEK_CUR);
+    isWritten = end >= 0 && Uninterrupted([&] { return ftruncate(stream, end); }) == 0;
   }
-  int error = size > 0 ? errno : 0;
-  if (close(descriptor) != 0 && error == 0 && errno != EINTR) error = errno;
-  if (error == 0) return STATUS_OK;
-  return Fail(STATUS_WRITE_ERROR, path, " cannot be written: ", std::strerror(error));
+  int error = isWritten ? 0 : errno;
+  if (close(stream) != 0 && error == 0 && errno != EINTR) error = errno;
+  return error == 0 ? STATUS_OK : FailToWriteTo(path, error);
 }
 
 }  // namespace vxkrn

@@ -1,8 +1,10 @@
 // vx_save_file and vx_save_memory: a plan, through the filter or the PNG encoder, into a file.
 #include "Errors.h"
+#include "FileLock.h"
 #include "FilterCalls.h"
 #include "IconFile.h"
 #include "MemoryTarget.h"
+#include "Place.h"
 #include "Replacement.h"
 
 namespace vxkrn {
@@ -24,16 +26,29 @@ int WriteToMemory(const char* name, SavePlan* plan, MemoryTarget* target) {
 }
 
 int SaveInPlaceOf(const char* path, SavePlan* plan) {
-  Replacement file;
-  int status = file.Open(path);
+  Place place;
+  int status = place.Find(path);
   if (status != STATUS_OK) return status;
-  if (!file.IsStream()) {
-    status = WriteThrough(file.AsBackend(), path, plan);
-    return status == STATUS_OK ? file.Commit() : status;
+  if (place.IsStream()) {
+    MemoryTarget target;  // the filter goes back to put sizes in
+    status = WriteToMemory(path, plan, &target);
+    return status == STATUS_OK ? WriteToStream(path, place, target.Data(), target.Size()) : status;
   }
-  MemoryTarget target;  // the filter goes back to put sizes in
-  status = WriteToMemory(path, plan, &target);
-  return status == STATUS_OK ? WriteToStream(path, target.Data(), target.Size()) : status;
+  Replacement file;
+  status = file.Open(path, place);
+  if (status == STATUS_OK) status = WriteThrough(file.AsBackend(), path, plan);
+  return status == STATUS_OK ? file.Commit() : status;
+}
+
+/// Over what is there, once nobody edits it.
+int SaveOnto(const char* path, SavePlan* plan) {
+  Place place;
+  FileLock lock;
+  int status = place.Find(path);
+  if (status == STATUS_OK && !place.IsStream()) status = lock.TakeIfThere(place, path);
+  if (status != STATUS_OK) return status;
+  return WriteThrough(lock.IsOpen() && lock.WhyReadOnly() == 0 ? lock.AsBackend() : kSystemBackend, path,
+                      plan);
 }
 
 bool AreSystemFiles(const Backend& backend) {
@@ -52,8 +67,9 @@ int vx_save_file(const vx_bitmap* bitmap, const char* path, const vx_save_option
     const int status = vxkrn::PlanSave(*bitmap, options, &plan);
     if (status != STATUS_OK) return status;
     const vxkrn::Backend& backend = vxkrn::InstalledBackend();
-    const bool inPlace = (options != nullptr && options->in_place != 0) || !vxkrn::AreSystemFiles(backend);
-    return inPlace ? vxkrn::WriteThrough(backend, path, &plan) : vxkrn::SaveInPlaceOf(path, &plan);
+    if (!vxkrn::AreSystemFiles(backend)) return vxkrn::WriteThrough(backend, path, &plan);
+    const bool inPlace = options != nullptr && options->in_place != 0;
+    return inPlace ? vxkrn::SaveOnto(path, &plan) : vxkrn::SaveInPlaceOf(path, &plan);
   });
 }
 

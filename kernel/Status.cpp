@@ -14,7 +14,7 @@ struct StatusEntry {
   const char* text;
 };
 
-constexpr std::array<StatusEntry, 17> kStatuses = {{
+constexpr std::array<StatusEntry, 18> kStatuses = {{
     {VX_OK, "STATUS_OK", "It worked."},
     {VX_UNKNOWN_HEADER, "STATUS_FAILURE",
      "The image header has a length that no reader knows; the file is damaged or of a newer kind."},
@@ -46,6 +46,8 @@ constexpr std::array<StatusEntry, 17> kStatuses = {{
     {VX_LAST_PAGE, "STATUS_LAST_PAGE", "The only page of a file cannot be deleted; delete the file instead."},
     {VX_NO_FILTER, "STATUS_NO_FILTER",
      "The filter vxfbmp.so.18 cannot be found or loaded; set VX_FILTER_PATH to the folder that holds it."},
+    {VX_FILE_CHANGED, "STATUS_FILE_CHANGED",
+     "The file was changed while it was being edited; open it again and repeat the edit."},
 }};
 
 const StatusEntry* FindStatus(int status) {

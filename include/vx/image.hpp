@@ -243,6 +243,7 @@ class Edit {
   void SetHotSpot(int page, int x, int y) { Check(vx_edit_set_hot_spot(edit_.get(), page, x, y)); }
   void Compact() { Check(vx_edit_compact(edit_.get())); }
   void Commit() { Check(vx_edit_commit(edit_.get())); }
+  [[nodiscard]] bool IsLocked() const noexcept { return vx_edit_is_locked(edit_.get()) != 0; }
 
  private:
   struct Close {

@@ -58,7 +58,8 @@ typedef enum vx_status {
   VX_NO_DISPLAY_LIBRARY = -30, /**< the display library is not there */
   VX_BAD_PAGE = -310,          /**< no such page */
   VX_LAST_PAGE = -311,         /**< the only page of a file cannot go */
-  VX_NO_FILTER = -1000         /**< the filter, vxfbmp.so.18, cannot be found or loaded */
+  VX_NO_FILTER = -1000,        /**< the filter, vxfbmp.so.18, cannot be found or loaded */
+  VX_FILE_CHANGED = -1001      /**< the file was changed by somebody else while it was being edited */
 } vx_status;
 
 /** @return the status's name, such as "STATUS_BAD_FORMAT"; "unknown status" for any other number. */
@@ -286,9 +287,19 @@ typedef struct vx_save_plan {
 VX_API int vx_plan_save(const vx_bitmap* bitmap, const vx_save_options* options, vx_save_plan* plan);
 /**
  * Saves the bitmap as a file of its own. The file appears whole or not at all: it is written beside its
- * place, stored and then renamed. An existing file keeps its permissions and, where the system lets us, its
- * owner; a symbolic link keeps pointing to it; other hard links keep the old file. Devices and pipes are
- * written to. Files of vx_redirect_files, which cannot be renamed, are always written in place.
+ * place, stored and then renamed. Where it stands is found out first, so a folder renamed meanwhile is still
+ * the one. An existing file keeps its permissions, access control list, extended attributes of users and,
+ * where the system lets us, its owner; nobody gets rights that he had not. A symbolic link keeps pointing to
+ * it, other hard links keep the old file. While somebody edits the file this waits, for two seconds, and then
+ * fails with VX_OPEN_WRITE_ERROR; so does a save by a thread that has an edit of the file open itself.
+ *
+ * Devices, pipes and descriptors (/dev/stdout, /dev/fd/N, /proc/self/fd/N) are written to, the latter from
+ * their position; what a file behind a descriptor has beyond the new end is cut off. A symbolic link in a
+ * folder where everybody may put one (sticky, as /tmp is) is followed only if it is the user's own or the
+ * folder's owner's. Files of vx_redirect_files, which cannot be renamed, are always written in place.
+ *
+ * After VX_WRITE_ERROR the old file is still there, but where it says that the folder cannot be stored: the
+ * new one is in place then, and may not outlast a crash of the system.
  * @param options may be null.
  */
 VX_API int vx_save_file(const vx_bitmap* bitmap, const char* path, const vx_save_options* options);
@@ -327,22 +338,27 @@ VX_API int vx_unreferenced_bytes(vx_source* source, uint64_t* bytes);
 
 /**
  * Edits of one icon or cursor file, in the order in which they are made. They happen to a copy in memory;
- * vx_edit_commit puts the edited file in the old one's place, so that it is the old one or the new one at
- * every instant. Pages that are not edited stay as they are, bit for bit.
+ * vx_edit_commit puts the edited file in the old one's place, as vx_save_file does, so that it is the old one
+ * or the new one at every instant. Pages that are not edited stay as they are, bit for bit. What is reached
+ * through a descriptor is written over instead.
  */
 typedef struct vx_edit vx_edit;
 
 typedef enum vx_edit_flags {
   VX_EDIT_IN_PLACE = 1, /**< every edit goes to the file at once: a failure may leave it half edited. Files of
                              vx_redirect_files are always edited so */
-  VX_EDIT_NEW = 2       /**< begin without pages; a file of that name is replaced when the edit is stored */
+  VX_EDIT_NEW = 2,      /**< begin without pages; a file of that name is replaced when the edit is stored */
+  VX_EDIT_REQUIRE_LOCK = 4 /**< fail with VX_OPEN_WRITE_ERROR where the file system has no locks */
 } vx_edit_flags;
 
 /**
- * Opens a file for editing. While it is open other edits of the file wait, for two seconds; then they fail
- * with VX_OPEN_WRITE_ERROR. @param flags vx_edit_flags
+ * Opens a file for editing. While it is open other edits and saves of the file wait, for two seconds; then
+ * they fail with VX_OPEN_WRITE_ERROR. Some network file systems have no locks: vx_edit_is_locked tells, and
+ * VX_EDIT_REQUIRE_LOCK refuses. @param flags vx_edit_flags
  */
 VX_API int vx_edit_open(const char* path, unsigned int flags, vx_edit** edit);
+/** @return nonzero while other edits and saves wait for this one; 0 also of null and of a new file */
+VX_API int vx_edit_is_locked(const vx_edit* edit);
 /** Tells how many pages there are now. */
 VX_API int vx_edit_page_count(vx_edit* edit, int* count);
 /*
@@ -368,7 +384,11 @@ VX_API int vx_edit_set_hot_spot(vx_edit* edit, int page, int x, int y);
  * that points to no byte of the file, or into the directory where there is no picture, still does so.
  */
 VX_API int vx_edit_compact(vx_edit* edit);
-/** Stores the edited file; after that, or after an edit that failed half way, it can only be closed. */
+/**
+ * Stores the edited file; after that, or after an edit that failed half way, it can only be closed.
+ * @return VX_FILE_CHANGED where the file is not the one that was opened any more: replaced, deleted or
+ * written to by a program that knows nothing of locks, or made where there was none. It stays as it is then.
+ */
 VX_API int vx_edit_commit(vx_edit* edit);
 /** Ends the edit; without vx_edit_commit before it the file stays as it was. Null does nothing. */
 VX_API void vx_edit_close(vx_edit* edit);

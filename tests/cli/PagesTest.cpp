@@ -197,4 +197,30 @@ TEST_F(PagesTest, IconsAreMadeOfWhatThereIs) {
   EXPECT_EQ(Listed("a.ico"), "16x16@4 32x32@24 256x256@32P 0");
 }
 
+TEST_F(PagesTest, DescriptorsAreDestinationsEverywhere) {
+  Expect(0, "icon soft.png -o a.ico --sizes 16");
+  const std::string icon = shell_.Read("a.ico");
+  const std::string picture = shell_.Read("soft.png");
+  Expect(0, "convert a.ico a.png");
+  const std::string page = shell_.Read("a.png");
+  const std::pair<std::string, std::string> cases[] = {
+      {"vxbmp icon soft.png --sizes 16 -o - > out", icon},
+      {"vxbmp icon soft.png --sizes 16 -o - | cat > out", icon},
+      {"vxbmp icon soft.png --sizes 16 -o /dev/fd/3 3> out", icon},
+      {"{ printf head; vxbmp icon soft.png --sizes 16 -o /dev/stdout; printf tail; } > out",
+       "head" + icon + "tail"},
+      {"printf head > out; vxbmp convert soft.png /proc/self/fd/1 --to png >> out", "head" + picture},
+      {"vxbmp convert soft.png /dev/fd/3 --to png 3>&1 | cat > out", picture},  // as bash names pipes
+      {"vxbmp convert soft.png /dev/stderr --to png 2> out", picture},
+      {"vxbmp pages extract a.ico --page 1 -o /dev/stdout > out", page},
+      {"cp a.ico out; vxbmp pages add /dev/fd/3 soft.png 3<> out; vxbmp pages delete out --page 2; "
+       "vxbmp pages compact out",
+       icon}};
+  for (const auto& [command, expected] : cases) {
+    shell_.Run("rm -f out");
+    EXPECT_EQ(shell_.Run(command).err, "") << command;
+    EXPECT_TRUE(shell_.Read("out") == expected) << command;
+  }
+}
+
 }  // namespace

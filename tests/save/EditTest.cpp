@@ -323,7 +323,9 @@ TEST_F(Editing, WhatFailsOrEndsInTheMiddleLeavesTheOldFile) {
   for (bool isDone = false; !isDone;) {
     ++writes;
     system_calls::Restore();
-    system_calls::beforeWrite = [writes](int number) { return number == writes ? raise(SIGKILL) : 0; };
+    system_calls::before = [left = writes](const std::string& call, int) mutable {
+      return call == "pwrite" && --left == 0 ? raise(SIGKILL) : 0;
+    };
     const pid_t child = fork();
     if (child == 0) {
       EditTwice(icon_);
@@ -339,11 +341,11 @@ TEST_F(Editing, WhatFailsOrEndsInTheMiddleLeavesTheOldFile) {
   Write(icon_, before);
 
   system_calls::Restore();
-  system_calls::beforeWrite = [](int) { return errno = ENOSPC; };
+  system_calls::Fail("pwrite", ENOSPC);
   ExpectFailure(VX_WRITE_ERROR, "No space", [&] { EditTwice(icon_); });
   EXPECT_TRUE(isUntouched());
   system_calls::Restore();
-  system_calls::insteadOfFsync = [] { return errno = EIO, -1; };
+  system_calls::Fail("fsync", EIO);
   ExpectFailure(VX_WRITE_ERROR, "Input/output", [&] { EditTwice(icon_); });
   EXPECT_TRUE(isUntouched());
   system_calls::Restore();
@@ -363,20 +365,13 @@ TEST_F(Editing, WhatFailsOrEndsInTheMiddleLeavesTheOldFile) {
   EXPECT_GT(failures, 3);
 }
 
-TEST_F(Editing, TwoAtOnceBothCountOrOneIsTold) {
-  constexpr int kEach = 12;
-  const pid_t child = fork();
-  for (int i = 0; i < kEach; ++i) {
-    vx::Edit edit(icon_);
-    edit.Add(Noise(4, 4, 8));
-    edit.Commit();
-  }
-  if (child == 0) _exit(0);
-  int ended = 0;
-  ASSERT_EQ(waitpid(child, &ended, 0), child);
-  EXPECT_EQ(PicturesOf(icon_).size(), 1U + 2 * kEach);
-  const vx::Edit held(icon_);
-  ExpectFailure(VX_OPEN_WRITE_ERROR, "is being edited", [&] { vx::Edit{icon_}; });
+TEST_F(Editing, AfterOneThatFailedHalfWayOnlyTheEndIsLeft) {
+  vx::Edit edit(icon_, VX_EDIT_IN_PLACE);
+  system_calls::Fail("pwrite", ENOSPC);
+  ExpectFailure(VX_WRITE_ERROR, "", [&] { edit.Add(Soft(20)); });
+  system_calls::Restore();
+  ExpectFailure(VX_BAD_PARAMETER, "half way", [&] { edit.Delete(1); });
+  ExpectFailure(VX_BAD_PARAMETER, "half way", [&] { edit.Commit(); });
 }
 
 }  // namespace

@@ -1,10 +1,13 @@
 #include "Sources.h"
 
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <png.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -94,6 +97,23 @@ std::vector<std::string> Folder::Names() const {
   }
   std::sort(names.begin(), names.end());
   return names;
+}
+
+void AsOrdinaryUser(const Folder& folder, const std::function<void()>& act) {
+  if (geteuid() != 0) return act();
+  constexpr uid_t kNobody = 65534;
+  ASSERT_EQ(chown((folder / ".").c_str(), kNobody, kNobody), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    const bool isOther = setgroups(0, nullptr) == 0 && setgid(kNobody) == 0 && setuid(kNobody) == 0;
+    EXPECT_TRUE(isOther);
+    act();
+    std::fflush(nullptr);
+    _exit(testing::Test::HasFailure() ? 1 : 0);
+  }
+  int ended = 0;
+  ASSERT_EQ(waitpid(child, &ended, 0), child);
+  EXPECT_EQ(ended, 0) << "as an ordinary user";
 }
 
 void Write(const std::string& path, const std::string& text) {

@@ -40,6 +40,10 @@ class Folder {
   std::filesystem::path path_;
 };
 
+/// Runs `act` as a user whom modes stop, who owns the folder: in a process of its own where the tests run as
+/// root. What it expects counts here.
+void AsOrdinaryUser(const Folder& folder, const std::function<void()>& act);
+
 void Write(const std::string& path, const std::string& text);
 std::string Read(const std::string& path);
 

@@ -1,19 +1,25 @@
 // Functions of the system that the test program stands in for, so that they can fail or be where a process
-// ends.
+// ends. Nothing is ever stored for good.
 #pragma once
 
 #include <functional>
+#include <string>
 
 namespace system_calls {
 
-/// Called for every fsync: the last step before a file gets its name.
-extern std::function<int()> insteadOfFsync;
-/// Called before every pwrite, with its number, from 1; -1 makes it fail.
-extern std::function<int(int number)> beforeWrite;
+/// Called before fsync, pwrite, close, flock, linkat, renameat, fchown, fchmod and fsetxattr, with the name
+/// and the file where there is one; -1 makes the call fail with the errno that it sets.
+extern std::function<int(const std::string& call, int file)> before;
+/// Called after those that went well.
+extern std::function<void(const std::string& call, int file)> after;
 /// Whether files need a name from the start.
 extern bool needsName;
+/// Whether pwrite stores half of what it is given.
+extern bool writesAreShort;
 
-/// Everything as the system has it (but that nothing is ever stored for good), and counting from 1 again.
+/// Has every call of that name fail with `error`.
+void Fail(const std::string& call, int error);
+/// Everything as the system has it.
 void Restore();
 
 }  // namespace system_calls
