@@ -36,6 +36,9 @@ class Text {
 /// The detail of this thread's last failure.
 Text& Detail() noexcept;
 
+/// Notes that this thread's failed call missed rows of a picture and nothing else.
+void NoteMissingRows() noexcept;
+
 /// Forgets what earlier calls of this thread left: every call of an application starts with it.
 void BeginCall() noexcept;
 
@@ -50,6 +53,9 @@ int Fail(int status, const Parts&... parts) noexcept {
 /// STATUS_NO_MEMORY with what was needed, and whether the limit or the system had no more.
 int FailForMemory(std::string_view what, std::uint64_t needed) noexcept;
 
+/// STATUS_NO_MEMORY for want of memory that was noticed far from what it was for.
+int FailForException() noexcept;
+
 /// Runs an application's call: no exception leaves it.
 template <class Call>
 int Guarded(Call&& call) noexcept {
@@ -57,7 +63,7 @@ int Guarded(Call&& call) noexcept {
   try {
     return std::forward<Call>(call)();
   } catch (const std::exception&) {
-    return Fail(STATUS_NO_MEMORY, "there is no memory left");
+    return FailForException();
   }
 }
 

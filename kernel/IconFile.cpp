@@ -202,7 +202,7 @@ int Compact(MemoryTarget* file) {
                 "; delete or replace it first");
   }
   const Relocation relocation(bodies, directoryBytes, directory.fileSize);
-  std::vector<std::uint8_t> compact(file->Data(), file->Data() + directoryBytes);
+  memory::Vector<std::uint8_t> compact(file->Data(), file->Data() + directoryBytes);
   for (std::size_t i = 0; i < directory.entries.size(); ++i) {
     ICONDIRENTRY& entry = directory.entries[i];
     entry.ImageOffset = static_cast<std::uint32_t>(relocation.Of(entry.ImageOffset));

@@ -116,6 +116,14 @@ int Finish(const LoadPlan& plan, const _BITMAPHANDLE& target, vx_bitmap* picture
   return STATUS_OK;
 }
 
+/// Whether the filter failed within the rows, which it can do without: it sets the order of the colours once
+/// headers and palette are read, and headerless data is all rows.
+bool MissesRowsAlone(const LoadPlan& plan, const _BITMAPHANDLE& target, int status) {
+  const bool tookHeaders =
+      plan.options.raw != nullptr || plan.wideFields || target.ColorOrder != kOrderOfTheFile;
+  return status == STATUS_READ_ERROR && tookHeaders && plan.options.allow_truncated == 0;
+}
+
 /// The hot spot of a cursor's page, which the filter does not tell.
 HotSpot FindHotSpot(vx_source& source, int page) {
   const Backend view = source.View();
@@ -147,6 +155,7 @@ int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bit
   if (status == STATUS_OK && !plan.isPng) status = sink.Allocate(plan.info.BitsPerPixel);
   if (status == STATUS_OK) status = RunFilter(*filter, source, &plan, &target, &sink);
   if (status == STATUS_OK) status = Finish(plan, target, picture.get());
+  if (MissesRowsAlone(plan, target, status)) NoteMissingRows();
   const int pageWorthSaying = plan.info.TotalPages > 1 ? plan.options.page : 0;
   if (status != STATUS_OK) return Explain(status, source, pageWorthSaying, TraceOfLastClosed());
   if (plan.isPng ? context.png.hasAlpha : sink.SawFourthByte()) picture->record.Flags |= kBitmapHasAlpha;

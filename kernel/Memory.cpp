@@ -35,7 +35,7 @@ struct alignas(64) Shard {
 std::array<Shard, 16> shards;
 std::atomic<std::uint64_t> inUse{0};
 std::atomic<std::uint64_t> limit{kDefaultLimit};
-thread_local std::uint64_t lastRefusal = 0;
+thread_local Refusal lastRefusal = {};
 
 Shard& ShardOf(const Header* header) noexcept {
   const auto address = reinterpret_cast<std::uintptr_t>(header);
@@ -70,6 +70,12 @@ bool Reserve(std::uint64_t bytes, std::uint64_t ceiling) noexcept {
   return true;
 }
 
+/// Notes a refusal while what led to it is still in use.
+void* Refuse(std::size_t size) noexcept {
+  lastRefusal = {size, InUse()};
+  return nullptr;
+}
+
 using Source = void* (*)(std::size_t);
 void* Plain(std::size_t size) noexcept {
   return std::malloc(size);
@@ -91,15 +97,11 @@ void* Zeroed(std::size_t size) noexcept {
 }
 
 void* Obtain(std::size_t size, Tag tag, Source source, std::uint64_t ceiling) noexcept {
-  if (size > kLargestBlock || !Reserve(size, ceiling)) {
-    lastRefusal = size;
-    return nullptr;
-  }
+  if (size > kLargestBlock || !Reserve(size, ceiling)) return Refuse(size);
   auto* header = static_cast<Header*>(source(sizeof(Header) + size));
   if (header == nullptr) {
     inUse.fetch_sub(size, std::memory_order_relaxed);
-    lastRefusal = size;
-    return nullptr;
+    return Refuse(size);
   }
   header->size = size;
   header->tag = tag;
@@ -132,6 +134,24 @@ void* AllocateRecord(std::size_t size, Tag tag) noexcept {
   return Obtain(size, tag, Plain, UINT64_MAX);
 }
 
+void* Resize(void* block, std::size_t size) noexcept {
+  Header* header = static_cast<Header*>(block) - 1;
+  const std::size_t before = header->size;
+  const std::size_t added = size > before ? size - before : 0;
+  if (size > kLargestBlock || !Reserve(added, Limit())) return Refuse(size);
+  Unlink(header);
+  auto* resized = static_cast<Header*>(std::realloc(header, sizeof(Header) + size));
+  if (resized == nullptr) {
+    Link(header);
+    inUse.fetch_sub(added, std::memory_order_relaxed);
+    return Refuse(size);
+  }
+  if (size < before) inUse.fetch_sub(before - size, std::memory_order_relaxed);
+  resized->size = size;
+  Link(resized);
+  return resized + 1;
+}
+
 void Free(void* block) noexcept {
   if (block == nullptr) return;
   Header* header = static_cast<Header*>(block) - 1;
@@ -158,12 +178,16 @@ bool Fits(std::uint64_t bytes) noexcept {
   return used <= ceiling && bytes <= ceiling - used;
 }
 
-std::uint64_t LastRefusal() noexcept {
+Refusal LastRefusalAndUse() noexcept {
   return lastRefusal;
 }
 
+std::uint64_t LastRefusal() noexcept {
+  return lastRefusal.bytes;
+}
+
 void ForgetRefusal() noexcept {
-  lastRefusal = 0;
+  lastRefusal = {};
 }
 
 std::vector<Live> LiveByTag() {

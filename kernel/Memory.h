@@ -24,7 +24,11 @@ struct Tag {
 /// As Allocate, counted but not held against the limit: for the kernel's own small records, without which it
 /// could not even say that the limit is reached.
 [[nodiscard]] void* AllocateRecord(std::size_t size, Tag tag) noexcept;
-/// Frees what the three above gave; null does nothing.
+/// Gives a block of Allocate's another size; what it holds stays as far as there is room for it, and what is
+/// added costs no pages until it is written. @return the block, which may have moved; null over the limit or
+/// out of memory: then it is as it was
+[[nodiscard]] void* Resize(void* block, std::size_t size) noexcept;
+/// Frees what the others gave; null does nothing.
 void Free(void* block) noexcept;
 
 constexpr std::uint64_t kDefaultLimit = std::uint64_t{1} << 30;
@@ -34,6 +38,13 @@ void SetLimit(std::uint64_t bytes) noexcept;
 /// Whether `bytes` more would stay below the limit now.
 [[nodiscard]] bool Fits(std::uint64_t bytes) noexcept;
 
+/// An allocation that failed, and what was in use when it did: much of that may be given back by the time
+/// that it is told.
+struct Refusal {
+  std::uint64_t bytes;
+  std::uint64_t inUse;
+};
+[[nodiscard]] Refusal LastRefusalAndUse() noexcept;
 /// Bytes of this thread's last allocation that failed; 0 when none did since ForgetRefusal.
 [[nodiscard]] std::uint64_t LastRefusal() noexcept;
 void ForgetRefusal() noexcept;
@@ -67,6 +78,27 @@ using Bytes = std::unique_ptr<std::uint8_t[], FreeBytes>;
 [[nodiscard]] inline Bytes MakeBytes(std::size_t size, Tag tag) noexcept {
   return Bytes(static_cast<std::uint8_t*>(Allocate(size, tag)));
 }
+
+/// Memory of a container's that is held against the limit. Throws std::bad_alloc.
+template <class T>
+struct Counted {
+  using value_type = T;
+  Counted() noexcept = default;
+  template <class Other>
+  Counted(const Counted<Other>& /*other*/) noexcept {}  // NOLINT(google-explicit-constructor): containers ask
+
+  [[nodiscard]] T* allocate(std::size_t count) {
+    void* block =
+        count > SIZE_MAX / sizeof(T) ? nullptr : Allocate(count * sizeof(T), {"kernel/Memory", __LINE__});
+    if (block == nullptr) throw std::bad_alloc();
+    return static_cast<T*>(block);
+  }
+  void deallocate(T* block, std::size_t /*count*/) noexcept { Free(block); }
+  bool operator==(const Counted& /*other*/) const noexcept { return true; }
+};
+/// For what grows with a picture, be it one row: rows may be as large as pictures.
+template <class T>
+using Vector = std::vector<T, Counted<T>>;
 
 /// @return a new T, or null when there is no memory. Throws what T's constructor throws.
 template <class T, class... Arguments>

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Colors.h"
+#include "Memory.h"
 
 namespace vxkrn {
 
@@ -56,7 +57,7 @@ class PaletteMapper {
   int lastRow_ = -2;
   bool leftward_ = false;
   /// Sixteenths of levels owed to the pixels of this row and the next, with a pixel before and behind them.
-  std::vector<Levels> owed_, owedNext_;
+  memory::Vector<Levels> owed_, owedNext_;
 };
 
 }  // namespace vxkrn

@@ -3,7 +3,7 @@
 #include "Picture.h"
 
 #include <algorithm>
-#include <cstring>
+#include <utility>
 
 #include "Errors.h"
 #include "Memory.h"
@@ -16,6 +16,27 @@ void vx_bitmap::ConvertOrder(int order) noexcept {
     vxkrn::ConvertRow16(vxkrn::StoredRow(record, row), record.Width, order);
   }
   record.ColorOrder = order;
+}
+
+void vx_bitmap::PutColors(int row, int first, std::span<const vxkrn::Rgba> pixels) noexcept {
+  vxkrn::Pack32(pixels, true, vxkrn::StoredRow(record, row) + std::ptrdiff_t{4} * first);
+  const bool isOpaque =
+      std::all_of(pixels.begin(), pixels.end(), [](vxkrn::Rgba pixel) { return pixel.alpha == 255; });
+  if (!isOpaque) record.Flags |= vxkrn::kBitmapHasAlpha;
+}
+
+int vxkrn::MakePicture(int width, int height, memory::Owned<vx_bitmap>* picture) {
+  const std::uint64_t bytes = PictureBytes(width, height, 32);
+  if (!memory::Fits(bytes)) return FailForMemory("the picture", bytes);
+  auto made = memory::Make<vx_bitmap>({"kernel/Picture", __LINE__});
+  if (made == nullptr) return FailForMemory("a bitmap record", sizeof(vx_bitmap));
+  _BITMAPHANDLE* record = &made->record;
+  int status = VX_InitBitmap(record, sizeof *record, width, height, 32);
+  if (status == STATUS_OK) status = VX_AllocateBitmap(record, 1);
+  if (status != STATUS_OK) return FailForMemory("the picture", bytes);
+  record->Orientation = ORIENT_TOP_DOWN;
+  *picture = std::move(made);
+  return STATUS_OK;
 }
 
 namespace {
@@ -68,23 +89,12 @@ int vx_bitmap_from_rgba(int width, int height, const uint8_t* rgba, vx_bitmap** 
       return vxkrn::Fail(VX_BAD_DIMENSIONS, width, " x ", height, " pixels; a side can have 1 to ",
                          vxkrn::kMaxSide);
     }
-    const std::uint64_t bytes = vxkrn::PictureBytes(width, height, 32);
-    if (!vxkrn::memory::Fits(bytes)) return vxkrn::FailForMemory("the picture", bytes);
-    auto made = vxkrn::memory::Make<vx_bitmap>({"kernel/Picture", __LINE__});
-    if (made == nullptr) return vxkrn::FailForMemory("a bitmap record", sizeof(vx_bitmap));
-    _BITMAPHANDLE* record = &made->record;
-    int status = VX_InitBitmap(record, sizeof *record, width, height, 32);
-    if (status == STATUS_OK) status = VX_AllocateBitmap(record, 1);
-    if (status != STATUS_OK) return vxkrn::FailForMemory("the picture", bytes);
-    record->Orientation = ORIENT_TOP_DOWN;
+    vxkrn::memory::Owned<vx_bitmap> made;
+    const int status = vxkrn::MakePicture(width, height, &made);
+    if (status != STATUS_OK) return status;
     const auto count = static_cast<std::size_t>(width);
     for (int row = 0; row < height; ++row, rgba += 4 * count) {
-      const auto* pixels = reinterpret_cast<const vxkrn::Rgba*>(rgba);
-      const std::span<const vxkrn::Rgba> all(pixels, count);
-      vxkrn::Pack32(all, true, vxkrn::StoredRow(*record, row));
-      const bool isOpaque =
-          std::all_of(all.begin(), all.end(), [](vxkrn::Rgba pixel) { return pixel.alpha == 255; });
-      if (!isOpaque) record->Flags |= vxkrn::kBitmapHasAlpha;
+      made->PutColors(row, 0, {reinterpret_cast<const vxkrn::Rgba*>(rgba), count});
     }
     *bitmap = made.release();
     return VX_OK;

@@ -2,8 +2,11 @@
 // outside and in stored order inside.
 #pragma once
 
+#include <span>
+
 #include "Bitmap.h"
 #include "HotSpot.h"
+#include "Memory.h"
 #include "Rows.h"
 #include "vx/vx.h"
 
@@ -20,4 +23,14 @@ struct vx_bitmap {
   void TakeColors() noexcept { colors = vxkrn::ColorsOf(record); }
   /// Rewrites 16-bit pixels from the layout they have to `order`; does nothing for other depths.
   void ConvertOrder(int order) noexcept;
+  /// Sets pixels of row `row` from the top, from pixel `first` on, of a picture of MakePicture's.
+  void PutColors(int row, int first, std::span<const vxkrn::Rgba> pixels) noexcept;
 };
+
+namespace vxkrn {
+
+/// Makes a picture of 32 bits from the top down, without alpha until a pixel is put that is not opaque.
+/// @return STATUS_OK, or STATUS_NO_MEMORY with its detail set
+[[nodiscard]] int MakePicture(int width, int height, memory::Owned<vx_bitmap>* picture);
+
+}  // namespace vxkrn

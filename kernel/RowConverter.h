@@ -49,7 +49,7 @@ class RowConverter {
   std::vector<Color> palette_;
   int transparentEntry_ = -1;
   std::optional<PaletteMapper> mapper_;  ///< none: indices stay what they are
-  std::vector<std::uint8_t> indices_;
+  memory::Vector<std::uint8_t> indices_;
 };
 
 /// Whether every pixel keeps its colour when the picture is converted so, but those that get the entry of

@@ -93,8 +93,8 @@ void ApplyRegion(Bytes inside, int width, std::uint8_t* rgba) noexcept {
   }
 }
 
-void Expand(const _BITMAPHANDLE& bitmap, const ColorTable& colors, Bytes row, std::uint8_t* rgba) noexcept {
-  const int width = bitmap.Width;
+void Expand(const _BITMAPHANDLE& bitmap, const ColorTable& colors, Bytes row, int width,
+            std::uint8_t* rgba) noexcept {
   switch (bitmap.BitsPerPixel) {
     case 1: ExpandIndices<1>(row, width, colors.data(), rgba); break;
     case 4: ExpandIndices<4>(row, width, colors.data(), rgba); break;
@@ -130,9 +130,14 @@ ColorTable ColorsOf(const _BITMAPHANDLE& bitmap) noexcept {
 
 void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow,
               std::uint8_t* rgba) noexcept {
-  Expand(bitmap, colors, StoredRow(bitmap, storedRow), rgba);
+  ReadRgba(bitmap, colors, storedRow, 0, bitmap.Width, rgba);
+}
+
+void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, int first, int count,
+              std::uint8_t* rgba) noexcept {
+  Expand(bitmap, colors, StoredRow(bitmap, storedRow) + PixelBytes(first, bitmap.BitsPerPixel), count, rgba);
   const unsigned char* inside = StoredRegionRow(bitmap, storedRow);
-  if (inside != nullptr && !HasAlpha(bitmap)) ApplyRegion(inside, bitmap.Width, rgba);
+  if (inside != nullptr && !HasAlpha(bitmap)) ApplyRegion(inside + first / 8, count, rgba);
 }
 
 void UnpackIndices(const std::uint8_t* row, int bitsPerPixel, std::span<std::uint8_t> indices) noexcept {

@@ -20,6 +20,10 @@ using ColorTable = std::array<Rgba, 256>;
 void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow,
               std::uint8_t* rgba) noexcept;
 
+/// The same for `count` pixels of the row from pixel `first` on, a multiple of 8.
+void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, int first, int count,
+              std::uint8_t* rgba) noexcept;
+
 /// Takes the indices of 1, 4 or 8 bits out of a row, one a byte.
 void UnpackIndices(const std::uint8_t* row, int bitsPerPixel, std::span<std::uint8_t> indices) noexcept;
 

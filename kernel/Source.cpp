@@ -32,23 +32,21 @@ int CloseView(void* /*user*/, void* /*file*/) {
 
 constexpr const char* kMemoryName = "memory";
 
-/// A source with a copy of its name but no file yet; null without memory.
-vxkrn::memory::Owned<vx_source> NewSource(const char* name) {
-  auto source = vxkrn::memory::Make<vx_source>({"kernel/Source", __LINE__});
-  if (source == nullptr) return source;
-  const std::size_t size = std::strlen(name) + 1;
-  source->name.reset(
-      static_cast<std::uint8_t*>(vxkrn::memory::AllocateRecord(size, {"kernel/Source", __LINE__})));
-  if (source->name == nullptr) return nullptr;
-  std::memcpy(source->name.get(), name, size);
-  return source;
-}
-
 const char* WhyNot(int error) {
   return error == 0 ? "the file functions refused it" : std::strerror(error);
 }
 
 }  // namespace
+
+vxkrn::memory::Owned<vx_source> vxkrn::NewSource(const char* name) {
+  auto source = memory::Make<vx_source>({"kernel/Source", __LINE__});
+  if (source == nullptr) return source;
+  const std::size_t size = std::strlen(name) + 1;
+  source->name.reset(static_cast<std::uint8_t*>(memory::AllocateRecord(size, {"kernel/Source", __LINE__})));
+  if (source->name == nullptr) return nullptr;
+  std::memcpy(source->name.get(), name, size);
+  return source;
+}
 
 vx_source::vx_source() noexcept : backend{}, file(nullptr), memory{} {}
 
@@ -78,10 +76,14 @@ bool vx_source::Hold() noexcept {
   if (bytes == nullptr || Peek(bytes.get(), count, 0) != count) return false;
   (void)backend.functions.close(backend.user, file);
   held = std::move(bytes);
-  memory = {held.get(), count};
+  ReadFromMemory(held.get(), count);
+  return true;
+}
+
+void vx_source::ReadFromMemory(const unsigned char* bytes, std::size_t size) noexcept {
+  memory = {bytes, size};
   backend = vxkrn::MemoryBackend(&memory);
   file = &memory;
-  return true;
 }
 
 std::int64_t vx_source::Size() const noexcept {
@@ -112,7 +114,7 @@ int vx_open_file(const char* path, vx_source** source) {
     if (path == nullptr || source == nullptr) {
       return vxkrn::Fail(VX_BAD_PARAMETER, "the path and the place for the source must be given");
     }
-    auto opened = NewSource(path);
+    auto opened = vxkrn::NewSource(path);
     if (opened == nullptr) return vxkrn::FailForMemory("opening a file", sizeof(vx_source));
     opened->backend = vxkrn::InstalledBackend();
     errno = 0;
@@ -136,11 +138,9 @@ int vx_open_memory(const void* bytes, size_t size, const char* name, vx_source**
       return vxkrn::Fail(VX_BAD_PARAMETER, "the block has ", size, " bytes; at most ", vxkrn::kLastPosition,
                          " can be read");
     }
-    auto opened = NewSource(name == nullptr ? kMemoryName : name);
+    auto opened = vxkrn::NewSource(name == nullptr ? kMemoryName : name);
     if (opened == nullptr) return vxkrn::FailForMemory("opening a block of memory", sizeof(vx_source));
-    opened->memory = {static_cast<const unsigned char*>(bytes), size};
-    opened->backend = vxkrn::MemoryBackend(&opened->memory);
-    opened->file = &opened->memory;
+    opened->ReadFromMemory(static_cast<const unsigned char*>(bytes), size);
     *source = opened.release();
     return VX_OK;
   });

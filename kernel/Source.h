@@ -20,6 +20,8 @@ struct vx_source {
   [[nodiscard]] const char* Name() const noexcept;
   /// Takes a file into memory, if it is not there yet. @return whether there was room and every byte came
   bool Hold() noexcept;
+  /// Becomes a source of these bytes, which must outlive it.
+  void ReadFromMemory(const unsigned char* bytes, std::size_t size) noexcept;
   /// Holds a small file that begins like an icon one: its directory is hopped through entry by entry, over
   /// and over.
   void HoldIfSmallIcon() noexcept;
@@ -32,3 +34,10 @@ struct vx_source {
   /// A backend that opens this source, for reading, under any name. The source must outlive it.
   [[nodiscard]] vxkrn::Backend View() noexcept;
 };
+
+namespace vxkrn {
+
+/// @return a source with a copy of its name but no file yet; null without memory.
+[[nodiscard]] memory::Owned<vx_source> NewSource(const char* name);
+
+}  // namespace vxkrn

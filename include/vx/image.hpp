@@ -88,6 +88,13 @@ class Bitmap {
     return Bitmap(bitmap);
   }
 
+  /// A smaller picture, of 32 bits: the means of blocks of pixels. @param largestSide pixels, 1 and more
+  [[nodiscard]] Bitmap Shrink(int largestSide) const {
+    vx_bitmap* smaller = nullptr;
+    Check(vx_bitmap_shrink(bitmap_.get(), largestSide, &smaller));
+    return Bitmap(smaller);
+  }
+
   [[nodiscard]] vx_bitmap_info Describe() const {
     vx_bitmap_info info;
     Check(vx_bitmap_describe(bitmap_.get(), &info));
@@ -105,7 +112,8 @@ class Bitmap {
   }
   /// One row as red, green, blue, alpha. @param rgba 4 x width bytes
   void ReadRgba(int row, std::uint8_t* rgba) const { Check(vx_bitmap_read_rgba(bitmap_.get(), row, rgba)); }
-  /// All rows from the top as red, green, blue, alpha.
+  /// All rows from the top as red, green, blue, alpha: 4 bytes a pixel, which the memory limit knows nothing
+  /// of.
   [[nodiscard]] std::vector<std::uint8_t> Rgba() const {
     const vx_bitmap_info info = Describe();
     const std::size_t rowBytes = static_cast<std::size_t>(info.width) * 4;
@@ -167,6 +175,13 @@ class Source {
                                      const std::string& name = "memory") {
     vx_source* source = nullptr;
     Check(vx_open_memory(bytes.data(), bytes.size(), name.c_str(), &source));
+    return Source(source);
+  }
+  /// Reads a stream to its end, unless it begins like no picture. @param flags vx_stream_flags
+  [[nodiscard]] static Source Stream(vx_read_function read, void* user, const std::string& name = "stream",
+                                     unsigned int flags = 0) {
+    vx_source* source = nullptr;
+    Check(vx_open_stream(read, user, name.c_str(), flags, &source));
     return Source(source);
   }
   /// Takes ownership.

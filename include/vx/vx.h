@@ -71,6 +71,12 @@ VX_API const char* vx_status_text(int status);
  * @return text valid until the thread's next call; "" when there is nothing to add to the status.
  */
 VX_API const char* vx_error_detail(void);
+/**
+ * Whether this thread's last failed call was a vx_load that found headers and palette whole, but not all the
+ * rows: then vx_load_options.allow_truncated makes a picture of what is there.
+ * @return 1 or 0; it holds until the thread's next call.
+ */
+VX_API int vx_error_rows_missing(void);
 
 /* ---- What a file holds --------------------------------------------------------------------------- */
 
@@ -129,6 +135,25 @@ VX_API int vx_open_file(const char* path, vx_source** source);
  * and must stay until vx_close. `name` (may be null) is used in messages only.
  */
 VX_API int vx_open_memory(const void* bytes, size_t size, const char* name, vx_source** source);
+/**
+ * Gives the next bytes of a stream to `buffer`, as many as there are now, and waits where there are none.
+ * @return how many, from 1 to count; 0 at the end, below 0 for an error. May not throw.
+ */
+typedef int64_t (*vx_read_function)(void* user, void* buffer, uint32_t count);
+
+typedef enum vx_stream_flags {
+  VX_STREAM_HEADERLESS = 1 /**< the stream may begin with any bytes: it is for vx_load_options.raw */
+} vx_stream_flags;
+
+/**
+ * Reads a stream - a pipe, a socket, what cannot be read twice - to its end, into memory that counts against
+ * the memory limit until vx_close. Where its first bytes are those of no picture it is read no further; what
+ * is wrong with them is told by vx_describe and vx_load. `name` (may be null) is used in messages only.
+ * @param flags vx_stream_flags @return VX_READ_ERROR when `read` fails, VX_NO_MEMORY when the stream goes on
+ * after the memory limit leaves no more, or after 2^32-2 bytes
+ */
+VX_API int vx_open_stream(vx_read_function read, void* user, const char* name, unsigned int flags,
+                          vx_source** source);
 /** Closes the source; null does nothing. Bitmaps loaded from it stay. */
 VX_API void vx_close(vx_source* source);
 
@@ -202,6 +227,15 @@ typedef struct vx_bitmap_info {
  * alpha. It has an alpha channel where some pixel is not opaque. The caller frees *bitmap.
  */
 VX_API int vx_bitmap_from_rgba(int width, int height, const uint8_t* rgba, vx_bitmap** bitmap);
+/**
+ * Makes a smaller 32-bit bitmap: every block of n x n pixels becomes one, n being the least whole number by
+ * which no side stays longer than `largest_side` pixels, 1 and more. Blocks at the right and at the bottom
+ * may be cut off. Light is averaged, not its coding, and pixels count for as much as can be seen of them.
+ * With n = 1 every pixel stays as it is. The fourth bytes are alpha whether or not the bitmap says that it
+ * has some; the rows follow one another from the top, without gaps. Beside the new bitmap this takes little
+ * memory. The caller frees *smaller. @return VX_NO_MEMORY where the new bitmap does not fit
+ */
+VX_API int vx_bitmap_shrink(const vx_bitmap* bitmap, int largest_side, vx_bitmap** smaller);
 VX_API int vx_bitmap_describe(const vx_bitmap* bitmap, vx_bitmap_info* info);
 /**
  * One row as stored: indices for 1 to 8 bits (leftmost pixel in the highest bits), little-endian

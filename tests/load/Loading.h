@@ -17,7 +17,8 @@ using Bytes = std::vector<uint8_t>;
 /// What became of one page.
 struct Outcome {
   int status = VX_OK;
-  std::string detail;  // of a failure
+  std::string detail;       // of a failure
+  bool missesRows = false;  // so the failure says
   vx_info info{};
   int width = 0;
   int height = 0;
@@ -32,7 +33,8 @@ Outcome LoadPage(std::span<const uint8_t> file, int page = 1, bool allowTruncate
 int PageCount(std::span<const uint8_t> file);
 
 /// Loads every page, with and without tolerance for files that end early, and expects each to end in a
-/// status that has a name, a failure with its reason. At most `maxPages` pages are looked at.
+/// status that has a name, a failure with its reason; those that say so, and no others, are helped by
+/// tolerance. At most `maxPages` pages are looked at.
 void ExpectDefinedOutcomes(std::span<const uint8_t> file, int maxPages = 8);
 
 Bytes ReadFile(const std::filesystem::path& path);
