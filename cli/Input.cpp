@@ -1,21 +1,14 @@
-// Regular files are opened by the library; everything else is read first.
+// Regular files are opened by the library; everything else is a stream that it reads.
 #include "Input.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdint>
-#include <iterator>
-#include <span>
 
 #include "Errors.h"
 #include "Output.h"
-#include "Text.h"
 
 namespace cli {
 namespace {
@@ -24,17 +17,11 @@ bool IsStandardInput(const char* path) {
   return path == kStandardStream;
 }
 
-/// Pipes, devices and sockets: what has to be read in one go. The library says what is wrong with the rest.
-bool IsStream(const char* path) {
-  if (IsStandardInput(path)) return true;
-  struct stat status {};
-  return stat(path, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
-}
-
 class Stream {
  public:
   explicit Stream(const char* path)
-      : isOwn_(!IsStandardInput(path)),
+      : path_(path),
+        isOwn_(!IsStandardInput(path)),
         descriptor_(isOwn_ ? open(path, O_RDONLY | O_NOCTTY | O_CLOEXEC) : STDIN_FILENO) {
     if (descriptor_ < 0) throw FileError::FromErrno(VX_OPEN_ERROR, InputName(path), "cannot open");
   }
@@ -44,53 +31,36 @@ class Stream {
   Stream(const Stream&) = delete;
   Stream& operator=(const Stream&) = delete;
 
-  /// @return the bytes read; 0 at the end, below 0 on an error.
-  ssize_t Read(uint8_t* buffer, size_t size) const {
+  /// Of a Stream `user`. @return the bytes read; 0 at the end, below 0 on an error.
+  static int64_t Read(void* user, void* buffer, uint32_t size) {
+    const auto* stream = static_cast<const Stream*>(user);
     ssize_t count = 0;
     do {
-      count = read(descriptor_, buffer, size);
+      count = read(stream->descriptor_, buffer, size);
     } while (count < 0 && errno == EINTR);
     return count;
   }
+  /// What errno says of the last read. @throws FileError
+  [[noreturn]] void FailToRead() const {
+    throw FileError::FromErrno(VX_READ_ERROR, InputName(path_), "cannot read");
+  }
 
  private:
+  const char* path_;
   bool isOwn_;
   int descriptor_;
 };
 
-/// Whether a picture can begin like this.
-bool MayBePicture(std::span<const uint8_t> bytes) {
-  constexpr std::array<uint8_t, 2> kSignatures[] = {{'B', 'M'}, {'B', 'A'}, {0, 0}, {0x89, 'P'}};
-  return std::any_of(std::begin(kSignatures), std::end(kSignatures), [&](const auto& signature) {
-    const size_t count = std::min(bytes.size(), signature.size());
-    return std::equal(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count), signature.begin());
-  });
-}
-
-Bytes ReadStream(const char* path, size_t most, Content content) {
-  const Stream stream(path);
-  Bytes bytes;
-  while (bytes.Size() < most && (content == Content::Headerless || MayBePicture(bytes.All()))) {
-    const std::span<uint8_t> room = bytes.Room(most);
-    const ssize_t count = stream.Read(room.data(), room.size());
-    if (count < 0) throw FileError::FromErrno(VX_READ_ERROR, InputName(path), "cannot read");
-    if (count == 0) break;
-    bytes.Add(static_cast<size_t>(count));
-  }
-  return bytes;
-}
-
-vx::Source OpenSource(const char* path, Content content, Bytes& bytes) {
+vx::Source OpenSource(const char* path, Content content) {
   if (!IsStream(path)) return vx::Source::File(path);
-  constexpr uint64_t kMostTheLibraryTakes = UINT32_MAX - 1;
-  const uint64_t limit = std::min(vx_memory_limit(), kMostTheLibraryTakes);
-  bytes = ReadStream(path, static_cast<size_t>(limit) + 1, content);
-  if (bytes.Size() > limit) {
-    throw FileError(VX_NO_MEMORY, InputName(path),
-                    fmt::format("goes on after {}; --memory-limit SIZE lets more be read, up to 4 GiB",
-                                ByteCount(limit)));
+  Stream stream(path);
+  const unsigned int flags = content == Content::Headerless ? VX_STREAM_HEADERLESS : 0;
+  try {
+    return vx::Source::Stream(Stream::Read, &stream, InputName(path), flags);
+  } catch (const vx::Error& error) {
+    if (error.status() == VX_READ_ERROR) stream.FailToRead();
+    throw;
   }
-  return vx::Source::Memory(bytes.All(), InputName(path));
 }
 
 }  // namespace
@@ -99,10 +69,27 @@ std::string InputName(const char* path) {
   return IsStandardInput(path) ? "standard input" : path;
 }
 
-Bytes ReadUpTo(const char* path, size_t most) {
-  return ReadStream(path, most, Content::Headerless);
+bool IsStream(const char* path) {
+  if (IsStandardInput(path)) return true;
+  struct stat status {};
+  // The library says what is wrong with folders.
+  return stat(path, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
-Input::Input(const char* path, Content content) : source_(OpenSource(path, content, bytes_)) {}
+std::vector<uint8_t> ReadUpTo(const char* path, size_t most) {
+  Stream stream(path);
+  std::vector<uint8_t> bytes(most);
+  size_t size = 0;
+  int64_t count = 1;
+  while (size < most && count > 0) {
+    count = Stream::Read(&stream, bytes.data() + size, static_cast<uint32_t>(most - size));
+    if (count < 0) stream.FailToRead();
+    size += static_cast<size_t>(count);
+  }
+  bytes.resize(size);
+  return bytes;
+}
+
+Input::Input(const char* path, Content content) : source_(OpenSource(path, content)) {}
 
 }  // namespace cli

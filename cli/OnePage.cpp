@@ -17,15 +17,6 @@ int ParsePage(const std::string& page) {
   throw UsageError(fmt::format("--page {}: a whole number from 1 is needed", Printable(page)));
 }
 
-/// Whether --allow-truncated would have helped. It does where rows are missing, not where headers are.
-bool LoadsWhenTruncated(const vx::Source& source, vx::LoadOptions options) try {
-  options.allow_truncated = 1;
-  static_cast<void>(source.Load(options));
-  return true;
-} catch (const vx::Error&) {
-  return false;
-}
-
 }  // namespace
 
 CLI::Option* OnePage::Declare(CLI::App& command) {
@@ -52,9 +43,8 @@ void OnePage::RemarkOnOthers(const vx::Source& source, const std::string& file) 
 
 vx::Bitmap LoadPage(const vx::Source& source, const vx::LoadOptions& options, Circumstances& at) try {
   return source.Load(options);
-} catch (const vx::Error& error) {
-  at.loadsWhenTruncated =
-      error.status() == VX_READ_ERROR && options.allow_truncated == 0 && LoadsWhenTruncated(source, options);
+} catch (const vx::Error&) {
+  at.loadsWhenTruncated = vx_error_rows_missing() != 0;
   throw;
 }
 

@@ -111,12 +111,11 @@ std::vector<uint8_t> FromTriplets(std::span<const uint8_t> file) {
 
 std::vector<uint8_t> ReadPalette(const std::string& path) {
   constexpr size_t kMaxSize = kMaxEntries * kEntrySize;
-  const Bytes read = ReadUpTo(path.c_str(), kMaxSize + 1);
-  const std::span<const uint8_t> file = read.All();
+  std::vector<uint8_t> file = ReadUpTo(path.c_str(), kMaxSize + 1);
   const bool isTriplets = std::find(std::begin(kTripletFileSizes), std::end(kTripletFileSizes),
                                     file.size()) != std::end(kTripletFileSizes);
   if (isTriplets) return FromTriplets(file);
-  if (!file.empty() && file.size() % kEntrySize == 0) return {file.begin(), file.end()};
+  if (!file.empty() && file.size() % kEntrySize == 0) return file;
   const std::string size =
       file.size() > kMaxSize ? fmt::format("more than {} bytes", kMaxSize) : ByteCount(file.size());
   throw FileError(

@@ -5,9 +5,22 @@
 
 namespace cli {
 
-/// @return the picture fitted into a square of `side` pixels, with nothing beside it where it is no square.
-/// Light is averaged, not its coding, and pixels count for as much as can be seen of them. @throws
-/// std::bad_alloc
-vx::Bitmap FitInto(const vx::Bitmap& picture, int side);
+/// A picture that pages of many sizes are made from. Takes what it needs of it, which has a bounded size
+/// whatever the picture's: the picture itself may go.
+class Resizable {
+ public:
+  /// @throws vx::Error
+  explicit Resizable(const vx::Bitmap& picture);
+
+  /// @return the picture fitted into a square of `side` pixels, with nothing beside it where it is no square.
+  /// Light is averaged, not its coding, and pixels count for as much as can be seen of them.
+  /// @param side 1 to 256 @throws vx::Error, std::bad_alloc
+  [[nodiscard]] vx::Bitmap FitInto(int side) const;
+
+ private:
+  int width_;  // the picture's
+  int height_;
+  vx::Bitmap pixels_;  // no side longer than the resizer takes
+};
 
 }  // namespace cli

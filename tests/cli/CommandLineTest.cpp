@@ -343,10 +343,17 @@ TEST_F(CommandLineTest, NeverReplacesItsInput) {
 }
 
 TEST_F(CommandLineTest, EndlessStreamsEnd) {
-  const Outcome zeros = shell.Run("vxbmp info /dev/zero --memory-limit 1MiB");
-  EXPECT_TRUE(Mentions(zeros.err, "/dev/zero: goes on after 1.0 MiB; --memory-limit")) << zeros.err;
+  for (const char* command : {"info /dev/zero", "convert /dev/zero o.png", "view - < /dev/zero",
+                              "pages /dev/zero", "icon /dev/zero -o o.ico"}) {
+    // More than a pipe's worth would be over the limit, and be told so.
+    const Outcome zeros = shell.Run(std::string("vxbmp --memory-limit 256K ") + command);
+    EXPECT_TRUE(Mentions(zeros.err, "icon") && !Mentions(zeros.err, "memory")) << zeros.err;
+  }
   const Outcome text = shell.Run("yes | vxbmp info -");
   EXPECT_TRUE(Mentions(text.err, "begins with the bytes 79 0A")) << text.err;
+  const Outcome bitmap = shell.Run("(printf BM; cat /dev/zero) | vxbmp info - --memory-limit 1MiB");
+  EXPECT_TRUE(Mentions(bitmap.err, "standard input: it goes on after 1048")) << bitmap.err;
+  EXPECT_TRUE(Mentions(bitmap.err, "hint: --memory-limit")) << bitmap.err;
 }
 
 TEST_F(CommandLineTest, NumbersAreDecimalAndValuesAreNotEmpty) {

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "Shell.h"
+#include "samples/Headers.h"
 #include "samples/Samples.h"
 
 namespace {
@@ -221,6 +222,26 @@ TEST_F(PagesTest, DescriptorsAreDestinationsEverywhere) {
     EXPECT_EQ(shell_.Run(command).err, "") << command;
     EXPECT_TRUE(shell_.Read("out") == expected) << command;
   }
+}
+
+TEST_F(PagesTest, IconsOfLargePicturesTakeLittleMemory) {
+  // One run-length code, and a side that overflows the tables of resizers.
+  samples::ImageHeader header;
+  header.width = 1 << 27;
+  header.height = 1;
+  header.bits = 8;
+  header.compression = samples::Compression::Rle8;
+  shell_.Write("wide.bmp", samples::BitmapFile(samples::Encode(header),
+                                               samples::EncodePalette({{255, 0, 0, 255}}, 256, 4), {0, 1}));
+  Expect(0, "icon wide.bmp -o a.ico --sizes 16");
+  EXPECT_EQ(Listed("a.ico"), "16x16@1 0");
+
+  // One picture at a time, and none that is not needed.
+  shell_.Run("head -c 196608 /dev/zero | vxbmp convert --raw 256x256x24 - b.bmp");
+  shell_.Run("head -c 49152 /dev/zero | vxbmp convert --raw 128x128x24 - s.bmp");
+  Expect(0, "icon b.bmp s.bmp b.bmp b.bmp s.bmp - -o a.ico --sizes 16 --memory-limit 240K < s.bmp");
+  Expect(1, "icon b.bmp -o a.ico --sizes 16 --memory-limit 300K", "needs 262144 bytes");
+  Expect(1, "icon b.bmp -o a.ico --memory-limit 120K", "b.bmp: the picture needs 196608 bytes");
 }
 
 }  // namespace
