@@ -29,10 +29,10 @@ struct Counts {
 
 /// The file behind the ordinary choices at first, then behind others.
 Bytes BehindChoices(int run, const Bytes& file, std::mt19937& random) {
-  Bytes bytes(fuzz::kChoices, 0);
-  for (std::uint8_t& choice : bytes)
-    choice = run == 0 ? std::uint8_t{0} : static_cast<std::uint8_t>(random());
-  bytes.insert(bytes.end(), file.begin(), file.end());
+  Bytes bytes(fuzz::kChoices + file.size());
+  const auto choices = bytes.begin() + fuzz::kChoices;
+  if (run > 0) std::generate(bytes.begin(), choices, [&] { return static_cast<std::uint8_t>(random()); });
+  std::copy(file.begin(), file.end(), choices);
   return bytes;
 }
 
