@@ -15,20 +15,21 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <sstream>
 #include <string>
 
 namespace {
 
 struct Fault {
-  char act[8] = "";
-  char kind[16] = "";
-  int number = 0;
-  int error = 0;
+  std::string act, kind, number, error;
 
   Fault() {
     const char* text = std::getenv("VX_FAULT");
-    if (text != nullptr) std::sscanf(text, "%7[^:]:%15[^:]:%d:%d", act, kind, &number, &error);
+    std::istringstream parts(text != nullptr ? text : "");
+    for (std::string* part : {&act, &kind, &number, &error}) std::getline(parts, *part, ':');
   }
+  int Error() const { return error.empty() ? EIO : std::stoi(error); }
+  bool Is(const char* name) const { return act == name; }
 };
 
 std::map<std::string, int>& Counts() {
@@ -41,8 +42,8 @@ bool IsHit(const char* kind) {
   static const auto* fault = new Fault;
   ++Counts()["any"];
   const int number = ++Counts()[kind];
-  if (fault->act[0] == 'k' && Counts()["any"] == fault->number) raise(SIGKILL);
-  return number == fault->number && std::string(fault->kind) == kind;
+  if (fault->Is("kill") && std::to_string(Counts()["any"]) == fault->number) raise(SIGKILL);
+  return std::to_string(number) == fault->number && fault->kind == kind;
 }
 
 template <class Result, class... Arguments>
@@ -57,7 +58,7 @@ template <class Result, class... Arguments>
 Result Call(const char* name, Arguments... arguments) {
   static const Fault fault;
   if (!IsHit(name)) return Pass<Result>(name, arguments...);
-  errno = fault.error;
+  errno = fault.Error();
   return -1;
 }
 
@@ -70,10 +71,6 @@ __attribute__((destructor)) void Log() {
   std::fclose(file);
 }
 
-mode_t ModeOf(int flags, va_list list) {
-  return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(list, mode_t) : 0;
-}
-
 }  // namespace
 
 #pragma GCC visibility push(default)
@@ -82,14 +79,14 @@ extern "C" {
 int open(const char* path, int flags, ...) {
   va_list list;
   va_start(list, flags);
-  const mode_t mode = ModeOf(flags, list);
+  const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(list, mode_t) : 0;
   va_end(list);
   return Call<int>("open", path, flags, mode);
 }
 int openat(int folder, const char* path, int flags, ...) {
   va_list list;
   va_start(list, flags);
-  const mode_t mode = ModeOf(flags, list);
+  const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(list, mode_t) : 0;
   va_end(list);
   return Call<int>("openat", folder, path, flags, mode);
 }
@@ -104,9 +101,8 @@ ssize_t pread(int file, void* bytes, size_t count, off_t at) {
 }
 ssize_t pwrite(int file, const void* bytes, size_t count, off_t at) {
   static const Fault fault;
-  if (fault.act[0] == 's' && IsHit("pwrite"))
-    return Pass<ssize_t>("pwrite", file, bytes, (count + 1) / 2, at);
-  if (fault.act[0] == 's') return Pass<ssize_t>("pwrite", file, bytes, count, at);
+  if (fault.Is("short") && IsHit("pwrite")) return Pass<ssize_t>("pwrite", file, bytes, (count + 1) / 2, at);
+  if (fault.Is("short")) return Pass<ssize_t>("pwrite", file, bytes, count, at);
   return Call<ssize_t>("pwrite", file, bytes, count, at);
 }
 ssize_t read(int file, void* bytes, size_t count) {
@@ -118,7 +114,7 @@ ssize_t write(int file, const void* bytes, size_t count) {
 int fsync(int /*file*/) {
   static const Fault fault;
   if (!IsHit("fsync")) return 0;
-  errno = fault.error;
+  errno = fault.Error();
   return -1;
 }
 int ftruncate(int file, off_t size) noexcept {
