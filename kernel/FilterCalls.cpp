@@ -36,7 +36,8 @@ int Watched(const Backend& backend, const char* name, const Call& call) {
   int status = call();
   const int openError = status == STATUS_OPEN_WRITE_ERROR ? errno : 0;
   const LateWrite late = TakeLateWrite();
-  if (status == STATUS_OK && late.failed) status = STATUS_WRITE_ERROR;
+  // Bytes that wait are written when the filter reads next, and then it is the read that fails.
+  if (late.failed && (status == STATUS_OK || status == STATUS_READ_ERROR)) status = STATUS_WRITE_ERROR;
   return status == STATUS_OK ? status : ExplainWrite(status, name, late.failed ? late.error : openError);
 }
 

@@ -368,7 +368,7 @@ TEST_F(Editing, WhatFailsOrEndsInTheMiddleLeavesTheOldFile) {
 TEST_F(Editing, AfterOneThatFailedHalfWayOnlyTheEndIsLeft) {
   vx::Edit edit(icon_, VX_EDIT_IN_PLACE);
   system_calls::Fail("pwrite", ENOSPC);
-  ExpectFailure(VX_WRITE_ERROR, "", [&] { edit.Add(Soft(20)); });
+  ExpectFailure(VX_WRITE_ERROR, "No space", [&] { edit.Add(Soft(20)); });
   system_calls::Restore();
   ExpectFailure(VX_BAD_PARAMETER, "half way", [&] { edit.Delete(1); });
   ExpectFailure(VX_BAD_PARAMETER, "half way", [&] { edit.Commit(); });
