@@ -54,7 +54,8 @@ std::int64_t MendedIcon::ReadAt(void* user, void* /*file*/, void* buffer, std::u
   if (begin >= end) return got;
   const void* entries = self.entries_.data();
   std::memcpy(static_cast<unsigned char*>(buffer) + (begin - position),
-              static_cast<const unsigned char*>(entries) + (begin - entriesBegin), end - begin);
+              static_cast<const unsigned char*>(entries) + (begin - entriesBegin),
+              static_cast<std::size_t>(end - begin));
   return got;
 }
 
