@@ -38,7 +38,8 @@ struct Stream {
     auto* self = static_cast<Stream*>(user);
     const uint64_t most = std::min({uint64_t{count}, uint64_t{self->chunk}, self->size - self->taken});
     for (uint64_t i = 0; i < most; ++i, ++self->taken) {
-      static_cast<char*>(buffer)[i] = self->taken < self->start.size() ? self->start[self->taken] : '\0';
+      static_cast<char*>(buffer)[i] =
+          self->taken < self->start.size() ? self->start[static_cast<size_t>(self->taken)] : '\0';
     }
     return most == 0 && self->fails ? -1 : static_cast<int64_t>(most);
   }
