@@ -377,8 +377,7 @@ TEST_F(Application, SaysWhereAFileIsWrong) {
     EXPECT_NE(what.find("a.bmp: "), std::string::npos) << what;
   }
   const std::string name = std::string(600, 'a') + "end.bmp";
-  const std::string what =
-      FailureOf(VX_READ_ERROR, [&] { (void)vx::Source::Memory(Bytes{}, name).Load(); });
+  const std::string what = FailureOf(VX_READ_ERROR, [&] { (void)vx::Source::Memory(Bytes{}, name).Load(); });
   EXPECT_NE(what.find("...aaa"), std::string::npos) << what;
   EXPECT_NE(what.find("aend.bmp: the file is empty"), std::string::npos) << what;
 }
