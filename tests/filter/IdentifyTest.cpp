@@ -48,7 +48,13 @@ TEST(Identify, EveryBitmapHeader) {
        "6 4x2x8 =8 up 0 -95,72"},
       {"RLE8", {{.bits = 8, .compression = 1}}, "84 4x2x8 =8 up 0 96,96 Run Length"},
       {"RLE4", {{.width = 5, .bits = 4, .compression = 2}}, "84 5x2x4 =6 up 0 96,96 Run Length"},
+      {"no rows", {{.height = 0}}, "6 4x0x24 =0 up 1 96,96"},
+      {"resolution half way between two", {{.xPixelsPerMetre = 2500}}, "6 4x2x24 =24 up 1 64,96"},
+      {"a coding that nobody knows", {{.compression = 4}}, "84 4x2x24 =24 up 1 96,96 Run Length"},
       {"5-6-5", {{.bits = 16, .compression = 3}, k565}, "6 4x2x16 =16 up 7 96,96"},
+      {"5-6-5 but for the last byte",
+       {{.bits = 16, .compression = 3}, Words({0xF800, 0x07E0, 0x0100001F})},
+       "6 4x2x16 =16 up 1 96,96"},
       {"5-6-5 masks, but no bit fields", {{.bits = 16}, k565}, "6 4x2x16 =16 up 1 96,96"},
       {"5-6-5 masks at 32 bits", {{.bits = 32, .compression = 3}, k565}, "6 4x2x32 =32 up 1 96,96"},
       {"5-6-5 in an array: past the block",
@@ -118,6 +124,7 @@ TEST(Identify, RefusalsAndWhatTheyLeaveWritten) {
        Join({BitmapFile{{.size = 13, .width = 7, .height = -9}}.Encode(), Repeat(8, 0xFF)}), STATUS_FAILURE,
        "74 7x-9x0 =0 - 0 0,0"},
       {"2 bits", BitmapFile{{.bits = 2}}.Encode(), STATUS_BAD_FORMAT, "6 4x2x0 =0 - 0 0,0"},
+      {"3 bits", BitmapFile{{.bits = 3}}.Encode(), STATUS_BAD_FORMAT, "6 4x2x0 =0 - 0 0,0"},
       {"directory of type 3", Hex("0000 0300 0100"), STATUS_BAD_FORMAT},
       {"directory without entries", Hex("0000 0100 0000"), STATUS_BAD_FORMAT},
       {"directory without its entry", Hex("0000 0100 0100"), STATUS_READ_ERROR},
@@ -152,6 +159,9 @@ TEST(Identify, KeepsWhatTheFileDoesNotSay) {
     EXPECT_EQ(rig.info.TotalPages, before.TotalPages);
     EXPECT_EQ(rig.info.PageNumber, before.PageNumber);
     EXPECT_EQ(std::memcmp(rig.info.Reserved3, before.Reserved3, sizeof before.Reserved3), 0);
+    rig.kernel.file = BitmapFile{{.bits = 8, .compression = 1}}.Encode();
+    EXPECT_EQ(rig.Identify(), STATUS_OK);
+    EXPECT_STREQ(rig.info.Compression, "Run Length");
   }
 }
 
@@ -258,7 +268,7 @@ TEST(Identify, PngPageComesFromTheKernel) {
     rig.kernel.pngInfo.Orientation = ORIENT_TOP_DOWN;
     rig.kernel.pngInfo.ColorOrder = ORDER_BGR;
     rig.kernel.pngInfo.YResolution = 77;
-    std::strcpy(rig.kernel.pngInfo.Compression, "PNG by the kernel!!");
+    std::memcpy(rig.kernel.pngInfo.Compression, "PNG by the kernel!!!", sizeof rig.info.Compression);
     EXPECT_EQ(rig.Identify(), STATUS_OK);
     EXPECT_EQ(Describe(rig.info), entryBits == 0 ? "321 100x5x2 =125 down 1 0,77 PNG by the kernel!!"
                                                  : "321 100x5x24 =1500 down 1 0,77 PNG by the kernel!!");

@@ -43,7 +43,7 @@ TEST(Load, RefusalsLeaveTheTargetUntouched) {
       {"pixels at the greatest offset", BitmapFile{{}, {}, {}, false, 0xFFFFFFFF}.Encode(),
        STATUS_SEEK_ERROR},
       {"directory cut", Hex("0000 0100 01"), STATUS_BAD_FORMAT},
-      {"directory of type 3", Join({Hex("0000 0300 0100"), Repeat(90, 0)}), STATUS_BAD_FORMAT},
+      {"directory of type 3", IconFile(3, {Icon({}, Repeat(16, 0))}), STATUS_BAD_FORMAT},
       {"entry cut", Part(icon, 0, 21), STATUS_BAD_FORMAT},
       {"image cut before its eighth byte", Part(icon, 0, 29), STATUS_READ_ERROR},
       {"image header cut", Part(icon, 0, 61), STATUS_BAD_FORMAT},

@@ -165,7 +165,9 @@ TEST(Load, OrientationAndColourOrder) {
   const BitmapFile down{{.height = -2}, {}, Repeat(24, 0)};
   const BitmapFile gray{{.bits = 8}, Repeat(1024, 0), Repeat(8, 0)};
   const BitmapFile f565 = Fields(16, {0xF800, 0x07E0, 0x001F});
+  const BitmapFile flat{{.height = 0}};
   const Case cases[] = {{"top-down", down, kOther, ORIENT_TOP_DOWN, ORDER_BGR},
+                        {"no rows", flat, kOther, ORIENT_BOTTOM_UP, ORDER_BGR},
                         {"palette", gray, kOther, ORIENT_BOTTOM_UP, ORDER_RGB},
                         {"5-6-5", f565, kOther, ORIENT_BOTTOM_UP, ORDER_565},
                         {"5-6-5, but the kernel had RGB", f565, ORDER_RGB, ORIENT_BOTTOM_UP, ORDER_RGB},
@@ -182,7 +184,7 @@ TEST(Load, OrientationAndColourOrder) {
     EXPECT_EQ(rig.kernel.target.Orientation, each.orientation);
     EXPECT_EQ(rig.kernel.target.ColorOrder, each.order);
     EXPECT_EQ(rig.kernel.target.ColorCount, each.file.header.bits == 8 ? 256 : 0);
-    EXPECT_EQ(rig.kernel.rows.size(), 2U);
+    EXPECT_EQ(rig.kernel.rows.size(), each.file.header.height == 0 ? 0U : 2U);
   }
 }
 
@@ -210,7 +212,9 @@ TEST(Load, MasksAreJudgedThenStoredThenApplied) {
     rig.load.RedMask = rig.load.GreenMask = rig.load.BlueMask = 1;
     const _BITMAPHANDLE before = rig.kernel.target;
     EXPECT_EQ(rig.Load(), each.status);
-    EXPECT_EQ(rig.load.RedMask != 1 && rig.load.GreenMask != 1 && rig.load.BlueMask != 1, each.stored);
+    for (const auto mask : {rig.load.RedMask, rig.load.GreenMask, rig.load.BlueMask}) {
+      EXPECT_EQ(mask != 1, each.stored);
+    }
     if (each.stored) {
       EXPECT_EQ(ToHex(rig.kernel.rows.at(0).bytes), each.firstRow);
     } else {

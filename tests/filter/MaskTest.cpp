@@ -2,6 +2,8 @@
 // releases in which order.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "Rig.h"
 
 namespace {
@@ -102,6 +104,8 @@ TEST(Mask, RowsAreThoseOfTheTarget) {
     ASSERT_EQ(rig.kernel.maskRows.size(), static_cast<std::size_t>(each.height));
     Bytes put;
     for (auto row : rig.kernel.maskRows) {
+      const auto own = static_cast<std::ptrdiff_t>(each.rowSize);
+      EXPECT_EQ(std::count(row.begin() + own, row.end(), 0), each.more) << "what the file has not is 0";
       row.resize(each.rowSize);
       put = Join({put, row});
     }

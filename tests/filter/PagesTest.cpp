@@ -194,8 +194,14 @@ TEST(Pages, WhatIsNotThereIsRefusedUntouched) {
     EXPECT_EQ(rig.kernel.Log({Kind::kWrite, Kind::kBeginSave}), "");
   };
   const Bytes two = IconOf({10, 20});
-  Bytes full = Hex("0000 0100 ffff");
-  full.resize(6 + 16 * 65535);
+  Bytes full = Hex("0000 0100 feff");
+  full.resize(6 + 16 * 65534);
+  PageRig last(full);
+  EXPECT_EQ(last.Put(SAVE_PAGE_INSERT, 65535), STATUS_OK);
+  full = last.kernel.file;
+  PageRig nowhere(two);
+  nowhere.kernel.fault = Fault{Kind::kOpen, 1};
+  EXPECT_EQ(nowhere.Delete(1), STATUS_OPEN_WRITE_ERROR);
   for (const int page : {0, -1, 3, 70000}) {
     refused(two, STATUS_BAD_PAGE, [page](PageRig& rig) { return rig.Delete(page); });
   }

@@ -50,6 +50,7 @@ TEST(Raw, CodingFollowsFormatAndDepth) {
   const Case cases[] = {
       {"plain with masks", FMT_RAW, 16, "ff0f1204", RAW_HAS_MASKS, 0xF00, 0xF0, 0xF, "de7b4420", plain},
       {"fields", FMT_RAW_BITFIELDS, 16, "ff0f1204", RAW_HAS_MASKS, 0xF00, 0xF0, 0xF, "de7b4420", plain},
+      {"fields at 8 bits, which are RLE8", FMT_RAW_BITFIELDS, 8, "04ff", 0, 0, 0, 0, "ffffffff", coded},
       {"fields without masks", FMT_RAW_BITFIELDS, 16, "ff0f1234", 0, 0xF00, 0xF0, 0xF, "ff0f1234", plain},
       {"5-6-5", FMT_RAW_BITFIELDS, 16, "ff0f1234", RAW_HAS_MASKS, 0xF800, 0x7E0, 0x1F, "ff0f1234", plain},
       {"masks at 32 bits", FMT_RAW_BITFIELDS, 32, "0102030405060708", RAW_HAS_MASKS, 1, 2, 3,

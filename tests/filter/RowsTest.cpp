@@ -51,6 +51,7 @@ TEST(Rows, HostileSizesEndInAStatus) {
   };
   const Case cases[] = {{{.width = INT_MAX, .bits = 32}, STATUS_NO_MEMORY},
                         {{.width = INT_MAX / 4 + 1, .bits = 1}, STATUS_NO_MEMORY},
+                        {{.width = 1 << 28, .height = 0, .bits = 1}, STATUS_NO_MEMORY},
                         {{.width = INT_MIN, .bits = 24}, STATUS_NO_MEMORY},
                         {{.height = INT_MIN}, STATUS_OK},
                         {{.height = INT_MAX}, STATUS_READ_ERROR},

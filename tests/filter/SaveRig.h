@@ -26,6 +26,7 @@ class SaveRig {
     dispatch.EndSave = FakeEndSave;
     dispatch.SaveToMemory = FakeSaveToMemory;
     kernel.saved.converted.BytesPerLine = RowSize();
+    kernel.saved.converted.ColorCount = 2;  // as if it said so at every depth
     kernel.saved.converted.XResolution = 96;
     kernel.saved.converted.YResolution = 300;
     kernel.saved.maskBytesPerLine = MaskRowSize();
