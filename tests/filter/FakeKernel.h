@@ -92,7 +92,7 @@ struct Saved {
   static std::uint8_t PixelAt(int row, int i) {
     switch (row) {
       case 2: return static_cast<std::uint8_t>(i / 300);
-      case 3: return static_cast<std::uint8_t>(i % 9 < 4 ? 7 : i);
+      case 3: return static_cast<std::uint8_t>(i % 11 < 4 ? 7 : i);
       case 4: return static_cast<std::uint8_t>(i % 5 < 2 ? 7 : i);
       default: return static_cast<std::uint8_t>((37 * row + i * i / 7) / 3);
     }

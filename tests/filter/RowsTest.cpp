@@ -64,7 +64,9 @@ TEST(Rows, HostileSizesEndInAStatus) {
     rig.kernel.rowsAccepted = 3;
     rig.load.ReadBufferSize = each.bufferSize;
     EXPECT_EQ(rig.Decode(each.image), each.status) << each.image.width << 'x' << each.image.height;
-    if (each.status == STATUS_NO_MEMORY) EXPECT_EQ(rig.kernel.Log({Kind::kAlloc}), "");
+    if (each.status == STATUS_NO_MEMORY) {
+      EXPECT_EQ(rig.kernel.Log({Kind::kAlloc}), "");
+    }
   }
 }
 
