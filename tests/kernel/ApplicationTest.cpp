@@ -157,6 +157,8 @@ TEST_F(Application, DeliversTheOrderAskedFor) {
       for (std::size_t i = 0; i < before.size(); ++i) {
         // Green may lose its sixth bit; nothing else may change.
         ASSERT_LE(std::abs(before[i] - after[i]), i % 4 == 1 ? 5 : 0) << "byte " << i;
+        const bool isRounded = is565 || order == VX_ORDER_BGR || i % 4 != 1;
+        ASSERT_TRUE(isRounded || std::abs(before[i] - after[i]) <= 2) << "five bits fill six, byte " << i;
       }
       ASSERT_EQ(before[255 * 4 + 1] == 255, after[255 * 4 + 1] == 255);
     }
@@ -239,6 +241,10 @@ TEST_F(Application, KnowsItsPages) {
   EXPECT_STREQ(source.Describe(2).compression, "PNG");
   EXPECT_EQ(FailureOf(VX_BAD_PAGE, [&] { (void)source.Load(3); }),
             "STATUS_BAD_PAGE: moon.ico has no page 3: its pages are 1 to 2");
+  samples::Page unused = samples::AlphaPage(moon);  // whose fourth bytes are all 0
+  for (std::size_t i = 40 + 3; i < 40 + 16 * 16 * 4; i += 4) unused.body[i] = 0;
+  const Bytes plain = samples::IconFile(samples::IconType::Icon, {unused});
+  EXPECT_EQ(vx::Source::Memory(plain).Load().Describe().has_alpha, 0);
   // The second page's directory entry may claim any depth: what is described is one that bitmaps have.
   for (const unsigned int depth : {0U, 3U, 255U}) {
     Bytes odd = icon;
@@ -332,6 +338,11 @@ TEST_F(Application, RefusesOptionsOutOfTheirRange) {
   EXPECT_EQ(vx_load(nullptr, nullptr, nullptr), VX_BAD_PARAMETER);
   EXPECT_EQ(vx_describe(source.Get(), 1, nullptr), VX_BAD_PARAMETER);
   EXPECT_EQ(vx_open_memory(nullptr, 1, nullptr, nullptr), VX_BAD_PARAMETER);
+  vx_source* left = source.Get();
+  EXPECT_EQ(vx_open_memory(&raw, UINT32_MAX, nullptr, &left), VX_BAD_PARAMETER);
+  left = source.Get();
+  EXPECT_EQ(vx_open_file("/nonesuch/a.bmp", &left), VX_OPEN_ERROR);
+  EXPECT_EQ(left, nullptr);
 }
 
 TEST_F(Application, ReadsHeaderlessPixelsWhereAndAsItIsTold) {

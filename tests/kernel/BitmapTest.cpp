@@ -153,8 +153,11 @@ TEST_F(Bitmaps, WithoutARegionAreAllInside) {
   _BITMAPHANDLE garbage;  // a record nobody made valid
   std::memset(&garbage, 0xA5, sizeof garbage);
   EXPECT_EQ(VX_CreateMaskFromBitmapRgn(&bitmap, &garbage, 100), STATUS_BAD_PARAMETER);
-  vxkrn::memory::SetLimit(vxkrn::memory::InUse() + 4);
-  EXPECT_EQ(VX_CreateMaskFromBitmapRgn(&bitmap, &garbage, sizeof garbage), STATUS_NO_MEMORY);
+  for (const unsigned int more : {4U, 8U}) {  // for less than the pixels, and for no palette
+    vxkrn::memory::SetLimit(vxkrn::memory::InUse() + more);
+    EXPECT_EQ(VX_CreateMaskFromBitmapRgn(&bitmap, &garbage, sizeof garbage), STATUS_NO_MEMORY);
+    EXPECT_TRUE(garbage.Pixels == nullptr && garbage.Palette == nullptr);
+  }
   VX_FreeBitmap(&garbage);
 }
 

@@ -102,6 +102,7 @@ Converted Convert(OwnedBitmap& bitmap, Depth depth, int arg1 = CONVERT_PALETTE_B
   EXPECT_EQ(converted->XResolution * 1000 + converted->YResolution, 96 * 1000 + bitmap.YResolution);
   picture.ColorOrder = converted->ColorOrder;
   result.entries = file->ColorCount;
+  EXPECT_LE(result.entries, depth.bits <= 8 ? 1 << depth.bits : 0);
   if (depth.bits <= 8) {
     EXPECT_EQ(VX_SetBitmapNewPalette(&picture, file->Palette, 1 << depth.bits), STATUS_OK);
     for (int i = 0; i < 1 << depth.bits; ++i) result.palette.push_back(vxkrn::ColorOf(file->Palette[i]));
@@ -112,6 +113,8 @@ Converted Convert(OwnedBitmap& bitmap, Depth depth, int arg1 = CONVERT_PALETTE_B
     std::copy_n(buffer, picture.BytesPerLine, vxkrn::StoredRow(picture, row));
     EXPECT_TRUE(
         std::all_of(buffer + used, buffer + picture.BytesPerLine, [](unsigned char b) { return b == 0; }));
+    const int spare = 8 * used - bitmap.Width * depth.bits;  // bits of the last byte
+    EXPECT_TRUE(used == 0 || (buffer[used - 1] & ((1 << spare) - 1)) == 0);
     for (int i = 3; depth.bits == 32 && i < used; i += 4) EXPECT_EQ(buffer[i], 0) << "no alpha came in";
   }
   result.colors = ColorsIn(picture);
@@ -176,6 +179,16 @@ TEST_F(ConvertTest, ColoursThatDoNotFitBecomeTheNearest) {
       }
     }
   }
+}
+
+TEST_F(ConvertTest, ChosenColoursAreTheMeansOfWhatTheyStandFor) {
+  OwnedBitmap greys;
+  ASSERT_EQ(VX_InitBitmap(&greys, sizeof(_BITMAPHANDLE), 16, 1, 24), STATUS_OK);
+  ASSERT_EQ(VX_AllocateBitmap(&greys, 1), STATUS_OK);
+  for (int x = 0; x < 16; ++x) {
+    std::fill_n(greys.Pixels + 3 * x, 3, static_cast<unsigned char>(x < 8 ? x : 240 + x));
+  }
+  EXPECT_EQ(Convert(greys, {1}).palette, (std::vector<Color>{0x040404, 0xFCFCFC}));
 }
 
 TEST_F(ConvertTest, DiffusionKeepsTheMean) {
@@ -249,6 +262,12 @@ TEST_F(ConvertTest, PalettesAreOwnThenExactThenChosen) {
   EXPECT_TRUE(
       std::all_of(own.palette.begin() + 16, own.palette.end(), [](Color color) { return color == 0; }));
   EXPECT_NE(Convert(indexed, {8}, CONVERT_PALETTE_FIXED).palette, own.palette);
+
+  OwnedBitmap high;  // with an index that 4 bits do not have
+  Make(&high, {8}, 20, 20, 5);
+  high.Palette[20] = {1, 2, 3, 0};
+  high.Pixels[0] = 20;
+  EXPECT_EQ(Convert(high, {4}).colors, ColorsIn(high));
 
   OwnedBitmap few;
   Make(&few, {24}, 20, 20, 5);

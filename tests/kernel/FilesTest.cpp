@@ -13,6 +13,7 @@
 #include <random>
 
 #include "Leaks.h"
+#include "MemoryTarget.h"
 #include "Source.h"
 
 namespace {
@@ -182,18 +183,29 @@ TEST_F(Files, InMemoryAreReadAndNotWritten) {
   EXPECT_EQ(Open(VX_OPEN_UPDATE), vxkrn::InvalidHandle());
 }
 
+TEST_F(Files, InMemoryGrowAsAVectorOfBytesDoes) {
+  vxkrn::MemoryTarget target;
+  const vxkrn::Backend backend = target.AsBackend();
+  {
+    const vxkrn::BackendScope scope(backend);
+    CompareWithModel(VX_OPEN_UPDATE, {}, 8);
+  }
+  EXPECT_EQ(Bytes(target.Data(), target.Data() + target.Size()), expected_);
+  vector_.bytes = expected_;
+  vxkrn::MemoryTarget copy;  // of a file that comes in portions
+  ASSERT_EQ(copy.ReadFrom({VectorFile::kFunctions, &vector_}, &vector_), STATUS_OK);
+  EXPECT_EQ(Bytes(copy.Data(), copy.Data() + copy.Size()), expected_);
+}
+
 TEST_F(Files, PositionsEndTwoBelowTheirWord) {
   HANDLE file = Open(VX_OPEN_CREATE);
   ASSERT_EQ(VX_RedirectedWrite(file, "0123456789", 10), 10);
   struct {
     int offset, origin, expected;
-  } const seeks[] = {{4, VX_SEEK_START, 4},
-                     {-5, VX_SEEK_CURRENT, -1},
-                     {-11, VX_SEEK_END, -1},
-                     {0, 3, -1},
-                     {-2, VX_SEEK_START, -2},
-                     {1, VX_SEEK_CURRENT, -1},
-                     {INT32_MAX, VX_SEEK_START, INT32_MAX}};
+  } const seeks[] = {{4, VX_SEEK_START, 4},    {-5, VX_SEEK_CURRENT, -1},
+                     {-11, VX_SEEK_END, -1},   {0, 3, -1},
+                     {-2, VX_SEEK_START, -2},  {1, VX_SEEK_CURRENT, -1},
+                     {0, VX_SEEK_CURRENT, -2}, {INT32_MAX, VX_SEEK_START, INT32_MAX}};
   for (const auto& seek : seeks) {
     EXPECT_EQ(VX_RedirectedSeek(file, seek.offset, seek.origin), seek.expected)
         << seek.offset << ' ' << seek.origin;
@@ -205,13 +217,13 @@ TEST_F(Files, PositionsEndTwoBelowTheirWord) {
   EXPECT_EQ(VX_RedirectedSeek(file, 0, VX_SEEK_CURRENT), -3) << "a failure does not move";
   EXPECT_EQ(VX_RedirectedClose(file), 0);
   EXPECT_EQ(std::filesystem::file_size(path_), 10U);
+  EXPECT_EQ(Open(1), vxkrn::InvalidHandle()) << "unknown flags";
 }
 
 TEST_F(Files, ThatCannotBeFilesDoNotOpen) {
   const int next = NextDescriptor();
   EXPECT_EQ(Open(VX_OPEN_READ), vxkrn::InvalidHandle()) << "missing";
   EXPECT_EQ(Open(VX_OPEN_UPDATE), vxkrn::InvalidHandle()) << "missing";
-  EXPECT_EQ(Open(1), vxkrn::InvalidHandle()) << "unknown flags";
   EXPECT_EQ(VX_RedirectedOpen(nullptr, VX_OPEN_READ, 0), vxkrn::InvalidHandle());
   EXPECT_EQ(VX_RedirectedOpen(testing::TempDir().c_str(), VX_OPEN_READ, 0), vxkrn::InvalidHandle());
   ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);

@@ -12,6 +12,7 @@
 #include "Errors.h"
 #include "Leaks.h"
 #include "Picture.h"
+#include "PngCallbacks.h"
 
 namespace {
 
@@ -231,6 +232,9 @@ TEST_F(Png, SizesOverTheLimitAreRefusedBeforeAllocating) {
   Bytes wrong = stream;
   wrong[18] = 0xFF;
   EXPECT_EQ(Decode(wrong, 0, &bitmap), STATUS_BAD_FORMAT) << "its checksum is wrong";
+  EXPECT_NE(std::strstr(vxkrn::Detail().CString(), "IHDR: CRC error"), nullptr) << vxkrn::Detail().CString();
+  IMAGEINFO info = {};
+  EXPECT_EQ(vxkrn::DescribePngPage(wrong.data(), &info, sizeof info - 1, 100, 0, 0), STATUS_BAD_PARAMETER);
 }
 
 TEST_F(Png, SidesAreThoseOfEveryPicture) {
@@ -291,17 +295,27 @@ TEST_F(Png, EveryAllocationMayFail) {
   EXPECT_TRUE(decoded);
 }
 
+std::string Encoded(const vx_bitmap& bitmap) {
+  std::uint8_t* png = nullptr;
+  std::size_t size = 0;
+  EXPECT_EQ(vx_bitmap_encode_png(&bitmap, &png, &size), VX_OK);
+  std::string stream(png, png + size);
+  vx_free(png);
+  return stream;
+}
+
 TEST_F(Png, EncodedPicturesReadBackTheSame) {
   for (const Kind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
     vx_bitmap bitmap;
     ASSERT_EQ(Decode(MakePng(kind, false), 0, &bitmap), STATUS_OK);
     const Bytes expected = RgbaOf(bitmap);
-    std::uint8_t* png = nullptr;
-    std::size_t size = 0;
-    ASSERT_EQ(vx_bitmap_encode_png(&bitmap, &png, &size), VX_OK);
-    const Bytes stream(png, png + size);
-    vx_free(png);
+    vx_bitmap half;  // that says its resolution across alone
+    ASSERT_EQ(Decode(MakePng(kind, false), 0, &half), STATUS_OK);
+    half.record.YResolution = 0;
+    EXPECT_EQ(Encoded(half).find("pHYs"), std::string::npos);
+    const std::string encoded = Encoded(bitmap);
+    const Bytes stream(encoded.begin(), encoded.end());
     EXPECT_EQ(ReferenceRgba(stream), expected);
     const std::string kResolution = "pHYs";
     const auto place = std::search(stream.begin(), stream.end(), kResolution.begin(), kResolution.end());

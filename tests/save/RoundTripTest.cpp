@@ -72,6 +72,20 @@ TEST_F(RoundTrip, SixteenBitsKeepTheirLayout) {
   EXPECT_EQ(widened.Describe().color_order, VX_ORDER_565);
 }
 
+TEST_F(RoundTrip, PngPagesAreConvertedAsPngFilesAre) {
+  const vx::Bitmap picture = Noise(20, 20, 24);
+  for (const int palette : {VX_PALETTE_BEST, VX_PALETTE_FIXED}) {
+    for (const int dither : {VX_DITHER_NONE, VX_DITHER_DIFFUSE}) {
+      vx::SaveOptions file(VX_FORMAT_PNG, 4);
+      file.palette = palette;
+      file.dither = dither;
+      vx::SaveOptions page = file;
+      page.format = VX_FORMAT_VISTA_ICO;
+      EXPECT_EQ(LoadFrom(picture.Save(page).Bytes()).Rgba(), LoadFrom(picture.Save(file).Bytes()).Rgba());
+    }
+  }
+}
+
 TEST_F(RoundTrip, BandsOfPngFilesAreTheirRows) {
   const vx::Bitmap soft = WithAlpha(9, 10, [](int x, int y) -> Pixel {
     return {1, 2, 3, static_cast<uint8_t>(9 * x + y)};
