@@ -39,9 +39,6 @@ TEST(Plan, TakesTheDepthThatLosesLeast) {
                 {{"few colours, own depth", VX_FORMAT_OS2, 0, VX_FORMAT_OS2, 24, 0, kKept},
                  {"few colours fit", VX_FORMAT_OS2, 4, VX_FORMAT_OS2, 4, 0, kKept},
                  {"and not", VX_FORMAT_OS2, 1, VX_FORMAT_OS2, 1, 1, kKept}});
-  vx::SaveOptions fixed(VX_FORMAT_ICO);
-  fixed.palette = VX_PALETTE_FIXED;  // is no reason to take more bits
-  EXPECT_EQ(Noise(30, 30, 8).Plan(fixed).bits_per_pixel, 8);
   ExpectChoices(Noise(30, 30, 16, VX_BOTTOM_UP, true),
                 {{"5-6-5", VX_FORMAT_BMP, 0, VX_FORMAT_BMP, 16, 0, kKept},
                  {"OS/2 knows 5-5-5 alone", VX_FORMAT_OS2_2, 0, VX_FORMAT_OS2_2, 24, 0, kKept},
