@@ -9,8 +9,8 @@
 #include <exception>
 #include <new>
 
-#include "CommandLine.h"
-#include "Report.h"
+#include "commands/CommandLine.h"
+#include "failures/Report.h"
 
 namespace {
 

@@ -1,48 +1,11 @@
 // Any bytes as an icon or cursor file, and any edits of its pages, in place: the filter's own way of editing.
-#include <algorithm>
-#include <cstring>
 #include <vector>
 #include <vx/image.hpp>
 
+#include "../tests/common/MemoryFile.h"
 #include "Input.h"
 
 namespace {
-
-/// The application's one file.
-struct MemoryFile {
-  std::vector<std::uint8_t> bytes;
-
-  static constexpr std::size_t kMost = std::size_t{1} << 20;
-  static MemoryFile* Of(void* file) { return static_cast<MemoryFile*>(file); }
-
-  static void* Open(void* user, const char* /*name*/, int /*flags*/) { return user; }
-  static std::int64_t ReadAt(void* /*user*/, void* file, void* buffer, std::uint32_t count,
-                             std::uint64_t position) {
-    const std::vector<std::uint8_t>& bytes = Of(file)->bytes;
-    if (position >= bytes.size()) return 0;
-    const std::size_t arrived =
-        std::min<std::size_t>(count, bytes.size() - static_cast<std::size_t>(position));
-    std::memcpy(buffer, bytes.data() + position, arrived);
-    return static_cast<std::int64_t>(arrived);
-  }
-  static std::int64_t WriteAt(void* /*user*/, void* file, const void* buffer, std::uint32_t count,
-                              std::uint64_t position) {
-    std::vector<std::uint8_t>& bytes = Of(file)->bytes;
-    if (position + count > kMost) return -1;
-    const auto end = static_cast<std::size_t>(position + count);
-    if (bytes.size() < end) bytes.resize(end);
-    if (count > 0) std::memcpy(bytes.data() + position, buffer, count);
-    return count;
-  }
-  static std::int64_t Size(void* /*user*/, void* file) {
-    return static_cast<std::int64_t>(Of(file)->bytes.size());
-  }
-  static int Truncate(void* /*user*/, void* file, std::uint64_t size) {
-    Of(file)->bytes.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, kMost)));
-    return 0;
-  }
-  static int Close(void* /*user*/, void* /*file*/) { return 0; }
-};
 
 vx::Bitmap PictureFrom(fuzz::Input& input) {
   const int width = 1 + input.Byte();
@@ -84,21 +47,16 @@ void EditOnce(fuzz::Input& input, const char* name) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  constexpr vx_file_functions kFunctions = {MemoryFile::Open, MemoryFile::ReadAt,   MemoryFile::WriteAt,
-                                            MemoryFile::Size, MemoryFile::Truncate, MemoryFile::Close};
-  vx_set_memory_limit(fuzz::kMemoryLimit);
-  fuzz::Input input(bytes, size);
-  MemoryFile file{{input.File().begin(), input.File().end()}};
-  (void)vx_redirect_files(&kFunctions, &file);
-  fuzz::wentAllTheWay = true;
-  for (int i = 0; i < 3; ++i) {
-    try {
-      EditOnce(input, "icon");
-    } catch (const vx::Error&) {  // most edits make no sense
-      fuzz::wentAllTheWay = false;
+  return fuzz::Run(bytes, size, fuzz::kMemoryLimit, [](fuzz::Input& input) {
+    MemoryFile file{{input.File().begin(), input.File().end()}, std::size_t{1} << 20};
+    (void)vx_redirect_files(&MemoryFile::kFunctions, &file);
+    for (int i = 0; i < 3; ++i) {
+      try {
+        EditOnce(input, "icon");
+      } catch (const vx::Error&) {  // most edits make no sense
+        fuzz::wentAllTheWay = false;
+      }
     }
-  }
-  fuzz::Require(vx_memory_in_use() == 0);
-  (void)vx_redirect_files(nullptr, nullptr);
-  return 0;
+    (void)vx_redirect_files(nullptr, nullptr);
+  });
 }

@@ -87,20 +87,10 @@ void LoadAndSave(fuzz::Input& input) {
   (void)picture.EncodePng();
   const vx_save_plan plan = picture.Plan(saveOptions);
   RequireSame(picture, plan, picture.Save(saveOptions));
-  fuzz::wentAllTheWay = true;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  vx_set_memory_limit(fuzz::kMemoryLimit);
-  fuzz::wentAllTheWay = false;
-  try {
-    fuzz::Input input(bytes, size);
-    LoadAndSave(input);
-  } catch (const vx::Error&) {
-    // Most bytes are no file.
-  }
-  fuzz::Require(vx_memory_in_use() == 0);
-  return 0;
+  return fuzz::Run(bytes, size, fuzz::kMemoryLimit, LoadAndSave);
 }

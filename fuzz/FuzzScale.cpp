@@ -5,7 +5,7 @@
 #include <vx/image.hpp>
 
 #include "Input.h"
-#include "Resize.h"
+#include "commands/Resize.h"
 
 namespace {
 
@@ -37,21 +37,11 @@ void Scale(fuzz::Input& input) {
   fuzz::Require(smaller.has_alpha == 0 || whole.has_alpha != 0 || whole.has_region != 0);
   const vx_bitmap_info page = cli::Resizable(picture).FitInto(side).Describe();
   fuzz::Require(page.width == side && page.height == side);
-  fuzz::wentAllTheWay = true;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   constexpr std::uint64_t kLittle = fuzz::kMemoryLimit / 8;  // sides are what matters, not areas
-  vx_set_memory_limit(kLittle);
-  fuzz::wentAllTheWay = false;
-  try {
-    fuzz::Input input(bytes, size);
-    Scale(input);
-  } catch (const vx::Error&) {
-    // Most bytes are no picture.
-  }
-  fuzz::Require(vx_memory_in_use() == 0);
-  return 0;
+  return fuzz::Run(bytes, size, kLittle, Scale);
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vx/image.hpp>
 
 namespace fuzz {
 
@@ -45,6 +46,21 @@ inline bool wentAllTheWay = false;
 /// Ends the process, as a crash would, where what must hold does not.
 inline void Require(bool holds) {
   if (!holds) __builtin_trap();
+}
+
+/// Has a target take an input. Most bytes make no sense to it.
+template <class Target>
+int Run(const std::uint8_t* bytes, std::size_t size, std::uint64_t memoryLimit, Target target) {
+  vx_set_memory_limit(memoryLimit);
+  wentAllTheWay = true;
+  try {
+    Input input(bytes, size);
+    target(input);
+  } catch (const vx::Error&) {
+    wentAllTheWay = false;
+  }
+  Require(vx_memory_in_use() == 0);
+  return 0;
 }
 
 }  // namespace fuzz

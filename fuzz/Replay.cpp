@@ -21,12 +21,6 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr int kRunsAFile = 40;
 constexpr int kSeedsAFile = 4;
 
-struct Counts {
-  int files = 0;
-  int whole = 0;  ///< files that went all the way behind some choices
-  int seeds = 0;
-};
-
 /// The file behind the ordinary choices at first, then behind others.
 Bytes BehindChoices(int run, const Bytes& file, std::mt19937& random) {
   Bytes bytes(fuzz::kChoices + file.size());
@@ -36,30 +30,24 @@ Bytes BehindChoices(int run, const Bytes& file, std::mt19937& random) {
   return bytes;
 }
 
-/// Keeps an input where there is a folder for seeds: one that went all the way, or a file's only one.
-void Keep(const Bytes& bytes, const std::filesystem::path& seeds, const std::string& name) {
-  std::ofstream stream(seeds / name, std::ios::binary);
-  stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
-void Run(const std::filesystem::path& path, const std::filesystem::path& seeds, std::mt19937& random,
-         Counts& counts) {
+/// Runs a file behind many choices; keeps inputs that went all the way, or else the ordinary one, where there
+/// is a folder for seeds. @return how many went all the way, at most as many as are kept.
+int Run(const std::filesystem::path& path, const std::filesystem::path& seeds, std::mt19937& random) {
   std::ifstream stream(path, std::ios::binary);
   const Bytes file{std::istreambuf_iterator<char>(stream), {}};
-  int kept = 0;
+  const auto keep = [&](const Bytes& bytes, const std::string& prefix) {
+    if (seeds.empty()) return;
+    std::ofstream seed(seeds / (prefix + path.filename().string()), std::ios::binary);
+    seed.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  };
+  int whole = 0;
   for (int run = 0; run < kRunsAFile; ++run) {
     const Bytes bytes = BehindChoices(run, file, random);
     (void)LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
-    if (!fuzz::wentAllTheWay || kept == kSeedsAFile) continue;
-    if (!seeds.empty()) Keep(bytes, seeds, "whole-" + std::to_string(kept) + "-" + path.filename().string());
-    ++kept;
+    if (fuzz::wentAllTheWay && whole < kSeedsAFile) keep(bytes, "whole-" + std::to_string(whole++) + "-");
   }
-  if (kept == 0 && !seeds.empty()) {
-    Keep(BehindChoices(0, file, random), seeds, "refused-" + path.filename().string());
-  }
-  ++counts.files;
-  counts.whole += kept > 0 ? 1 : 0;
-  counts.seeds += kept;
+  if (whole == 0) keep(BehindChoices(0, file, random), "refused-");
+  return whole;
 }
 
 }  // namespace
@@ -69,16 +57,19 @@ int main(int argc, char** argv) {
     std::fputs("usage: replay FOLDER [FOLDER-FOR-SEEDS]\n", stderr);
     return 2;
   }
-  const std::filesystem::path seeds = argc == 3 ? argv[2] : "";
+  const std::filesystem::path folder = argc == 3 ? argv[2] : "";
   std::vector<std::filesystem::path> files;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(argv[1])) {
     if (entry.is_regular_file()) files.push_back(entry.path());
   }
   std::sort(files.begin(), files.end());  // so that every run makes the same choices
   std::mt19937 random(1);
-  Counts counts;
-  for (const auto& file : files) Run(file, seeds, random, counts);
-  std::printf("%d files, %d of them all the way, %d seeds of those\n", counts.files, counts.whole,
-              counts.seeds);
+  int seeds = 0;
+  const std::ptrdiff_t whole = std::count_if(files.begin(), files.end(), [&](const auto& file) {
+    const int kept = Run(file, folder, random);
+    seeds += kept;
+    return kept > 0;
+  });
+  std::printf("%zu files, %td of them all the way, %d seeds of those\n", files.size(), whole, seeds);
   return 0;
 }

@@ -406,16 +406,19 @@ int fltDeletePage(_DELETEPAGEDISPATCH* dispatch);
 
 /* ---- Kernel services: files ---- */
 
-#define VX_OPEN_READ 0    /* read only */
-#define VX_OPEN_UPDATE 2  /* read and write; the file must exist */
-#define VX_OPEN_CREATE 66 /* read and write, created when missing; never truncated */
-#define VX_SEEK_START 0   /* offset counts from the start, unsigned: 0 to 2^32-2 */
-#define VX_SEEK_CURRENT 1 /* offset counts from the current position, signed */
-#define VX_SEEK_END 2     /* offset counts from the end, signed */
+#define VX_OPEN_READ 0          /* read only */
+#define VX_OPEN_UPDATE 2        /* read and write; the file must exist */
+#define VX_OPEN_CREATE 66       /* read and write, created when missing; never truncated */
+#define VX_PERMISSION_READ 256  /* what filters pass for files that they read or edit */
+#define VX_PERMISSION_WRITE 128 /* what filters pass for bitmap files that they write */
+#define VX_SEEK_START 0         /* offset counts from the start, unsigned: 0 to 2^32-2 */
+#define VX_SEEK_CURRENT 1       /* offset counts from the current position, signed */
+#define VX_SEEK_END 2           /* offset counts from the end, signed */
 
 /**
  * Opens a file: by the functions installed for this thread, or as a file of the system.
- * flags are VX_OPEN_...; permission does not matter (files are created with 0666 less the umask).
+ * flags are VX_OPEN_...; permission is VX_PERMISSION_..., and does not matter (files are created with 0666
+ * less the umask).
  * @return a handle, or VX_INVALID_HANDLE. The caller closes it with VX_RedirectedClose.
  */
 HANDLE VX_RedirectedOpen(const char* fileName, int flags, int permission);
@@ -454,20 +457,28 @@ int VX_MemoryCompare(const void* first, const void* second, unsigned int count);
 
 /* ---- Kernel services: bitmaps ---- */
 
+#define BITMAP_ALLOCATE_PIXELS 1 /* option of VX_AllocateBitmap */
+#define BITMAP_ACCESS_ROWS 0     /* option of VX_IntAccessBitmap */
+#define BITMAP_RELEASE_ROWS 1    /* option of VX_IntReleaseBitmap */
+#define REGION_OPTION_NONE 0     /* option of VX_SetBitmapRgnFromMask */
+#define REGION_COMBINE_SET 6     /* combine of it: the mask's region takes the place of any other */
+
 /**
  * Makes bitmap an empty record (no pixels, no palette, bottom-up) of recordSize (216) bytes.
  * @return STATUS_OK, or STATUS_BAD_PARAMETER, STATUS_BAD_DIMENSIONS or STATUS_BAD_BPP.
  */
 int VX_InitBitmap(_BITMAPHANDLE* bitmap, unsigned int recordSize, int width, int height, int bitsPerPixel);
-/** Gives bitmap zeroed pixel memory; option is 1. @return STATUS_OK or STATUS_NO_MEMORY. */
+/** Gives bitmap zeroed pixel memory; option is BITMAP_ALLOCATE_PIXELS. @return STATUS_OK or STATUS_NO_MEMORY.
+ */
 int VX_AllocateBitmap(_BITMAPHANDLE* bitmap, int option);
 /** Releases pixels, palette and region. The record itself stays its owner's, empty again. */
 void VX_FreeBitmap(_BITMAPHANDLE* bitmap);
-/** Opens bitmap for row access; option is 0. Every success is matched by one VX_IntReleaseBitmap. */
+/** Opens bitmap for row access; option is BITMAP_ACCESS_ROWS. Every success is matched by one
+ * VX_IntReleaseBitmap. */
 int VX_IntAccessBitmap(_BITMAPHANDLE* bitmap, int option);
 /**
- * Ends row access; option is 1. @return status as passed, unless ending the access itself fails, or the
- * kernel can do without the rows that status says are missing: then STATUS_OK.
+ * Ends row access; option is BITMAP_RELEASE_ROWS. @return status as passed, unless ending the access itself
+ * fails, or the kernel can do without the rows that status says are missing: then STATUS_OK.
  */
 int VX_IntReleaseBitmap(_BITMAPHANDLE* bitmap, int option, int status);
 /** Copies byteCount bytes of stored row `row` to buffer. @return bytes copied, or a failure status. */
@@ -487,7 +498,8 @@ int VX_SetBitmapNewPalette(_BITMAPHANDLE* bitmap, const RGBQUAD* palette, int co
 
 /**
  * Gives bitmap the region that a 1-bit AND mask of the same size describes: a set bit is transparent,
- * so outside. The mask's rows count in the bitmap's stored order. option is 0, combine is 6 (set).
+ * so outside. The mask's rows count in the bitmap's stored order. option is REGION_OPTION_NONE,
+ * combine is REGION_COMBINE_SET.
  */
 int VX_SetBitmapRgnFromMask(_BITMAPHANDLE* bitmap, int option, _BITMAPHANDLE* mask, int combine);
 /**

@@ -21,22 +21,27 @@
 
 namespace vx {
 
-/// A failed call: its status, and in what() the status's name and the library's detail.
+/// A failed call: its status and reason, and in what() the status's name and the library's detail.
 class Error : public std::runtime_error {
  public:
-  explicit Error(int status) : Error(status, vx_error_detail()) {}
+  /// Of this thread's last call, which failed with status.
+  explicit Error(int status) : Error(status, vx_error_detail()) { vx_last_error(&info_); }
   Error(int status, const std::string& detail)
       : std::runtime_error(vx_status_name(status) + (detail.empty() ? detail : ": " + detail)),
-        status_(status),
+        info_{status, VX_REASON_NONE, 0, 0, -1, 0, 0},
         detail_(detail) {}
 
   /// The vx_status.
-  [[nodiscard]] int status() const noexcept { return status_; }
+  [[nodiscard]] int status() const noexcept { return info_.status; }
+  /// The vx_reason; VX_REASON_NONE where no call of the library failed.
+  [[nodiscard]] int reason() const noexcept { return info_.reason; }
+  /// The numbers of it, with byte and page.
+  [[nodiscard]] const vx_error_info& info() const noexcept { return info_; }
   /// What the call found wrong, in words; "" when there is nothing to add to the status.
   [[nodiscard]] const std::string& detail() const noexcept { return detail_; }
 
  private:
-  int status_;
+  vx_error_info info_{};
   std::string detail_;
 };
 

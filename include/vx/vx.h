@@ -42,7 +42,7 @@ extern "C" {
 /* ---- Statuses ---------------------------------------------------------------------------------- */
 
 typedef enum vx_status {
-  VX_OK = 1,
+  VX_OK = 1,                   /**< it worked */
   VX_UNKNOWN_HEADER = 0,       /**< an image header of a length that no reader knows */
   VX_NO_MEMORY = -1,           /**< memory ran out, or the picture is over the memory limit */
   VX_SEEK_ERROR = -4,          /**< the headers point to where no file can reach, or seeking failed */
@@ -62,6 +62,85 @@ typedef enum vx_status {
   VX_FILE_CHANGED = -1001      /**< the file was changed by somebody else while it was being edited */
 } vx_status;
 
+/**
+ * Why a call failed, where a program can do something about it. first and second are numbers of
+ * vx_error_info; the record has the byte and the page as well, where they are known.
+ */
+typedef enum vx_reason {
+  VX_REASON_NONE = 0, /**< nothing failed */
+  /* the call */
+  VX_REASON_BAD_ARGUMENT = 1, /**< an argument is null or out of its range */
+  VX_REASON_EDIT_IS_OVER = 2, /**< the edit is stored already, or failed half way: it can only be closed */
+  /* memory */
+  VX_REASON_OVER_MEMORY_LIMIT = 3, /**< over the memory limit; first: bytes needed; second: the limit */
+  VX_REASON_OUT_OF_MEMORY = 4,     /**< the system has no more; first: bytes needed, 0 where not known */
+  /* the system's files */
+  VX_REASON_NO_SUCH_FILE = 5,  /**< no such file or folder; first: errno */
+  VX_REASON_NO_PERMISSION = 6, /**< not allowed; first: errno */
+  VX_REASON_NOT_A_FILE = 7,    /**< a folder, pipe or device; first: errno */
+  VX_REASON_DISK_FULL = 8,     /**< no room, or over a quota or limit; first: errno */
+  VX_REASON_SYSTEM_ERROR = 9,  /**< the system's error; first: errno; 0: of an application's own files */
+  /* files that are not whole */
+  VX_REASON_EMPTY_FILE = 10, /**< the file has no bytes */
+  VX_REASON_ENDS_EARLY = 11, /**< the file ends at the record's offset; first: where what is cut off begins */
+  VX_REASON_ROWS_MISSING = 12,       /**< the same, among the rows: allow_truncated takes the others */
+  VX_REASON_BEHIND_END = 13,         /**< the offset lies behind the end; first: the file's length */
+  VX_REASON_OUT_OF_REACH = 14,       /**< the headers speak of a place where no file reaches */
+  VX_REASON_CHANGED_WHILE_READ = 15, /**< the file changed, or contradicts itself */
+  /* what a file says */
+  VX_REASON_NO_SIGNATURE = 16, /**< no file of a known kind; first, second: the bytes that it begins with */
+  VX_REASON_TOO_SHORT = 17,    /**< too short for any picture; first: the file's length */
+  VX_REASON_WRONG_ICON_TYPE = 18,  /**< neither an icon's nor a cursor's; first: what it says */
+  VX_REASON_NO_PAGES = 19,         /**< an icon or cursor file without one */
+  VX_REASON_NOT_AN_ICON = 20,      /**< neither an icon nor a cursor file */
+  VX_REASON_HEADER_TOO_SHORT = 21, /**< first: the length that the image header says */
+  VX_REASON_UNKNOWN_HEADER = 22,   /**< an image header of a length that no reader knows; first: the length */
+  VX_REASON_BAD_DEPTH = 23,        /**< no picture has that depth; first: bits per pixel */
+  VX_REASON_UNSUPPORTED_CODING = 24, /**< at that depth; first: the compression; second: bits per pixel */
+  VX_REASON_BAD_MASKS = 25,          /**< masks that no reader takes; first: bits per pixel */
+  VX_REASON_BAD_SIZE = 26,           /**< no picture has such a size; first: width; second: height */
+  VX_REASON_PNG_DAMAGED = 27,        /**< a PNG stream is damaged */
+  VX_REASON_PNG_IN_CURSOR = 28,      /**< a page of a cursor file is a PNG stream */
+  VX_REASON_PAGE_DAMAGED = 29,       /**< a page that is not complete, or not usable */
+  VX_REASON_PAGE_IN_DIRECTORY = 30,  /**< a page begins inside the directory; first: where that ends */
+  /* pages */
+  VX_REASON_NO_SUCH_PAGE = 31,   /**< first: the page asked for; second: how many there are, if known */
+  VX_REASON_TOO_MANY_PAGES = 32, /**< no more can be added; first: how many there are */
+  VX_REASON_LAST_PAGE = 33,      /**< the only page cannot go */
+  /* what a format can hold */
+  VX_REASON_FORMAT_NOT_WRITTEN = 34,  /**< pictures cannot be saved in it; first: the vx_format */
+  VX_REASON_DEPTH_NOT_IN_FORMAT = 35, /**< first: bits per pixel; second: the vx_format that has not these */
+  VX_REASON_TOO_LARGE = 36, /**< too large for the format; first: its longest side; second: the vx_format */
+  VX_REASON_NEEDS_PNG_ICON = 37,   /**< 256 pixels, which icons with PNG pages alone have; the same numbers */
+  VX_REASON_FILE_TOO_LARGE = 38,   /**< no file can be so long; first: bytes */
+  VX_REASON_PAGE_NOT_IN_FILE = 39, /**< the file cannot have a page of that kind; first: the vx_format */
+  VX_REASON_NOT_A_CURSOR = 40,     /**< only cursors have hot spots */
+  VX_REASON_NOT_IN_PLACE = 41,     /**< that cannot be done to a file that is edited in place */
+  /* writing */
+  VX_REASON_LOCKED = 42,            /**< another edit of the file goes on */
+  VX_REASON_NO_LOCKS = 43,          /**< the file cannot be locked; first: errno */
+  VX_REASON_FILE_CHANGED = 44,      /**< somebody else changed the file while it was edited */
+  VX_REASON_FOLDER_NOT_STORED = 45, /**< the file is written, but may be gone after a crash; first: errno */
+  /* libraries */
+  VX_REASON_NO_FILTER = 46,      /**< the filter is nowhere where it is looked for */
+  VX_REASON_BAD_FILTER = 47,     /**< it cannot be loaded, or is none of this kernel */
+  VX_REASON_NO_DISPLAY = 48,     /**< the display library cannot be loaded */
+  VX_REASON_BAD_DISPLAY = 49,    /**< the display library does not work */
+  VX_REASON_FILTER_GAVE_UP = 50, /**< the filter failed for no reason that is known; first: its status */
+  VX_REASON_INTERNAL = 51        /**< a fault of this library, or of functions that an application gave it */
+} vx_reason;
+
+/** What this thread's last failed call found wrong, in numbers. */
+typedef struct vx_error_info {
+  int status;     /**< vx_status; VX_OK where the last call did not fail */
+  int reason;     /**< vx_reason */
+  int page;       /**< the page of the file, from 1; 0 where it has one only, or no page is meant */
+  int reserved;   /**< 0 */
+  int64_t offset; /**< the byte of the file where it shows; -1 where no byte is meant */
+  int64_t first;  /**< what vx_reason says; else 0 */
+  int64_t second; /**< what vx_reason says; else 0 */
+} vx_error_info;
+
 /** @return the status's name, such as "STATUS_BAD_FORMAT"; "unknown status" for any other number. */
 VX_API const char* vx_status_name(int status);
 /** @return one sentence that says what the status means and what to do about it. */
@@ -71,6 +150,15 @@ VX_API const char* vx_status_text(int status);
  * @return text valid until the thread's next call; "" when there is nothing to add to the status.
  */
 VX_API const char* vx_error_detail(void);
+/** @return the vx_reason of this thread's last failed call; it holds until the thread's next call. */
+VX_API int vx_error_reason(void);
+/** Fills the record for this thread's last failed call; what it says holds until the thread's next call. */
+VX_API void vx_last_error(vx_error_info* info);
+/** @return the reason's name, such as "ends-early"; "unknown" for any other number. */
+VX_API const char* vx_reason_name(int reason);
+/** @return one sentence that says what to do about it; "" where there is nothing to be done, or no such
+ * reason. */
+VX_API const char* vx_reason_advice(int reason);
 /**
  * Whether this thread's last failed call was a vx_load that found headers and palette whole, but not all the
  * rows: then vx_load_options.allow_truncated makes a picture of what is there.
@@ -128,7 +216,10 @@ typedef struct vx_info {
 /** A file or memory block that images are read from. */
 typedef struct vx_source vx_source;
 
-/** Opens a file for reading. It stays open, and the same file, until vx_close. */
+/**
+ * Opens a file for reading. It stays open, and the same file, until vx_close. What it begins with, up to 4096
+ * bytes, is read now and counts from then on, whoever writes to the file; so is all of a small icon file.
+ */
 VX_API int vx_open_file(const char* path, vx_source** source);
 /**
  * Reads from `size` bytes of memory (at most 2^32-2). The bytes are the caller's: they are not copied

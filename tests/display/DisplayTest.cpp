@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <vxkrn.h>
 
+#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <string>
@@ -44,6 +45,7 @@ TEST(Drawing, WithoutTheLibraryIsRefusedInWords) {
     FAIL();
   } catch (const vx::Error& error) {
     EXPECT_EQ(error.status(), VX_NO_DISPLAY_LIBRARY);
+    EXPECT_EQ(error.reason(), VX_REASON_NO_DISPLAY);
     EXPECT_NE(error.detail().find("VXDIS.so"), std::string::npos) << error.detail();
   }
 }
@@ -72,15 +74,15 @@ TEST_F(DisplayTest, KernelFindsTheLibraryWhileItIsLoaded) {
 
 TEST_F(DisplayTest, ManyDrawAtOnce) {
   std::atomic<int> drawn = 0;
-  std::vector<std::jthread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([&] {
+  std::array<std::jthread, 4> threads;
+  for (std::jthread& thread : threads) {
+    thread = std::jthread([&] {
       for (int times = 0; times < 20; ++times) {
         drawn += Picture(8, 8, kRed).Draw(In(80, 24)).find(kRedText) != std::string::npos ? 1 : 0;
       }
     });
   }
-  threads.clear();
+  for (std::jthread& thread : threads) thread.join();
   EXPECT_EQ(drawn, 4 * 20);
 }
 

@@ -5,40 +5,38 @@
 #include <algorithm>
 #include <cstdlib>
 
-namespace {
-
-FakeKernel* current = nullptr;
-
-}  // namespace
-
-FakeKernel::FakeKernel() {
-  current = this;
+_BITMAPHANDLE Record(int width, int height, int bits, int order) {
+  _BITMAPHANDLE record{};
+  record.StructSize = sizeof record;
+  record.Width = width;
+  record.Height = height;
+  record.BitsPerPixel = bits;
+  record.BytesPerLine = RowSize(width, bits);
+  record.Orientation = ORIENT_BOTTOM_UP;
+  record.ColorOrder = order;
+  return record;
 }
 
 FakeKernel::~FakeKernel() {
   for (const auto& block : blocks) std::free(block.first);
-  current = nullptr;
-}
-
-FakeKernel& FakeKernel::Current() {
-  return *current;
+  current = previous_;
 }
 
 void FakeKernel::StartCall() {
-  events.clear();
-  turns.clear();
-  problems.clear();
+  events_.clear();
+  turns_.clear();
+  problems_.clear();
   rows.clear();
   maskRows.clear();
   palette.clear();
   stream.clear();
-  faultStruck = false;
+  faultsStruck = 0;
   blocksMade = 0;
 }
 
 std::string FakeKernel::Verdict() const {
   std::string text;
-  for (const auto& problem : problems) text += problem + "; ";
+  for (const auto& problem : problems_) text += problem + "; ";
   for (const auto& block : blocks) text += "leaked block #" + std::to_string(block.second) + "; ";
   if (saved.globals != 0) text += "leaked global memory; ";
   for (const auto& bitmap : bitmaps)
@@ -49,28 +47,26 @@ std::string FakeKernel::Verdict() const {
   return text;
 }
 
-std::string FakeKernel::Log(std::initializer_list<Kind> kinds) const {
+std::string FakeKernel::Log(const std::vector<std::string>& kinds) const {
   std::string text;
-  for (const auto& event : events) {
-    if (std::find(kinds.begin(), kinds.end(), event.kind) == kinds.end()) continue;
+  for (const auto& event : events_) {
+    if (!kinds.empty() && std::find(kinds.begin(), kinds.end(), event.kind) == kinds.end()) continue;
     text += (text.empty() ? "" : ", ") + event.text;
   }
   return text;
 }
 
-Kind FakeKernel::LastEvent() const {
-  return events.empty() ? Kind::kKinds : events.back().kind;
-}
-
-std::optional<int> FakeKernel::Happens(Kind kind, const std::string& text,
-                                       std::initializer_list<std::int64_t> numbers) {
-  events.push_back({kind, text});
-  for (const auto number : numbers) events.back().text += " " + std::to_string(number);
-  const int turn = ++turns[kind];
-  if (meanwhile) meanwhile(kind, turn);
-  if (!fault || fault->kind != kind || !fault->Strikes(turn)) return std::nullopt;
-  faultStruck = true;
-  return fault->result;
+std::optional<int> FakeKernel::Happens(const std::string& kind, Numbers numbers, const std::string& what) {
+  events_.push_back({kind, kind + (what.empty() ? "" : " ") + what});
+  for (const auto number : numbers) events_.back().text += " " + std::to_string(number);
+  const int turn = ++turns_[kind];
+  if (meanwhile) meanwhile(kind);
+  for (const auto& fault : faults) {
+    if (fault.kind != kind || !fault.Strikes(turn)) continue;
+    ++faultsStruck;
+    return fault.result;
+  }
+  return std::nullopt;
 }
 
 FakeKernel::Bitmap* FakeKernel::Known(_BITMAPHANDLE* bitmap) {

@@ -13,49 +13,24 @@
 #include <optional>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 using Bytes = std::vector<std::uint8_t>;
 
-enum class Kind {
-  kAlloc,
-  kFree,
-  kOpen,
-  kRead,
-  kSeek,
-  kClose,
-  kInitBitmap,
-  kAllocateBitmap,
-  kFreeBitmap,
-  kAccess,
-  kRelease,
-  kPut,
-  kGet,
-  kFixedPalette,
-  kPalette,
-  kRegion,
-  kRow,
-  kPngLoad,
-  kPngInfo,
-  kWrite,
-  kMask,
-  kBeginSave,
-  kSaveRow,
-  kEndSave,
-  kEncode,
-  kTrack,
-  kLock,
-  kUnlock,
-  kFreeGlobal,
-  kKinds
-};
+/** Bytes of a stored row, padded to a multiple of 4. */
+inline int RowSize(int width, int bits) {
+  return static_cast<int>((std::int64_t{width} * bits + 31) / 32 * 4);
+}
+/** A record as the kernel makes it: bottom-up, without pixels. */
+_BITMAPHANDLE Record(int width, int height, int bits, int order = ORDER_RGB);
 
-/** Makes the nth event of a kind fail (from 1), and all later ones of that kind when persistent. */
+/** Makes the nth event of a kind (the first word of the log) fail, and all later ones when persistent. */
 struct Fault {
   static constexpr int kHalf = INT_MIN;           // of a read or a write: half of the bytes
   static constexpr int kElsewhere = INT_MIN + 1;  // of a seek: one byte farther on
 
-  Kind kind = Kind::kAlloc;
+  std::string kind = {};
   int nth = 1;
   bool persistent = false;
   int result = -1;  // what the service answers; allocations and opens answer with their own failure
@@ -76,7 +51,7 @@ struct DecodedPng {
   int height = 3;
   int bits = 32;
   int colors = 0;
-  bool allocated = true;
+  int allocated = 1;
 };
 
 /** What the kernel makes of an image that is saved; byte i of its row r, and of its mask's, see PixelAt: row
@@ -109,19 +84,19 @@ struct tagHANDLE {
 class FakeKernel {
  public:
   static constexpr const char* kFileName = "picture";
-  static constexpr int kRefused = -777;  // RowCallback's answer once rowsAccepted rows were taken
+  static constexpr int kRefused = -777;  // the row callback's answer once rowsAccepted rows were taken
 
-  FakeKernel();
+  FakeKernel() : previous_(std::exchange(current, this)) {}
   ~FakeKernel();
   FakeKernel(const FakeKernel&) = delete;
   FakeKernel& operator=(const FakeKernel&) = delete;
-  static FakeKernel& Current();
+  static FakeKernel& Current() { return *current; }
 
   // What the test prepares.
   Bytes file;
-  std::optional<Fault> fault;
-  std::function<void(Kind, int)> meanwhile;  // what else happens at the nth event of a kind
-  int longerMaskRows = 0;                    // bytes that mask bitmaps have more in a row than files
+  std::vector<Fault> faults;
+  std::function<void(const std::string& kind)> meanwhile;  // what else happens at an event
+  int longerMaskRows = 0;  // bytes that mask bitmaps have more in a row than files
   int rowsAccepted = INT_MAX;
   _BITMAPHANDLE target{};
   std::optional<std::size_t> rowBytes;  // how much of each row is kept; without: the target's BytesPerLine
@@ -130,13 +105,14 @@ class FakeKernel {
   Saved saved;
 
   // What the test looks at.
-  bool faultStruck = false;
+  std::size_t faultsStruck = 0;
   std::vector<DeliveredRow> rows;
   std::vector<Bytes> maskRows;
   Bytes palette;  // as last given to the target
   Bytes stream;   // as last handed to a PNG callback
-  [[nodiscard]] std::string Log(std::initializer_list<Kind> kinds) const;
-  [[nodiscard]] Kind LastEvent() const;
+  /** The events of these kinds: all, when none are named. */
+  [[nodiscard]] std::string Log(const std::vector<std::string>& kinds = {}) const;
+  [[nodiscard]] std::string LastEvent() const { return events_.empty() ? "" : events_.back().kind; }
 
   /** Forgets the log, the counts of events and the rows; keeps what the test prepared. */
   void StartCall();
@@ -151,9 +127,10 @@ class FakeKernel {
     Bytes pixels;
     bool accessed = false;
   };
+  using Numbers = std::initializer_list<std::int64_t>;
   /** Logs and counts an event; gives the injected answer when it is this event's turn to fail. */
-  std::optional<int> Happens(Kind kind, const std::string& text, std::initializer_list<std::int64_t> numbers);
-  void Complain(const std::string& problem) { problems.push_back(problem); }
+  std::optional<int> Happens(const std::string& kind, Numbers numbers = {}, const std::string& what = "");
+  void Complain(const std::string& problem) { problems_.push_back(problem); }
   /** The bitmap's state; complains and gives null when the kernel never made it. */
   Bitmap* Known(_BITMAPHANDLE* bitmap);
   /** Whether the handle is open; complains when not. */
@@ -166,12 +143,14 @@ class FakeKernel {
 
  private:
   struct Event {
-    Kind kind;
+    std::string kind;
     std::string text;
   };
-  std::vector<Event> events;
-  std::map<Kind, int> turns;
-  std::vector<std::string> problems;
+  static inline FakeKernel* current = nullptr;  // the youngest
+  FakeKernel* previous_;
+  std::vector<Event> events_;
+  std::map<std::string, int> turns_;
+  std::vector<std::string> problems_;
 };
 
 // The callbacks for the dispatch records.

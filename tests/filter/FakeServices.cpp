@@ -1,5 +1,6 @@
 // The functions of the contract, as the filter finds them in this program before it looks into the real
-// kernel, and the callbacks. They serve the fake kernel of the running test.
+// kernel (which is left to serve those that copy and compare memory), and the callbacks. They serve the fake
+// kernel of the running test.
 #include <algorithm>
 #include <bit>
 #include <cstdlib>
@@ -23,12 +24,26 @@ std::ptrdiff_t Offset(std::size_t index) {
   return static_cast<std::ptrdiff_t>(index);
 }
 
-int RowSize(int width, int bits) {
-  return static_cast<int>((std::int64_t{width} * bits + 31) / 32 * 4);
+/// Gives a bitmap pixels: byte i of a row is at(row, i).
+void Fill(_BITMAPHANDLE* bitmap, std::uint8_t (*at)(int, int)) {
+  Bytes& pixels = Kernel().bitmaps[bitmap].pixels;
+  for (int row = 0; row < bitmap->Height; ++row) {
+    for (int i = 0; i < bitmap->BytesPerLine; ++i) pixels.push_back(at(row, i));
+  }
 }
 
 void CheckTag(int line, std::string_view tag) {
   if (tag != "API/Filters/Bmp/Common/Bmp" || line <= 0) Kernel().Complain("memory without its tag");
+}
+
+tagHANDLE displayLibrary;
+
+/// The one global block, which the filter must only hand back.
+int globalBlock;
+
+void CheckGlobal(const void* handle) {
+  if (handle != &globalBlock || Kernel().saved.globals != 1)
+    Kernel().Complain("use of an unknown global block");
 }
 
 }  // namespace
@@ -38,7 +53,7 @@ extern "C" {
 // ---- files
 
 HANDLE VX_RedirectedOpen(const char* fileName, int flags, int permission) {
-  const auto failure = Kernel().Happens(Kind::kOpen, "open " + std::string(fileName), {flags, permission});
+  const auto failure = Kernel().Happens("open", {flags, permission}, fileName);
   if (failure || std::string_view(fileName) != FakeKernel::kFileName)
     return std::bit_cast<HANDLE>(std::intptr_t{-1});
   Kernel().handles.push_back(std::make_unique<tagHANDLE>());
@@ -47,7 +62,7 @@ HANDLE VX_RedirectedOpen(const char* fileName, int flags, int permission) {
 
 int VX_RedirectedRead(HANDLE file, void* buffer, unsigned int count) {
   if (count == 0 || !Kernel().Usable(file)) return 0;
-  const auto failure = Kernel().Happens(Kind::kRead, "read", {count});
+  const auto failure = Kernel().Happens("read", {count});
   if (failure && *failure != Fault::kHalf) return *failure;
   const Bytes& bytes = Kernel().file;
   const std::size_t start = std::min<std::size_t>(file->position, bytes.size());
@@ -60,7 +75,7 @@ int VX_RedirectedRead(HANDLE file, void* buffer, unsigned int count) {
 
 int VX_RedirectedSeek(HANDLE file, int offset, int origin) {
   if (!Kernel().Usable(file)) return -1;
-  const auto failure = Kernel().Happens(Kind::kSeek, "seek", {offset, origin});
+  const auto failure = Kernel().Happens("seek", {offset, origin});
   if (failure && *failure != Fault::kElsewhere) return -1;
   std::int64_t position = static_cast<std::uint32_t>(offset);
   if (origin == VX_SEEK_CURRENT) position = std::int64_t{file->position} + offset;
@@ -73,7 +88,7 @@ int VX_RedirectedSeek(HANDLE file, int offset, int origin) {
 
 int VX_RedirectedClose(HANDLE file) {
   if (!Kernel().Usable(file)) return STATUS_BAD_PARAMETER;
-  (void)Kernel().Happens(Kind::kClose, "close", {});
+  (void)Kernel().Happens("close");
   file->open = false;
   return STATUS_OK;
 }
@@ -84,8 +99,8 @@ void* VX_LocalAlloc(unsigned int count, unsigned int size, int line, const char*
   CheckTag(line, file);
   if (size != 1 && size != 3 && size != 4 && size != 216) Kernel().Complain("strange element size");
   const std::uint64_t bytes = std::uint64_t{count} * size;
-  const std::string text = "alloc #" + std::to_string(Kernel().blocksMade + 1);
-  const auto failure = Kernel().Happens(Kind::kAlloc, text, {static_cast<std::int64_t>(bytes)});
+  const std::string number = "#" + std::to_string(Kernel().blocksMade + 1);
+  const auto failure = Kernel().Happens("alloc", {static_cast<std::int64_t>(bytes)}, number);
   if (failure || bytes > kMemoryLimit) return nullptr;
   void* memory = std::malloc(static_cast<std::size_t>(std::max<std::uint64_t>(bytes, 1)));
   if (bytes != 0) std::memset(memory, kGarbage, static_cast<std::size_t>(bytes));
@@ -103,7 +118,7 @@ void VX_LocalFree(void* memory, int line, const char* file) {
   CheckTag(line, file);
   const auto block = Kernel().blocks.find(memory);
   if (block == Kernel().blocks.end()) return Kernel().Complain("free of memory that is not allocated");
-  (void)Kernel().Happens(Kind::kFree, "free #" + std::to_string(block->second), {});
+  (void)Kernel().Happens("free", {}, "#" + std::to_string(block->second));
   for (const auto& bitmap : Kernel().bitmaps) {
     if (bitmap.first == memory) Kernel().Complain("record of a live bitmap freed");
   }
@@ -111,41 +126,26 @@ void VX_LocalFree(void* memory, int line, const char* file) {
   std::free(memory);
 }
 
-void VX_MemorySet(void* destination, int value, unsigned int count) {
-  std::memset(destination, value, count);
-}
-void VX_MemoryCopy(void* destination, const void* source, unsigned int count) {
-  std::memcpy(destination, source, count);
-}
-int VX_MemoryCompare(const void* first, const void* second, unsigned int count) {
-  return std::memcmp(first, second, count);
-}
-
 // ---- bitmaps
 
 int VX_InitBitmap(_BITMAPHANDLE* bitmap, unsigned int recordSize, int width, int height, int bitsPerPixel) {
-  const auto failure = Kernel().Happens(Kind::kInitBitmap, "init", {recordSize, width, height, bitsPerPixel});
+  const auto failure = Kernel().Happens("init", {recordSize, width, height, bitsPerPixel});
   if (failure) return *failure;
-  *bitmap = {};
-  bitmap->StructSize = recordSize;
-  bitmap->Width = width;
-  bitmap->Height = height;
-  bitmap->BitsPerPixel = bitsPerPixel;
-  bitmap->BytesPerLine = RowSize(width, bitsPerPixel) + Kernel().longerMaskRows;
-  bitmap->Orientation = ORIENT_BOTTOM_UP;
+  *bitmap = Record(width, height, bitsPerPixel);
+  bitmap->BytesPerLine += Kernel().longerMaskRows;
   Kernel().bitmaps[bitmap] = {};
   return STATUS_OK;
 }
 
 int VX_AllocateBitmap(_BITMAPHANDLE* bitmap, int option) {
-  const auto failure = Kernel().Happens(Kind::kAllocateBitmap, "allocate", {option});
+  const auto failure = Kernel().Happens("allocate", {option});
   if (Kernel().Known(bitmap) == nullptr || failure) return failure.value_or(STATUS_BAD_PARAMETER);
   bitmap->Flags |= BITMAP_ALLOCATED;
   return STATUS_OK;
 }
 
 void VX_FreeBitmap(_BITMAPHANDLE* bitmap) {
-  (void)Kernel().Happens(Kind::kFreeBitmap, "free bitmap", {});
+  (void)Kernel().Happens("free-bitmap");
   const auto* state = Kernel().Known(bitmap);
   if (state != nullptr && state->accessed) Kernel().Complain("bitmap freed while accessed");
   Kernel().bitmaps.erase(bitmap);
@@ -153,7 +153,7 @@ void VX_FreeBitmap(_BITMAPHANDLE* bitmap) {
 }
 
 int VX_IntAccessBitmap(_BITMAPHANDLE* bitmap, int option) {
-  const auto failure = Kernel().Happens(Kind::kAccess, "access", {option});
+  const auto failure = Kernel().Happens("access", {option});
   auto* state = Kernel().Known(bitmap);
   if (failure || state == nullptr) return failure.value_or(STATUS_BAD_PARAMETER);
   state->accessed = true;
@@ -161,14 +161,14 @@ int VX_IntAccessBitmap(_BITMAPHANDLE* bitmap, int option) {
 }
 
 int VX_IntReleaseBitmap(_BITMAPHANDLE* bitmap, int option, int status) {
-  const auto failure = Kernel().Happens(Kind::kRelease, "release", {option, status});
+  const auto failure = Kernel().Happens("release", {option, status});
   auto* state = Kernel().Known(bitmap);
   if (state != nullptr && !std::exchange(state->accessed, false)) Kernel().Complain("release without access");
   return failure.value_or(status);
 }
 
 int VX_GetBitmapRow(_BITMAPHANDLE* bitmap, unsigned char* buffer, int row, unsigned int byteCount) {
-  const auto failure = Kernel().Happens(Kind::kGet, "get", {row, byteCount});
+  const auto failure = Kernel().Happens("get", {row, byteCount});
   const auto* state = Kernel().Known(bitmap);
   if (failure || state == nullptr) return failure.value_or(STATUS_BAD_PARAMETER);
   const std::size_t start = static_cast<std::size_t>(row) * static_cast<unsigned>(bitmap->BytesPerLine);
@@ -181,7 +181,7 @@ int VX_GetBitmapRow(_BITMAPHANDLE* bitmap, unsigned char* buffer, int row, unsig
 }
 
 int VX_PutBitmapRow(_BITMAPHANDLE* bitmap, const unsigned char* buffer, int row, unsigned int byteCount) {
-  const auto failure = Kernel().Happens(Kind::kPut, "put", {row, byteCount});
+  const auto failure = Kernel().Happens("put", {row, byteCount});
   const auto* state = Kernel().Known(bitmap);
   if (failure || state == nullptr) return failure.value_or(STATUS_BAD_PARAMETER);
   if (!state->accessed || row < 0 || row >= bitmap->Height ||
@@ -192,15 +192,14 @@ int VX_PutBitmapRow(_BITMAPHANDLE* bitmap, const unsigned char* buffer, int row,
 }
 
 void VX_GetFixedPalette(RGBQUAD* palette, int bitsPerPixel) {
-  (void)Kernel().Happens(Kind::kFixedPalette, "fixed palette", {bitsPerPixel});
+  (void)Kernel().Happens("fixed-palette", {bitsPerPixel});
   for (int i = 0; i < 1 << bitsPerPixel; ++i)
     palette[i] = {static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(bitsPerPixel), 0xEE, 0};
 }
 
 int VX_SetBitmapNewPalette(_BITMAPHANDLE* bitmap, const RGBQUAD* palette, int count) {
   const bool ofTarget = bitmap == &Kernel().target;
-  const auto failure =
-      Kernel().Happens(Kind::kPalette, ofTarget ? "palette of target" : "palette of mask", {count});
+  const auto failure = Kernel().Happens("palette", {count}, ofTarget ? "of target" : "of mask");
   if (!ofTarget) (void)Kernel().Known(bitmap);
   for (int i = 0; ofTarget && i < count; ++i) {
     const RGBQUAD& color = palette[i];
@@ -210,11 +209,75 @@ int VX_SetBitmapNewPalette(_BITMAPHANDLE* bitmap, const RGBQUAD* palette, int co
 }
 
 int VX_SetBitmapRgnFromMask(_BITMAPHANDLE* bitmap, int option, _BITMAPHANDLE* mask, int combine) {
-  const auto failure = Kernel().Happens(Kind::kRegion, "region", {option, combine});
+  const auto failure = Kernel().Happens("region", {option, combine});
   const auto* state = Kernel().Known(mask);
   if (bitmap != &Kernel().target || (state != nullptr && state->accessed))
     Kernel().Complain("region of another bitmap, or from a mask still accessed");
   return failure.value_or(STATUS_OK);
+}
+
+// ---- saving
+
+int VX_RedirectedWrite(HANDLE file, const void* buffer, unsigned int count) {
+  if (!Kernel().Usable(file)) return -1;
+  const auto failure = Kernel().Happens("write", {file->position, count});
+  if (failure && *failure != Fault::kHalf) return *failure;
+  const std::uint32_t stored = failure ? count / 2 : count;
+  Bytes& bytes = Kernel().file;
+  const std::size_t end = std::size_t{file->position} + stored;
+  bytes.resize(count == 0 && !failure ? end : std::max(bytes.size(), end));
+  std::copy_n(static_cast<const std::uint8_t*>(buffer), stored,
+              bytes.begin() + static_cast<std::ptrdiff_t>(file->position));
+  file->position += stored;
+  return static_cast<int>(stored);
+}
+
+int VX_CreateMaskFromBitmapRgn(_BITMAPHANDLE* bitmap, _BITMAPHANDLE* mask, unsigned int recordSize) {
+  if (const auto failure = Kernel().Happens("mask", {recordSize})) return *failure;
+  *mask = Record(bitmap->Width, bitmap->Height, 1);
+  mask->BytesPerLine = Kernel().saved.maskBytesPerLine;
+  Fill(mask, Saved::MaskAt);
+  return STATUS_OK;
+}
+
+int VX_ResourceAdd(int kind, void* handle, int, const char*) {
+  CheckGlobal(handle);
+  (void)Kernel().Happens("track", {kind});
+  return STATUS_OK;
+}
+
+void* WinGlobalLock(void* handle) {
+  CheckGlobal(handle);
+  return Kernel().Happens("lock") ? nullptr : Kernel().saved.png.data();
+}
+
+int WinGlobalUnlock(void* handle) {
+  CheckGlobal(handle);
+  (void)Kernel().Happens("unlock");
+  return STATUS_OK;
+}
+
+int VX_OsFreeHandle(void* handle, int, const char*) {
+  CheckGlobal(handle);
+  (void)Kernel().Happens("free-block");
+  --Kernel().saved.globals;
+  return STATUS_OK;
+}
+
+// ---- the display: a library, whose dispatch is there once it is loaded
+
+int VX_GetDisDispatch(_DISDISPATCH* dispatch) {
+  dispatch->Reserved1 = 1;  // seen by the caller
+  return Kernel().Happens("ask").value_or(STATUS_OK);
+}
+
+HANDLE LoadLibrary(const char* fileName) {
+  return Kernel().Happens("library", {}, fileName) ? nullptr : &displayLibrary;
+}
+
+int FreeLibrary(HANDLE library) {
+  if (library != &displayLibrary) Kernel().Complain("another library freed");
+  return Kernel().Happens("free-library").value_or(1);
 }
 
 }  // extern "C"
@@ -224,7 +287,7 @@ int VX_SetBitmapRgnFromMask(_BITMAPHANDLE* bitmap, int option, _BITMAPHANDLE* ma
 int FakeRowCallback(IMAGEINFO* info, _BITMAPHANDLE* bitmap, unsigned char* row, unsigned int flags,
                     int rowNumber, int lineCount, void* userData) {
   FakeKernel& kernel = Kernel();
-  const auto failure = kernel.Happens(Kind::kRow, "row", {rowNumber, flags});
+  const auto failure = kernel.Happens("row", {rowNumber, flags});
   if (info == nullptr || bitmap != &kernel.target || lineCount != 1 || userData != &kernel)
     kernel.Complain("row callback with wrong arguments");
   const auto kept = kernel.rowBytes.value_or(static_cast<std::size_t>(bitmap->BytesPerLine));
@@ -237,7 +300,7 @@ int FakeRowCallback(IMAGEINFO* info, _BITMAPHANDLE* bitmap, unsigned char* row, 
 int FakeLoadPng(unsigned char* buffer, _BITMAPHANDLE* bitmap, unsigned int bitmapRecordSize, int bitsPerPixel,
                 int reserved1, unsigned int bufferSize, int reserved0, IMAGEINFO* info) {
   FakeKernel& kernel = Kernel();
-  const auto failure = kernel.Happens(Kind::kPngLoad, "load png", {bitsPerPixel, bufferSize});
+  const auto failure = kernel.Happens("load-png", {bitsPerPixel, bufferSize});
   kernel.stream.assign(buffer, buffer + bufferSize);
   if (bitmapRecordSize != sizeof(_BITMAPHANDLE) || reserved1 != 1 || reserved0 != 0)
     kernel.Complain("PNG load with wrong arguments");
@@ -248,31 +311,23 @@ int FakeLoadPng(unsigned char* buffer, _BITMAPHANDLE* bitmap, unsigned int bitma
   bitmap->Flags = BITMAP_ALLOCATED;  // whatever a failure leaves there is none of the filter's
   if (failure) return *failure;
   static RGBQUAD colors[] = {{0, 255, 7, 0}, {1, 254, 7, 0}, {2, 253, 7, 0}};
-  *bitmap = {};
-  bitmap->StructSize = bitmapRecordSize;
-  bitmap->Width = kernel.png.width;
-  bitmap->Height = kernel.png.height;
-  bitmap->BitsPerPixel = kernel.png.bits;
-  bitmap->BytesPerLine = RowSize(kernel.png.width, kernel.png.bits);
+  *bitmap = Record(kernel.png.width, kernel.png.height, kernel.png.bits,
+                   kernel.png.bits > 8 ? ORDER_BGR : ORDER_RGB);
   bitmap->ColorCount = kernel.png.colors;
   bitmap->Palette = colors;
   bitmap->Orientation = ORIENT_TOP_DOWN;
-  bitmap->ColorOrder = kernel.png.bits > 8 ? ORDER_BGR : ORDER_RGB;
   bitmap->XResolution = 72;
   bitmap->YResolution = 144;
   if (!kernel.png.allocated) return STATUS_OK;
   bitmap->Flags = BITMAP_ALLOCATED;
-  Bytes& pixels = kernel.bitmaps[bitmap].pixels;
-  for (int row = 0; row < bitmap->Height; ++row) {
-    for (int i = 0; i < bitmap->BytesPerLine; ++i) pixels.push_back(static_cast<std::uint8_t>(16 * row + i));
-  }
+  Fill(bitmap, [](int row, int i) { return static_cast<std::uint8_t>(16 * row + i); });
   return STATUS_OK;
 }
 
 int FakeGetPngInfo(unsigned char* buffer, IMAGEINFO* info, unsigned int infoRecordSize,
                    unsigned int bufferSize, int reserved0, int reserved1) {
   FakeKernel& kernel = Kernel();
-  const auto failure = kernel.Happens(Kind::kPngInfo, "describe png", {infoRecordSize, bufferSize});
+  const auto failure = kernel.Happens("describe-png", {infoRecordSize, bufferSize});
   kernel.stream.assign(buffer, buffer + bufferSize);
   IMAGEINFO empty{};
   empty.StructSize = sizeof empty;
@@ -280,5 +335,47 @@ int FakeGetPngInfo(unsigned char* buffer, IMAGEINFO* info, unsigned int infoReco
     kernel.Complain("PNG description with wrong arguments");
   if (failure) return *failure;
   *info = kernel.pngInfo;
+  return STATUS_OK;
+}
+
+int FakeBeginSave(_BITMAPHANDLE* bitmap, _BITMAPHANDLE** converted, int bitsPerPixel, unsigned int* flags,
+                  unsigned char** rowBuffer, int rowsPerCall, int convertArg1, int convertArg2,
+                  _SAVEFILESTRUCT** saveFile) {
+  const auto answer =
+      Kernel().Happens("begin", {bitsPerPixel, *flags, rowsPerCall, convertArg1, convertArg2});
+  Saved& saved = Kernel().saved;
+  saved.converted.Width = bitmap->Width;
+  saved.converted.Height = bitmap->Height;
+  saved.converted.BitsPerPixel = bitsPerPixel;
+  saved.converted.ColorOrder = bitsPerPixel > 8 ? ORDER_BGR : ORDER_RGB;
+  if (bitsPerPixel == 16 && (*flags & SAVE_ORDER_565) != 0) saved.converted.ColorOrder = ORDER_565;
+  saved.rowBuffer.assign(
+      static_cast<std::size_t>(std::max(saved.converted.BytesPerLine, saved.maskBytesPerLine)), 0xA5);
+  *converted = &saved.converted;
+  *rowBuffer = saved.rowBuffer.data();
+  *saveFile = &saved.saveFile;
+  return answer.value_or(STATUS_OK);
+}
+
+int FakeGetSaveRow(_BITMAPHANDLE*, _BITMAPHANDLE* converted, unsigned char* rowBuffer, int row, int rowCount,
+                   unsigned int flags, int convertArg1, int convertArg2, _SAVEFILESTRUCT*) {
+  const auto failure = Kernel().Happens("save-row", {row, rowCount, flags, convertArg1, convertArg2});
+  for (int i = 0; i < converted->BytesPerLine; ++i) rowBuffer[i] = Saved::PixelAt(row, i);
+  return failure.value_or(STATUS_OK);
+}
+
+int FakeEndSave(_BITMAPHANDLE*, _BITMAPHANDLE**, unsigned int*, unsigned char**, _SAVEFILESTRUCT**) {
+  (void)Kernel().Happens("end");
+  return STATUS_OK;
+}
+
+int FakeSaveToMemory(void** memory, _BITMAPHANDLE*, int format, int bitsPerPixel, int reserved0,
+                     unsigned int* size, int reserved1) {
+  if (const auto failure = Kernel().Happens("encode", {format, bitsPerPixel, reserved0, reserved1})) {
+    return *failure;
+  }
+  ++Kernel().saved.globals;
+  *memory = &globalBlock;
+  *size = static_cast<unsigned int>(Kernel().saved.png.size());
   return STATUS_OK;
 }

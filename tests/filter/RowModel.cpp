@@ -2,6 +2,7 @@
 #include "RowModel.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace {
 
@@ -9,12 +10,11 @@ namespace {
 // the next refill asks for.
 class Stream {
  public:
-  Stream(const Bytes& data, int bufferSize, const std::optional<Fault>& readFault)
-      : bytes(data), fault(readFault), fill(bufferSize), position(bufferSize + 1) {}
+  Stream(const Bytes& data, int bufferSize, const std::vector<Fault>& readFaults)
+      : bytes(data), faults(readFaults), fill(bufferSize), position(bufferSize + 1) {}
 
   void Skip(std::int64_t distance) {
-    const std::int64_t wanted = filePosition + distance;
-    if (wanted >= 0) filePosition = wanted;
+    if (distance >= 0) filePosition += static_cast<std::size_t>(distance);
   }
 
   int Byte() {
@@ -39,29 +39,21 @@ class Stream {
 
  private:
   bool Refill() {
-    fill = fill > 0 ? Arrive(fill) : 0;
+    if (fill <= 0) return false;
+    const bool struck = !faults.empty() && faults[0].Strikes(++reads);
+    const std::size_t left = bytes.size() - std::min<std::size_t>(filePosition, bytes.size());
+    std::size_t arrived = std::min<std::size_t>(left, static_cast<unsigned>(fill));
+    if (struck) arrived = faults[0].result == Fault::kHalf ? arrived / 2 : 0;
+    buffer = Part(bytes, filePosition, arrived);
+    filePosition += arrived;
+    fill = static_cast<int>(arrived);
     return fill > 0;
   }
 
-  int Arrive(int wanted) {
-    ++reads;
-    const bool struck = fault && fault->Strikes(reads);
-    if (struck && fault->result != Fault::kHalf) return std::max(fault->result, 0);
-    buffer.clear();
-    while (static_cast<int>(buffer.size()) < wanted && filePosition < static_cast<std::int64_t>(bytes.size()))
-      buffer.push_back(bytes[static_cast<std::size_t>(filePosition++)]);
-    if (struck) {
-      const std::size_t half = buffer.size() / 2;
-      filePosition -= static_cast<std::int64_t>(buffer.size() - half);
-      buffer.resize(half);
-    }
-    return static_cast<int>(buffer.size());
-  }
-
   const Bytes& bytes;
-  const std::optional<Fault>& fault;
+  const std::vector<Fault>& faults;
   Bytes buffer;
-  std::int64_t filePosition = 0;
+  std::size_t filePosition = 0;
   int reads = 0;
   int fill;
   int position;
@@ -139,15 +131,8 @@ class RunLength {
 };
 
 unsigned Component(unsigned pixel, unsigned mask) {
-  int highest = -1;
-  int ones = 0;
-  for (int bit = 0; bit < 32; ++bit) {
-    if ((mask >> bit & 1U) == 0) continue;
-    highest = bit;
-    ++ones;
-  }
-  if (mask == 0) return 0;
-  const unsigned value = (pixel & mask) >> (highest + 1 - ones);
+  const int ones = std::popcount(mask);
+  const unsigned value = (pixel & mask) >> (static_cast<int>(std::bit_width(mask)) - ones);
   return ones < 5 ? value << (5 - ones) : value >> (ones - 5);
 }
 
@@ -177,7 +162,7 @@ Coding CodingOf(int bits, int compression) {
 }  // namespace
 
 RowResult ModelRows(const RowImage& image, const Bytes& data, const _LOADDISPATCH& load,
-                    const std::optional<Fault>& fault) {
+                    const std::vector<Fault>& faults) {
   const Coding coding = CodingOf(image.bits, image.compression);
   if (coding == Coding::kRefused) return {STATUS_BAD_FORMAT, {}};
   const int stride = (image.width * image.bits + 31) / 32 * 4;
@@ -190,7 +175,7 @@ RowResult ModelRows(const RowImage& image, const Bytes& data, const _LOADDISPATC
     endRow = firstRow + load.BandRowCount;
   }
 
-  Stream stream(data, load.ReadBufferSize, fault);
+  Stream stream(data, load.ReadBufferSize, faults);
   stream.Skip(std::int64_t{firstRow} * stride);
   Bytes row(static_cast<std::size_t>(stride));
   RunLength decoder(stream, coding == Coding::kRle4, row.size());

@@ -2,10 +2,8 @@
 // Shares nothing with the filter but the contract, so that neither can hide the other's fault.
 #pragma once
 
-#include <optional>
 #include <vector>
 
-#include "FakeKernel.h"
 #include "Rig.h"
 
 struct RowResult {
@@ -13,6 +11,6 @@ struct RowResult {
   std::vector<DeliveredRow> rows;
 };
 
-/** Decodes data as image, under load's buffer size, band, masks and flags; fault strikes the reads. */
+/** Decodes data as image, under load's buffer size, band, masks and flags; a fault strikes the reads. */
 RowResult ModelRows(const RowImage& image, const Bytes& data, const _LOADDISPATCH& load,
-                    const std::optional<Fault>& fault);
+                    const std::vector<Fault>& faults);

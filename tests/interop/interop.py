@@ -7,14 +7,18 @@ UNSUPPORTED with the reason; everything else has to come out the same as vxbmp i
 they made are edited. Last, every sample goes into every format and back.
 """
 import concurrent.futures
+import contextlib
+import io
 import json
 import os
 import shutil
-import struct
 import subprocess
 import sys
 import tempfile
-import zlib
+import warnings
+
+sys.path.append(os.path.join(os.path.dirname(__file__), "../common"))
+import png
 
 FORMATS = {"bmp": (1, 4, 8, 16, 24, 32), "rle": (1, 4, 8, 24), "os2": (1, 4, 8, 16, 24), "os2v2": (1, 4, 8, 16, 24),
            "ico": (1, 4, 8, 24), "cur": (1, 4, 8, 24), "png-icon": (1, 4, 8, 24, 32), "png": (1, 4, 8, 24, 32)}
@@ -23,39 +27,14 @@ ICONS = ("ico", "cur", "png-icon")
 
 # ---- pictures
 
-def png_chunk(kind, data):
-    return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
-
-
-def write_png(path, width, height, rgba):
-    rows = b"".join(b"\0" + rgba[4 * width * y:4 * width * (y + 1)] for y in range(height))
-    with open(path, "wb") as file:
-        file.write(b"\x89PNG\r\n\x1a\n" + png_chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 6, 0, 0, 0)) +
-                   png_chunk(b"IDAT", zlib.compress(rows)) + png_chunk(b"IEND", b""))
-
-
 def read_png(path):
-    """Reads 8-bit RGBA without interlacing, which is what is asked for below."""
     with open(path, "rb") as file:
-        data = file.read()
-    width, height, depth, kind = struct.unpack(">IIBB", data[16:26])
-    assert (depth, kind) == (8, 6), f"{path}: depth {depth}, colour type {kind}"
-    packed, at = b"", 8
-    while at < len(data):
-        size, name = struct.unpack(">I4s", data[at:at + 8])
-        packed += data[at + 8:at + 8 + size] if name == b"IDAT" else b""
-        at += 12 + size
-    raw, stride = zlib.decompress(packed), 4 * width
-    rows, above = [], bytearray(stride)
-    for y in range(height):
-        how, row = raw[y * (stride + 1)], bytearray(raw[y * (stride + 1) + 1:(y + 1) * (stride + 1)])
-        for i in range(stride):
-            left, up, corner = row[i - 4] if i >= 4 else 0, above[i], above[i - 4] if i >= 4 else 0
-            nearest = min((left, up, corner), key=lambda value: abs(left + up - corner - value))
-            row[i] = (row[i] + (0, left, up, (left + up) // 2, nearest)[how]) & 255
-        rows.append(bytes(row))
-        above = row
-    return width, height, b"".join(rows)
+        return png.decode(file.read())
+
+
+def write_png(path, *picture):
+    with open(path, "wb") as file:
+        file.write(png.encode(*picture))
 
 
 def pictures():
@@ -70,113 +49,59 @@ def pictures():
             "soft": (27, 20, soft)}
 
 
-# ---- other programs: each gives width, height and RGBA bytes, or None for what it does not open
+# ---- other programs: each makes a PNG file of what it opens; nothing, or an exception, of what it does not
 
-def run(*command):
-    done = subprocess.run(command, capture_output=True)
-    return done.stdout if done.returncode == 0 else None
-
-
-def with_alpha(pixels, channels):
-    if channels == 4:
-        return pixels
-    return b"".join(pixels[i:i + 3] + b"\xff" for i in range(0, len(pixels), 3))
+def run(command, data=None):
+    return subprocess.run(command, input=data, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=True).stdout
 
 
 def imagemagick(path, kind):
     kind = "cur" if kind == "cur" else EXTENSIONS.get(kind, "bmp")
-    out = run("convert", f"{kind}:{path}[0]", "-print", "%w %h\n", "-depth", "8", "rgba:-")
-    if out is None:
-        return None
-    size, pixels = out.split(b"\n", 1)
-    width, height = size.split()
-    return int(width), int(height), pixels
+    # Its PNG writer would have its own opinion of gamma.
+    size, pixels = run(["convert", f"{kind}:{path}[0]", "-print", "%w %h\n", "-depth", "8", "rgba:-"]).split(b"\n", 1)
+    return png.encode(*map(int, size.split()), pixels)
 
 
 def pillow(path, kind):
     import PIL.Image
-    try:
-        with PIL.Image.open(path) as image:
-            picture = image.convert("RGBA")
-            return picture.width, picture.height, picture.tobytes()
-    except (OSError, SyntaxError, ValueError):
-        return None
-
-
-def pnm(data):
-    """One picture out of netpbm: PAM, PPM, PGM or PBM."""
-    if data is None:
-        return None
-    if data.startswith(b"P7"):
-        head, pixels = data.split(b"ENDHDR\n", 1)
-        facts = dict(line.split(b" ", 1) for line in head.split(b"\n")[1:] if b" " in line)
-        width, height, depth = int(facts[b"WIDTH"]), int(facts[b"HEIGHT"]), int(facts[b"DEPTH"])
-        return width, height, with_alpha(pixels[:width * height * depth], depth)
-    fields = 3 if data[:2] == b"P4" else 4
-    parts = data.split(None, fields)
-    start = len(data) - len(parts[fields]) if len(parts) > fields else len(data)
-    width, height = int(parts[1]), int(parts[2])
-    header = data[:2] + b"\n" + parts[1] + b" " + parts[2] + b"\n" + (b"" if fields == 3 else parts[3] + b"\n")
-    start = len(header) if data.startswith(header) else start
-    if data[:2] == b"P6":
-        return width, height, with_alpha(data[start:], 3)
-    if data[:2] == b"P5":
-        scale = 255 // int(parts[3])
-        return width, height, b"".join(bytes((v * scale,)) * 3 + b"\xff" for v in data[start:])
-    stride = (width + 7) // 8
-    bits = [(data[start + y * stride + x // 8] >> (7 - x % 8)) & 1 for y in range(height) for x in range(width)]
-    return width, height, b"".join(bytes((255 * (1 - bit),)) * 3 + b"\xff" for bit in bits)
+    made = io.BytesIO()
+    with PIL.Image.open(path) as image:
+        image.convert("RGBA").save(made, "png")
+    return made.getvalue()
 
 
 def netpbm(path, kind):
-    return pnm(run("winicontopam", path) if kind in ICONS else run("bmptopnm", path))
+    return run(["pamtopng"], run(["winicontopam" if kind in ICONS else "bmptopnm", path]))
 
 
 def icotool(path, kind):
-    flag = "--cursor" if kind == "cur" else "--icon"
-    if run("icotool", "-x", flag, "-o", path + ".it.png", path) is None:
-        return None
-    # PNG pages come out as they are, of any kind of PNG.
-    run(sys.argv[1], "convert", path + ".it.png", path + ".rgba.png", "--bits", "32")
-    return read_png(path + ".rgba.png")
+    return run(["icotool", "-x", "--cursor" if kind == "cur" else "--icon", "-o", "-", path])
 
 
 def gdk_pixbuf(path, kind):
     import gi
     gi.require_version("GdkPixbuf", "2.0")
-    from gi.repository import GdkPixbuf, GLib
+    from gi.repository import GdkPixbuf
+    return bytes(GdkPixbuf.Pixbuf.new_from_file(path).save_to_bufferv("png", [], [])[1])
+
+
+def seen_by(program, path, kind):
+    """Width, height and RGBA bytes, or None for what it does not open."""
     try:
-        image = GdkPixbuf.Pixbuf.new_from_file(path)
-    except GLib.Error:
+        return png.decode(program(path, kind))
+    except Exception:  # of many kinds, none of which is ours to know
         return None
-    channels, stride, pixels = image.get_n_channels(), image.get_rowstride(), image.get_pixels()
-    rows = (pixels[y * stride:y * stride + channels * image.get_width()] for y in range(image.get_height()))
-    return image.get_width(), image.get_height(), with_alpha(b"".join(rows), channels)
 
 
 def is_there(program):
-    if program is pillow:
-        return importable("PIL.Image")
-    if program is gdk_pixbuf:
-        return importable("gi") and has_gdk_pixbuf()
-    return shutil.which({imagemagick: "convert", netpbm: "bmptopnm", icotool: "icotool"}[program]) is not None
-
-
-def has_gdk_pixbuf():
-    import gi
-    try:
-        gi.require_version("GdkPixbuf", "2.0")
-        return True
-    except ValueError:
-        return False
+    return shutil.which({imagemagick: "convert", netpbm: "pamtopng", icotool: "icotool"}.get(program, "true")) and (
+        program not in (pillow, gdk_pixbuf) or importable({pillow: "PIL.Image"}.get(program, "gi.repository.GdkPixbuf")))
 
 
 def importable(name):
-    try:
-        __import__(name)
-        return True
-    except (ImportError, ValueError):
-        return False
+    with contextlib.suppress(ImportError, ValueError), warnings.catch_warnings():
+        warnings.simplefilter("ignore")  # that no version is asked for
+        return bool(__import__(name))
 
 
 PROGRAMS = (imagemagick, pillow, netpbm, icotool, gdk_pixbuf)
@@ -218,24 +143,25 @@ def same(ours, theirs, tolerance=0):
 
 class Comparison:
     def __init__(self, vxbmp, vxsamples, folder):
-        self.vxbmp, self.vxsamples, self.folder = vxbmp, vxsamples, folder
+        self.program, self.vxsamples, self.folder = vxbmp, vxsamples, folder
         self.failures, self.compared = [], {}
 
-    def convert(self, source, target, *arguments):
-        done = subprocess.run((self.vxbmp, "convert", source, target, *arguments), capture_output=True, text=True)
+    def vxbmp(self, *arguments):
+        """What it prints, or None when it fails."""
+        done = subprocess.run((self.program, *arguments), capture_output=True, text=True)
         if done.returncode != 0:
-            self.failures.append(f"vxbmp convert {source} {target} {' '.join(arguments)}: {done.stderr.strip()}")
-        return done.returncode == 0
+            self.failures.append(f"vxbmp {' '.join(arguments)}: {done.stderr.strip()}")
+        return done.stdout if done.returncode == 0 else None
 
     def read(self, path):
         """The picture as vxbmp sees it."""
-        return read_png(path + ".png") if self.convert(path, path + ".png", "--to", "png", "--bits", "32") else None
+        return None if self.vxbmp("convert", path, path + ".png", "--to", "png") is None else read_png(path + ".png")
 
     def file_in(self, name, kind, bits, *more):
         path = os.path.join(self.folder, f"{name}-{kind}-{bits}{''.join(more)}.{EXTENSIONS.get(kind, 'bmp')}")
         source = os.path.join(self.folder, name + ".png")
-        made = self.convert(source, path, "--to", kind, "--bits", str(bits), "--dither", "none", *more)
-        return path if made else None
+        made = self.vxbmp("convert", source, path, "--to", kind, "--bits", str(bits), "--dither", "none", *more)
+        return path if made is not None else None
 
     def compare(self, name, kind, bits, *more):
         path = self.file_in(name, kind, bits, *more)
@@ -243,7 +169,7 @@ class Comparison:
         for program in PROGRAMS if ours else ():
             if not is_there(program) or is_unsupported(program.__name__, kind, 565 if more else bits, name):
                 continue
-            theirs = program(path, kind)
+            theirs = seen_by(program, path, kind)
             tolerance = 1 if bits == 16 else 0  # channels of 5 bits become 8 in more ways than one
             if theirs is None:
                 self.failures.append(f"{program.__name__} does not open {path}")
@@ -270,22 +196,16 @@ class Comparison:
         small = os.path.join(self.folder, "small.png")
         color = pictures()["hard"][2]
         write_png(small, 16, 16, b"".join(bytes(color(2 * x, 2 * y)) for y in range(16) for x in range(16)))
-        makers = {imagemagick: lambda path: run("convert", small, source, "ico:" + path),
-                  icotool: lambda path: run("icotool", "-c", "-o", path, small, source), pillow: of_pillow}
+        makers = {imagemagick: lambda path: run(["convert", small, source, "ico:" + path]),
+                  icotool: lambda path: run(["icotool", "-c", "-o", path, small, source]), pillow: of_pillow}
         for program, make in makers.items():
             path = os.path.join(self.folder, "made-by-" + program.__name__ + ".ico")
             if is_there(program):
                 make(path)
                 yield path
 
-    def pages(self, *arguments):
-        done = subprocess.run((self.vxbmp, "pages", *arguments), capture_output=True, text=True)
-        if done.returncode != 0:
-            self.failures.append(f"vxbmp pages {' '.join(arguments)}: {done.stderr.strip()}")
-        return done.stdout
-
     def bodies(self, path):
-        lines = [json.loads(line) for line in self.pages("--json", path).splitlines()]
+        lines = [json.loads(line) for line in self.vxbmp("pages", "--json", path).splitlines()]
         with open(path, "rb") as file:
             data = file.read()
         return [data[page["offset"]:page["offset"] + page["bytes"]] for page in lines if "page" in page]
@@ -295,21 +215,21 @@ class Comparison:
         picture = os.path.join(self.folder, "two.png")
         for path in self.makers(os.path.join(self.folder, "hard.png")):
             before = self.bodies(path)
-            self.pages("insert", path, picture, "--at", "1")
-            self.pages("add", path, picture, "--bits", "8")
-            self.pages("delete", path, "--page", "2")
-            self.pages("replace", path, picture, "--page", "-1")
+            self.vxbmp("pages", "insert", path, picture, "--at", "1")
+            self.vxbmp("pages", "add", path, picture, "--bits", "8")
+            self.vxbmp("pages", "delete", path, "--page", "2")
+            self.vxbmp("pages", "replace", path, picture, "--page", "-1")
             after = self.bodies(path)
             if len(after) != len(before) + 1 or after[1:-1] != before[1:]:
                 self.failures.append(f"{path}: pages that were not meant changed")
-            self.pages("compact", path)
+            self.vxbmp("pages", "compact", path)
             if self.bodies(path) != after:
                 self.failures.append(f"{path}: compacting changed pages")
             has_png = any(body.startswith(b"\x89PNG") for body in after)
             for program in (imagemagick, pillow, netpbm, gdk_pixbuf):
-                if is_there(program) and not (has_png and program is gdk_pixbuf) and program(path, "ico") is None:
+                if is_there(program) and not (has_png and program is gdk_pixbuf) and seen_by(program, path, "ico") is None:
                     self.failures.append(f"{program.__name__} does not open {path} after edits")
-            if is_there(icotool) and len((run("icotool", "-l", path) or b"").splitlines()) != len(after):
+            if is_there(icotool) and len(run(["icotool", "-l", path]).splitlines()) != len(after):
                 self.failures.append(f"icotool does not list {path} after edits")
 
     def samples_and_back(self):
@@ -330,7 +250,7 @@ class Comparison:
                 if not fits or not keeps:
                     continue
                 target = os.path.join(self.folder, "back." + EXTENSIONS.get(kind, "bmp"))
-                after = self.read(target) if self.convert(source, target, "--to", kind) else None
+                after = None if self.vxbmp("convert", source, target, "--to", kind) is None else self.read(target)
                 if after is None or not same(before, after):
                     self.failures.append(f"{name} does not come back from {kind}")
                 count += 1

@@ -1,13 +1,13 @@
 // Bitmap records, palettes and regions: bounds above all, since the numbers come out of files.
-#include "Bitmap.h"
+#include "bitmap/Bitmap.h"
 
 #include <climits>
 #include <cstring>
 #include <set>
 
-#include "CallContext.h"
 #include "Leaks.h"
-#include "Region.h"
+#include "base/CallRecord.h"
+#include "bitmap/Region.h"
 
 namespace {
 
@@ -58,16 +58,15 @@ TEST_F(Bitmaps, KeepRowsInBounds) {
 
 TEST_F(Bitmaps, PassTheStatusOnWhenReleased) {
   OwnedBitmap bitmap;
-  ASSERT_EQ(VX_InitBitmap(&bitmap, sizeof(_BITMAPHANDLE), 5, 3, 1), STATUS_OK);
-  ASSERT_EQ(VX_AllocateBitmap(&bitmap, 1), STATUS_OK);
+  Allocate(&bitmap, 5, 3, 1);
   for (int i = 0; i < 3; ++i) ASSERT_EQ(VX_IntAccessBitmap(&bitmap, 0), STATUS_OK);
   EXPECT_EQ(VX_IntReleaseBitmap(&bitmap, 1, STATUS_READ_ERROR), STATUS_READ_ERROR);
-  vxkrn::CallContext context;
+  vxkrn::FilterCall context;
   context.toleratesMissingMask = true;
   {
-    const vxkrn::CallScope scope(&context);
-    vxkrn::CallContext inner;
-    { const vxkrn::CallScope innerScope(&inner); }
+    const vxkrn::FilterCallScope scope(&context);
+    vxkrn::FilterCall inner;
+    { const vxkrn::FilterCallScope innerScope(&inner); }
     EXPECT_EQ(VX_IntReleaseBitmap(&bitmap, 1, STATUS_READ_ERROR), STATUS_OK);
   }
   EXPECT_EQ(VX_IntReleaseBitmap(&bitmap, 1, STATUS_OK), STATUS_OK);
@@ -104,8 +103,7 @@ TEST_F(Bitmaps, FixedPalettesHaveNoColourTwice) {
 
 /// A 1-bit mask of pseudo-random bits, padding too.
 void MakeMask(OwnedBitmap* mask, int width, int height) {
-  ASSERT_EQ(VX_InitBitmap(mask, sizeof(_BITMAPHANDLE), width, height, 1), STATUS_OK);
-  ASSERT_EQ(VX_AllocateBitmap(mask, 1), STATUS_OK);
+  Allocate(mask, width, height, 1);
   unsigned int state = 12345;
   for (int i = 0; i < height * mask->BytesPerLine; ++i) {
     state = state * 1103515245 + 12345;

@@ -4,14 +4,16 @@
 #include <cstdlib>
 #include <numeric>
 #include <random>
+#include <set>
 
-#include "Bitmap.h"
-#include "Colors.h"
-#include "Conversion.h"
-#include "GlobalMemory.h"
 #include "Leaks.h"
-#include "Png.h"
-#include "Region.h"
+#include "base/CallRecord.h"
+#include "base/GlobalMemory.h"
+#include "bitmap/Bitmap.h"
+#include "bitmap/Region.h"
+#include "convert/Census.h"
+#include "convert/Conversion.h"
+#include "png/Png.h"
 
 namespace {
 
@@ -31,8 +33,7 @@ class ConvertTest : public Leaks {};
 /// Makes a picture of pseudo-random pixels; `colors` of them differ at most, each representable in 5-5-5.
 void Make(OwnedBitmap* bitmap, Depth depth, int width, int height, int colors,
           int orientation = ORIENT_BOTTOM_UP) {
-  ASSERT_EQ(VX_InitBitmap(bitmap, sizeof(_BITMAPHANDLE), width, height, depth.bits), STATUS_OK);
-  ASSERT_EQ(VX_AllocateBitmap(bitmap, 1), STATUS_OK);
+  Allocate(bitmap, width, height, depth.bits);
   bitmap->Orientation = orientation;
   bitmap->YResolution = 72;
   if (depth.is565) bitmap->ColorOrder = ORDER_565;
@@ -75,6 +76,22 @@ std::vector<Color> ColorsIn(const _BITMAPHANDLE& bitmap) {
   return colors;
 }
 
+/// A save in progress, with what its calls hand to each other.
+struct Saving {
+  _BITMAPHANDLE* converted = nullptr;
+  unsigned char* buffer = nullptr;
+  _SAVEFILESTRUCT* file = nullptr;
+  unsigned int flags = 0;
+
+  int Begin(_BITMAPHANDLE& bitmap, int bits, int rows = 1, int arg1 = 0, int arg2 = 0) {
+    return vxkrn::BeginSave(&bitmap, &converted, bits, &flags, &buffer, rows, arg1, arg2, &file);
+  }
+  int Get(_BITMAPHANDLE& bitmap, int row, int rows = 1, int arg1 = 0, int arg2 = 0) {
+    return vxkrn::GetSaveRow(&bitmap, converted, buffer, row, rows, flags, arg1, arg2, file);
+  }
+  int End(_BITMAPHANDLE& bitmap) { return vxkrn::EndSave(&bitmap, &converted, &flags, &buffer, &file); }
+};
+
 /// What comes out of a conversion: the colours of all stored rows, and the palette with all its entries.
 struct Converted {
   std::vector<Color> colors;
@@ -85,41 +102,36 @@ struct Converted {
 Converted Convert(OwnedBitmap& bitmap, Depth depth, int arg1 = CONVERT_PALETTE_BEST,
                   int arg2 = CONVERT_NEAREST) {
   Converted result;
-  _BITMAPHANDLE* converted = nullptr;
-  unsigned char* buffer = nullptr;
-  _SAVEFILESTRUCT* file = nullptr;
-  unsigned int flags = depth.is565 ? SAVE_ORDER_565 : 0;
-  EXPECT_EQ(vxkrn::BeginSave(&bitmap, &converted, depth.bits, &flags, &buffer, 1, arg1, arg2, &file),
-            STATUS_OK);
-  if (converted == nullptr) return result;
+  Saving save;
+  save.flags = depth.is565 ? SAVE_ORDER_565 : 0;
+  EXPECT_EQ(save.Begin(bitmap, depth.bits, 1, arg1, arg2), STATUS_OK);
+  if (save.converted == nullptr) return result;
   OwnedBitmap picture;
-  EXPECT_EQ(VX_InitBitmap(&picture, sizeof(_BITMAPHANDLE), bitmap.Width, bitmap.Height, depth.bits),
-            STATUS_OK);
-  EXPECT_EQ(VX_AllocateBitmap(&picture, 1), STATUS_OK);
-  EXPECT_EQ(converted->BytesPerLine, picture.BytesPerLine);
-  EXPECT_EQ(converted->ColorOrder == ORDER_565, depth.is565);
-  EXPECT_EQ(converted->Orientation, bitmap.Orientation);
-  EXPECT_EQ(converted->XResolution * 1000 + converted->YResolution, 96 * 1000 + bitmap.YResolution);
-  picture.ColorOrder = converted->ColorOrder;
-  result.entries = file->ColorCount;
+  Allocate(&picture, bitmap.Width, bitmap.Height, depth.bits);
+  EXPECT_EQ(save.converted->BytesPerLine, picture.BytesPerLine);
+  EXPECT_EQ(save.converted->ColorOrder == ORDER_565, depth.is565);
+  EXPECT_EQ(save.converted->Orientation, bitmap.Orientation);
+  EXPECT_EQ(save.converted->XResolution * 1000 + save.converted->YResolution, 96 * 1000 + bitmap.YResolution);
+  picture.ColorOrder = save.converted->ColorOrder;
+  result.entries = save.file->ColorCount;
   EXPECT_LE(result.entries, depth.bits <= 8 ? 1 << depth.bits : 0);
   if (depth.bits <= 8) {
-    EXPECT_EQ(VX_SetBitmapNewPalette(&picture, file->Palette, 1 << depth.bits), STATUS_OK);
-    for (int i = 0; i < 1 << depth.bits; ++i) result.palette.push_back(vxkrn::ColorOf(file->Palette[i]));
+    EXPECT_EQ(VX_SetBitmapNewPalette(&picture, save.file->Palette, 1 << depth.bits), STATUS_OK);
+    for (int i = 0; i < 1 << depth.bits; ++i) result.palette.push_back(vxkrn::ColorOf(picture.Palette[i]));
   }
   const auto used = static_cast<int>(vxkrn::PixelBytes(bitmap.Width, depth.bits));
   for (int row = 0; row < bitmap.Height; ++row) {
-    EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, row, 1, flags, arg1, arg2, file), STATUS_OK);
-    std::copy_n(buffer, picture.BytesPerLine, vxkrn::StoredRow(picture, row));
-    EXPECT_TRUE(
-        std::all_of(buffer + used, buffer + picture.BytesPerLine, [](unsigned char b) { return b == 0; }));
+    EXPECT_EQ(save.Get(bitmap, row, 1, arg1, arg2), STATUS_OK);
+    std::copy_n(save.buffer, picture.BytesPerLine, vxkrn::StoredRow(picture, row));
+    EXPECT_EQ(std::count(save.buffer + used, save.buffer + picture.BytesPerLine, 0),
+              picture.BytesPerLine - used);
     const int spare = 8 * used - bitmap.Width * depth.bits;  // bits of the last byte
-    EXPECT_TRUE(used == 0 || (buffer[used - 1] & ((1 << spare) - 1)) == 0);
-    for (int i = 3; depth.bits == 32 && i < used; i += 4) EXPECT_EQ(buffer[i], 0) << "no alpha came in";
+    EXPECT_TRUE(used == 0 || (save.buffer[used - 1] & ((1 << spare) - 1)) == 0);
+    for (int i = 3; depth.bits == 32 && i < used; i += 4) EXPECT_EQ(save.buffer[i], 0) << "no alpha came in";
   }
   result.colors = ColorsIn(picture);
-  EXPECT_EQ(vxkrn::EndSave(&bitmap, &converted, &flags, &buffer, &file), STATUS_OK);
-  EXPECT_TRUE(converted == nullptr && buffer == nullptr && file == nullptr);
+  EXPECT_EQ(save.End(bitmap), STATUS_OK);
+  EXPECT_TRUE(save.converted == nullptr && save.buffer == nullptr && save.file == nullptr);
   return result;
 }
 
@@ -145,6 +157,103 @@ TEST_F(ConvertTest, ColoursThatFitStayWhatTheyAre) {
       }
     }
   }
+}
+
+/// A census as everybody would take one, but for the limit.
+vxkrn::Census NaiveCensus(const _BITMAPHANDLE& bitmap) {
+  vxkrn::Census census;
+  std::set<Color> all;
+  std::set<Color> opaque;
+  vxkrn::ColorRows rows(bitmap);
+  for (int row = 0; row < bitmap.Height; ++row) {
+    for (const Rgba pixel : rows.Read(row)) {
+      all.insert(vxkrn::ColorOf(pixel));
+      if (pixel.alpha >= 128) opaque.insert(vxkrn::ColorOf(pixel));
+      census.hasTransparent |= pixel.alpha < 128;
+      if (pixel.alpha == 0) census.opacity = std::max(census.opacity, vxkrn::Opacity::kAllOrNothing);
+      if (pixel.alpha % 255 != 0) census.opacity = vxkrn::Opacity::kSoft;
+      std::uint8_t word[2];
+      for (const bool is565 : {false, true}) {
+        vxkrn::Pack16({&pixel, 1}, is565, word);
+        const Rgba shown = vxkrn::ColorOfPixel16(word[0] + 256U * word[1], is565);
+        (is565 ? census.fits565 : census.fits555) &= vxkrn::ColorOf(shown) == vxkrn::ColorOf(pixel);
+      }
+    }
+  }
+  census.all.assign(all.begin(), all.end());
+  census.opaque.assign(opaque.begin(), opaque.end());
+  return census;
+}
+
+void ExpectSame(const vxkrn::Census& found, const vxkrn::Census& expected) {
+  const auto expectSame = [](const std::vector<Color>& colors, const std::vector<Color>& model) {
+    EXPECT_TRUE(model.size() > 256 || colors == model);
+    EXPECT_EQ(colors.size(), std::min<std::size_t>(model.size(), 257));
+  };
+  expectSame(found.all, expected.all);
+  expectSame(found.opaque, expected.opaque);
+  EXPECT_EQ(found.opacity, expected.opacity);
+  EXPECT_EQ(found.hasTransparent, expected.hasTransparent);
+}
+
+TEST_F(ConvertTest, TheCensusIsWhatAllPixelsTell) {
+  // Alphas by colour, so that one may be hidden everywhere, or of the last pixel, which then has a colour
+  // that 16 bits have not; so has one in the middle where nothing is left to find out then but the last one's
+  // alpha.
+  struct {
+    int few, many;
+    bool isSpecial;
+  } const alphas[] = {{255, 255, false}, {255, 0, false},  {255, 0, true},  {0, 255, true},
+                      {254, 255, false}, {255, 127, true}, {128, 1, false}, {0, 0, false}};
+  for (const Depth depth : kDepths) {
+    for (const int colors : {1, 2, 150, 256, 257, 1500}) {
+      for (const auto& [few, many, isSpecial] : alphas) {
+        if (depth.bits <= 8 && colors > 1 << depth.bits) continue;
+        SCOPED_TRACE(testing::Message() << depth.bits << " bits, " << colors << " colours, " << few << many);
+        OwnedBitmap bitmap;
+        Make(&bitmap, depth, 60, 40, colors);
+        OwnedBitmap mask;
+        Make(&mask, {1}, 60, 40, many == 0 ? 2 : 1);
+        const bool hasRegion = few != many;
+        ASSERT_TRUE(!hasRegion || VX_SetBitmapRgnFromMask(&bitmap, 0, &mask, 6) == STATUS_OK);
+        unsigned char* last = vxkrn::StoredRow(bitmap, 39) + 59 * bitmap.BitsPerPixel / 8;
+        for (int i = 0; depth.bits >= 24 && i < 60 * 40; ++i) {
+          unsigned char* pixel = vxkrn::StoredRow(bitmap, i / 60) + i % 60 * depth.bits / 8;
+          if (colors == 1500) {
+            const unsigned int word = static_cast<unsigned int>(i) * 13;
+            const Rgba color = vxkrn::ColorOfPixel16(word, false);
+            std::copy_n(std::begin({color.blue, color.green, color.red}), 3, pixel);
+          }
+          const bool isOdd = pixel == last || (i == 1200 && many == 255);
+          if (isSpecial && isOdd) std::fill_n(pixel, 3, std::uint8_t{9});
+          const bool isOfFew = isSpecial ? pixel == last : pixel[0] < 20;
+          if (depth.bits == 32) pixel[3] = static_cast<unsigned char>(isOfFew ? few : many);
+        }
+        if (depth.bits == 32) bitmap.Flags |= vxkrn::kBitmapHasAlpha;
+        const vxkrn::Census expected = NaiveCensus(bitmap);
+        vxkrn::LazyCensus census(bitmap);
+        ExpectSame(census.Get(), expected);
+        EXPECT_EQ(census.Get().fits555, expected.fits555);
+        EXPECT_EQ(census.Get().fits565, expected.fits565);
+        EXPECT_EQ(census.HowOpaque(), expected.opacity);
+        EXPECT_EQ(census.HasTransparent(), expected.hasTransparent);
+        if (depth.bits != 32) continue;
+        census.Harden();
+        ASSERT_EQ(vxkrn::SetRegionFromAlpha(&bitmap), STATUS_OK);
+        ExpectSame(census.Get(), NaiveCensus(bitmap));
+      }
+    }
+  }
+  OwnedBitmap one;
+  Make(&one, {24}, 9, 9, 3);
+  OwnedBitmap other;
+  Make(&other, {24}, 9, 9, 4);
+  vxkrn::LazyCensus census(one);
+  vxkrn::FilterCall context;
+  context.census = &census;
+  const vxkrn::FilterCallScope scope(&context);
+  EXPECT_EQ(Convert(one, {8}).entries, 3);
+  EXPECT_EQ(Convert(other, {8}).entries, 4) << "which is not the picture of the call";
 }
 
 TEST_F(ConvertTest, ColoursThatDoNotFitBecomeTheNearest) {
@@ -183,26 +292,11 @@ TEST_F(ConvertTest, ColoursThatDoNotFitBecomeTheNearest) {
 
 TEST_F(ConvertTest, ChosenColoursAreTheMeansOfWhatTheyStandFor) {
   OwnedBitmap greys;
-  ASSERT_EQ(VX_InitBitmap(&greys, sizeof(_BITMAPHANDLE), 16, 1, 24), STATUS_OK);
-  ASSERT_EQ(VX_AllocateBitmap(&greys, 1), STATUS_OK);
+  Allocate(&greys, 16, 1, 24);
   for (int x = 0; x < 16; ++x) {
     std::fill_n(greys.Pixels + 3 * x, 3, static_cast<unsigned char>(x < 8 ? x : 240 + x));
   }
   EXPECT_EQ(Convert(greys, {1}).palette, (std::vector<Color>{0x040404, 0xFCFCFC}));
-}
-
-TEST_F(ConvertTest, DiffusionKeepsTheMean) {
-  OwnedBitmap grey;
-  ASSERT_EQ(VX_InitBitmap(&grey, sizeof(_BITMAPHANDLE), 64, 64, 24), STATUS_OK);
-  ASSERT_EQ(VX_AllocateBitmap(&grey, 1), STATUS_OK);
-  for (const int level : {0, 20, 77, 128, 200, 255}) {
-    std::fill_n(grey.Pixels, 64 * grey.BytesPerLine, static_cast<unsigned char>(level));
-    const std::vector<Color> after = Convert(grey, {1}, CONVERT_PALETTE_FIXED, CONVERT_DIFFUSE).colors;
-    const double mean = std::accumulate(after.begin(), after.end(), 0.0,
-                                        [](double sum, Color color) { return sum + (color & 255); }) /
-                        4096;
-    EXPECT_NEAR(mean, level, 2.5);
-  }
 }
 
 /// Floyd and Steinberg's diffusion to black and white, rows alternately from the left and from the right.
@@ -236,8 +330,7 @@ std::vector<int> Diffused(const std::vector<std::vector<int>>& rows) {
 
 TEST_F(ConvertTest, DiffusionIsThatOfThePapers) {
   OwnedBitmap grey;
-  ASSERT_EQ(VX_InitBitmap(&grey, sizeof(_BITMAPHANDLE), 31, 17, 24), STATUS_OK);
-  ASSERT_EQ(VX_AllocateBitmap(&grey, 1), STATUS_OK);
+  Allocate(&grey, 31, 17, 24);
   std::vector<std::vector<int>> rows(17, std::vector<int>(31));
   std::minstd_rand random(11);
   for (int row = 0; row < 17; ++row) {
@@ -249,6 +342,7 @@ TEST_F(ConvertTest, DiffusionIsThatOfThePapers) {
   }
   const std::vector<Color> after = Convert(grey, {1}, CONVERT_PALETTE_FIXED, CONVERT_DIFFUSE).colors;
   std::vector<int> levels;
+  levels.reserve(after.size());
   for (const Color color : after) levels.push_back(static_cast<int>(color & 255));
   EXPECT_EQ(levels, Diffused(rows));
 }
@@ -279,40 +373,32 @@ TEST_F(ConvertTest, PalettesAreOwnThenExactThenChosen) {
 
 TEST_F(ConvertTest, RefusesWhatItCannotConvert) {
   OwnedBitmap bitmap;
-  Make(&bitmap, {8}, 4, 4, 4);
-  OwnedBitmap empty;
-  _BITMAPHANDLE* converted = nullptr;
-  unsigned char* buffer = nullptr;
-  _SAVEFILESTRUCT* file = nullptr;
-  unsigned int flags = 0;
-  EXPECT_EQ(vxkrn::BeginSave(&empty, &converted, 8, &flags, &buffer, 1, 0, 0, &file), STATUS_BAD_PARAMETER);
-  EXPECT_EQ(vxkrn::BeginSave(&bitmap, &converted, 2, &flags, &buffer, 1, 0, 0, &file), STATUS_BAD_BPP);
-  EXPECT_EQ(vxkrn::EndSave(&bitmap, nullptr, nullptr, nullptr, nullptr), STATUS_OK);
-  EXPECT_EQ(vxkrn::EndSave(&bitmap, &converted, &flags, &buffer, &file), STATUS_OK);
-  ASSERT_EQ(vxkrn::BeginSave(&bitmap, &converted, 8, &flags, &buffer, 1, 0, 0, &file), STATUS_OK);
-  for (const int row : {-1, 4}) {
-    EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, row, 1, 0, 0, 0, file), STATUS_BAD_PARAMETER);
-  }
-  EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, 0, 2, 0, 0, 0, file), STATUS_BAD_PARAMETER);
   OwnedBitmap other;
+  OwnedBitmap empty;
+  Make(&bitmap, {8}, 4, 4, 4);
   Make(&other, {8}, 4, 4, 4);
-  EXPECT_EQ(vxkrn::GetSaveRow(&other, converted, buffer, 0, 1, 0, 0, 0, file), STATUS_BAD_PARAMETER);
-  EXPECT_EQ(vxkrn::EndSave(&bitmap, &converted, &flags, &buffer, &file), STATUS_OK);
+  Saving save;
+  EXPECT_EQ(save.Begin(empty, 8), STATUS_BAD_PARAMETER);
+  EXPECT_EQ(save.Begin(bitmap, 2), STATUS_BAD_BPP);
+  EXPECT_EQ(vxkrn::EndSave(&bitmap, nullptr, nullptr, nullptr, nullptr), STATUS_OK);
+  EXPECT_EQ(save.End(bitmap), STATUS_OK);
+  ASSERT_EQ(save.Begin(bitmap, 8), STATUS_OK);
+  for (const int row : {-1, 4}) EXPECT_EQ(save.Get(bitmap, row), STATUS_BAD_PARAMETER);
+  EXPECT_EQ(save.Get(bitmap, 0, 2), STATUS_BAD_PARAMETER);
+  EXPECT_EQ(save.Get(other, 0), STATUS_BAD_PARAMETER);
+  EXPECT_EQ(save.End(bitmap), STATUS_OK);
 }
 
 TEST_F(ConvertTest, HandsOutSeveralRowsAtOnce) {
   OwnedBitmap bitmap;
   Make(&bitmap, {24}, 5, 6, 200);
-  _BITMAPHANDLE* converted = nullptr;
-  unsigned char* buffer = nullptr;
-  _SAVEFILESTRUCT* file = nullptr;
-  unsigned int flags = 0;
-  ASSERT_EQ(vxkrn::BeginSave(&bitmap, &converted, 24, &flags, &buffer, 4, 0, 0, &file), STATUS_OK);
-  ASSERT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, 2, 4, flags, 0, 0, file), STATUS_OK);
-  EXPECT_TRUE(std::equal(buffer, buffer + 4 * bitmap.BytesPerLine, vxkrn::StoredRow(bitmap, 2)));
-  EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, 3, 4, 0, 0, 0, file), STATUS_BAD_PARAMETER);
-  EXPECT_EQ(vxkrn::GetSaveRow(&bitmap, converted, buffer, 0, 5, 0, 0, 0, file), STATUS_BAD_PARAMETER);
-  EXPECT_EQ(vxkrn::EndSave(&bitmap, &converted, &flags, &buffer, &file), STATUS_OK);
+  Saving save;
+  ASSERT_EQ(save.Begin(bitmap, 24, 4), STATUS_OK);
+  ASSERT_EQ(save.Get(bitmap, 2, 4), STATUS_OK);
+  EXPECT_TRUE(std::equal(save.buffer, save.buffer + 4 * bitmap.BytesPerLine, vxkrn::StoredRow(bitmap, 2)));
+  EXPECT_EQ(save.Get(bitmap, 3, 4), STATUS_BAD_PARAMETER);
+  EXPECT_EQ(save.Get(bitmap, 0, 5), STATUS_BAD_PARAMETER);
+  EXPECT_EQ(save.End(bitmap), STATUS_OK);
 }
 
 TEST_F(ConvertTest, PngStreamsInGlobalMemoryKeepWhatTheirDepthCan) {

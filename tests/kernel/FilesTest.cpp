@@ -1,6 +1,6 @@
 // The file services over every backend, held against a plain vector of bytes; then the limits of positions,
 // and writes that fail after they seemed to work.
-#include "Files.h"
+#include "files/Files.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -12,9 +12,11 @@
 #include <filesystem>
 #include <random>
 
+#include "../common/Folder.h"
+#include "../common/MemoryFile.h"
 #include "Leaks.h"
-#include "MemoryTarget.h"
-#include "Source.h"
+#include "files/MemoryTarget.h"
+#include "files/Source.h"
 
 namespace {
 /// Whether the system's reads and writes are interrupted every other time and do 700 bytes at most.
@@ -48,59 +50,14 @@ int NextDescriptor() {
   return next;
 }
 
-/// An application's one file, in a vector, that can be told to run full.
-struct VectorFile {
-  Bytes bytes;
-  std::size_t room = SIZE_MAX;
-  bool closeFails = false;
-
-  static VectorFile* Of(void* file) { return static_cast<VectorFile*>(file); }
-  static void* Open(void* user, const char* /*name*/, int /*flags*/) { return user; }
-  static int64_t ReadAt(void* /*user*/, void* file, void* buffer, uint32_t count, uint64_t position) {
-    const Bytes& bytes = Of(file)->bytes;
-    if (position >= bytes.size()) return 0;
-    // In portions, as pipes and networks do.
-    const std::size_t portion =
-        static_cast<std::size_t>(std::min<uint64_t>({count, bytes.size() - position, 3000}));
-    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(position), portion,
-                static_cast<unsigned char*>(buffer));
-    return static_cast<int64_t>(portion);
-  }
-  static int64_t WriteAt(void* /*user*/, void* file, const void* buffer, uint32_t count, uint64_t position) {
-    VectorFile* self = Of(file);
-    if (position + count > self->room) {
-      errno = ENOSPC;
-      return -1;
-    }
-    const uint32_t portion = std::min(count, 3000U);
-    const auto end = static_cast<std::size_t>(position + portion);
-    if (self->bytes.size() < end) self->bytes.resize(end);
-    std::copy_n(static_cast<const unsigned char*>(buffer), portion,
-                self->bytes.begin() + static_cast<std::ptrdiff_t>(position));
-    return portion;
-  }
-  static int64_t Size(void* /*user*/, void* file) { return static_cast<int64_t>(Of(file)->bytes.size()); }
-  static int Truncate(void* /*user*/, void* file, uint64_t size) {
-    Of(file)->bytes.resize(static_cast<std::size_t>(size));
-    return 0;
-  }
-  static int Close(void* /*user*/, void* file) { return Of(file)->closeFails ? errno = EIO, -1 : 0; }
-  static constexpr vx_file_functions kFunctions = {Open, ReadAt, WriteAt, Size, Truncate, Close};
-};
-
 class Files : public Leaks {
  protected:
-  void SetUp() override {
-    path_ = std::filesystem::path(testing::TempDir()) / ("vxkrn-files-" + std::to_string(getpid()));
-    std::filesystem::remove(path_);
-  }
   void TearDown() override {
     isSlow = false;
     vx_redirect_files(nullptr, nullptr);
-    std::filesystem::remove(path_);
     Leaks::TearDown();
   }
-  void Redirect() { ASSERT_EQ(vx_redirect_files(&VectorFile::kFunctions, &vector_), VX_OK); }
+  void Redirect() { ASSERT_EQ(vx_redirect_files(&MemoryFile::kFunctions, &vector_), VX_OK); }
   HANDLE Open(int flags) { return VX_RedirectedOpen(path_.c_str(), flags, 0); }
 
   /// Does the same random things to a file and to a vector, and compares after each.
@@ -147,8 +104,9 @@ class Files : public Leaks {
     expected_ = std::move(model);
   }
 
-  std::filesystem::path path_;
-  VectorFile vector_;
+  Folder folder_;
+  std::string path_ = folder_ / "file";
+  MemoryFile vector_;
   Bytes expected_;
 };
 
@@ -193,7 +151,7 @@ TEST_F(Files, InMemoryGrowAsAVectorOfBytesDoes) {
   EXPECT_EQ(Bytes(target.Data(), target.Data() + target.Size()), expected_);
   vector_.bytes = expected_;
   vxkrn::MemoryTarget copy;  // of a file that comes in portions
-  ASSERT_EQ(copy.ReadFrom({VectorFile::kFunctions, &vector_}, &vector_), STATUS_OK);
+  ASSERT_EQ(copy.ReadFrom({MemoryFile::kFunctions, &vector_}, &vector_), STATUS_OK);
   EXPECT_EQ(Bytes(copy.Data(), copy.Data() + copy.Size()), expected_);
 }
 
@@ -288,7 +246,7 @@ TEST_F(Files, WritesThatFailLaterAreToldAfterClosing) {
 }
 
 TEST_F(Files, FunctionsThatLieOrAreMissingAreCaught) {
-  vx_file_functions functions = VectorFile::kFunctions;
+  vx_file_functions functions = MemoryFile::kFunctions;
   functions.read_at = [](void*, void*, void*, uint32_t count, uint64_t) -> int64_t {
     return int64_t{count} + 1;
   };
@@ -316,7 +274,7 @@ TEST_F(Files, FunctionsThatLieOrAreMissingAreCaught) {
         +[](vx_file_functions& f) { f.size = nullptr; }, +[](vx_file_functions& f) { f.close = nullptr; },
         +[](vx_file_functions& f) { f.write_at = nullptr; },
         +[](vx_file_functions& f) { f.truncate = nullptr; }}) {
-    functions = VectorFile::kFunctions;
+    functions = MemoryFile::kFunctions;
     leave(functions);
     EXPECT_EQ(vx_redirect_files(&functions, &vector_), VX_BAD_PARAMETER);
   }

@@ -3,7 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "Memory.h"
+#include "base/Memory.h"
+#include "bitmap/Bitmap.h"
 
 class Leaks : public testing::Test {
  protected:
@@ -16,3 +17,9 @@ class Leaks : public testing::Test {
     EXPECT_EQ(vxkrn::memory::InUse(), 0U);
   }
 };
+
+/// Pixels for a record that has none.
+inline void Allocate(_BITMAPHANDLE* bitmap, int width, int height, int bits) {
+  ASSERT_EQ(VX_InitBitmap(bitmap, sizeof *bitmap, width, height, bits), STATUS_OK);
+  ASSERT_EQ(VX_AllocateBitmap(bitmap, 1), STATUS_OK);
+}

@@ -1,11 +1,12 @@
 // The allocator: products that overflow and the limit.
-#include "Memory.h"
+#include "base/Errors.h"
+#include "base/Memory.h"
 
 #include <cstring>
 
-#include "Contract.h"
-#include "GlobalMemory.h"
 #include "Leaks.h"
+#include "base/Contract.h"
+#include "base/GlobalMemory.h"
 #include "vx/vx.h"
 
 namespace {
@@ -39,7 +40,7 @@ TEST_F(Memory, TheLimitIsExactAndZeroRestoresTheDefault) {
   ASSERT_NE(most, nullptr);
   EXPECT_EQ(VX_LocalAlloc(2, 1, 2, "a"), nullptr);
   EXPECT_EQ(vxkrn::memory::LastRefusal(), 2U);
-  vxkrn::memory::ForgetRefusal();
+  vxkrn::BeginCall();
   EXPECT_EQ(vxkrn::memory::LastRefusal(), 0U);
   EXPECT_TRUE(vxkrn::memory::Fits(1));
   EXPECT_FALSE(vxkrn::memory::Fits(2));

@@ -1,5 +1,5 @@
 // The row callback given what no good filter sends, and rows that end early.
-#include "RowSink.h"
+#include "app/RowSink.h"
 
 #include <climits>
 #include <cstring>
@@ -38,6 +38,7 @@ class RowSinks : public Leaks {
   /// First pixels of the picture's rows, from the top.
   std::vector<int> Rows() const {
     std::vector<int> rows;
+    rows.reserve(static_cast<std::size_t>(picture_.record.Height));
     for (int row = 0; row < picture_.record.Height; ++row) {
       rows.push_back(*vxkrn::StoredRow(picture_.record, picture_.Stored(row)));
     }
@@ -45,7 +46,7 @@ class RowSinks : public Leaks {
   }
 
   vxkrn::LoadPlan plan_ = {};
-  vxkrn::CallContext context_;
+  vxkrn::FilterCall context_;
   vx_bitmap picture_;
   vxkrn::RowSink sink_{plan_, context_, &picture_};
   _BITMAPHANDLE target_ = {};

@@ -10,11 +10,11 @@
 
 namespace {
 
-loading::Outcome LoadBand(const samples::Sample& sample, int first, int count) {
-  vx_load_options options = VX_LOAD_OPTIONS_DEFAULT;
+vx::LoadOptions Band(int first, int count) {
+  vx::LoadOptions options;
   options.band_first = first;
   options.band_count = count;
-  return loading::Load(sample.bytes, options);
+  return options;
 }
 
 TEST(Bands, AreRowsOfTheWholePicture) {
@@ -26,7 +26,7 @@ TEST(Bands, AreRowsOfTheWholePicture) {
     const int half = whole.height / 2;
     for (const auto& [first, count] :
          {std::pair(0, 1), {0, whole.height}, {half, whole.height - half}, {half / 2, half / 2 + 1}}) {
-      const auto band = LoadBand(sample, first, count);
+      const auto band = loading::Load(sample.bytes, Band(first, count));
       ASSERT_EQ(band.status, VX_OK) << sample.name << ": " << band.detail;
       const auto from = whole.rgba.begin() + first * rowSize;
       EXPECT_EQ(loading::FirstDifference(band, whole.width, count, {from, from + count * rowSize}), "")
@@ -40,7 +40,8 @@ TEST(Bands, OutsideThePictureAreRefused) {
   const int height = loading::LoadPage(sample.bytes).height;
   for (const auto& [first, count] :
        {std::pair(-1, 2), {0, height + 1}, {height, 1}, {1, -1}, {INT32_MAX, INT32_MAX}, {INT32_MIN, 1}}) {
-    EXPECT_EQ(LoadBand(sample, first, count).status, VX_BAD_PARAMETER) << first << ", " << count;
+    EXPECT_EQ(loading::Load(sample.bytes, Band(first, count)).status, VX_BAD_PARAMETER)
+        << first << ", " << count;
   }
 }
 
@@ -81,18 +82,11 @@ TEST(Bands, LieWhereTheyShouldBeyondTwoGigabytes) {
       EndlessBitmap::Close};
   int anything = 0;
   ASSERT_EQ(vx_redirect_files(&functions, &anything), VX_OK);
-  vx_source* source = nullptr;
-  ASSERT_EQ(vx_open_file("endless", &source), VX_OK);
   for (const int fromBottom : {300, EndlessBitmap::kSide - 300}) {
-    vx_load_options options = VX_LOAD_OPTIONS_DEFAULT;
-    options.band_first = EndlessBitmap::kSide - 1 - fromBottom;
-    options.band_count = 1;
-    vx_bitmap* bitmap = nullptr;
-    ASSERT_EQ(vx_load(source, &options, &bitmap), VX_OK) << vx_error_detail();
-    EXPECT_EQ(vx_bitmap_row(bitmap, 0)[0], static_cast<uint8_t>(fromBottom));
-    vx_bitmap_free(bitmap);
+    const auto band = Band(EndlessBitmap::kSide - 1 - fromBottom, 1);
+    const vx::Bitmap bitmap = vx::Source::File("endless").Load(band);
+    EXPECT_EQ(bitmap.Row(0)[0], static_cast<uint8_t>(fromBottom));
   }
-  vx_close(source);
   vx_redirect_files(nullptr, nullptr);
 }
 

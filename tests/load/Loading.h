@@ -2,13 +2,12 @@
 // checks that the library holds no memory afterwards.
 #pragma once
 
-#include <vx/vx.h>
-
 #include <cstdint>
 #include <filesystem>
 #include <span>
 #include <string>
 #include <vector>
+#include <vx/image.hpp>
 
 namespace loading {
 
@@ -25,17 +24,19 @@ struct Outcome {
   Bytes rgba;  // 4 bytes a pixel, top row first
 };
 
-/// Describes and loads one page of a file held in memory; options->page is the page.
-Outcome Load(std::span<const uint8_t> file, vx_load_options options);
-Outcome LoadPage(std::span<const uint8_t> file, int page = 1, bool allowTruncated = false);
+/// Most of a damaged file's claims are about size; this keeps a picture of billions from taking hours.
+constexpr uint64_t kLittleMemory = 16U << 20;
 
-/// How many pages the file has; 0 when it cannot be described.
-int PageCount(std::span<const uint8_t> file);
+/// Describes and loads one page of a file held in memory; options.page is the page.
+Outcome Load(std::span<const uint8_t> file, const vx::LoadOptions& options);
+Outcome LoadPage(std::span<const uint8_t> file, int page = 1, bool allowTruncated = false);
 
 /// Loads every page, with and without tolerance for files that end early, and expects each to end in a
 /// status that has a name, a failure with its reason; those that say so, and no others, are helped by
 /// tolerance. At most `maxPages` pages are looked at.
 void ExpectDefinedOutcomes(std::span<const uint8_t> file, int maxPages = 8);
+/// Expects that of every prefix, where the file is small.
+void ExpectDefinedPrefixes(std::span<const uint8_t> file, int maxPages = 8);
 
 Bytes ReadFile(const std::filesystem::path& path);
 

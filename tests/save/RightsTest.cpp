@@ -1,74 +1,21 @@
 // Who may do what with files that are replaced, and where saves and edits end up: nobody gains rights, nobody
 // leads a save elsewhere, and what others did meanwhile is not undone.
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <fstream>
 #include <thread>
 
-#include "Sources.h"
-#include "SystemCalls.h"
+#include "Replacing.h"
 
 namespace saving {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kAccess = "system.posix_acl_access";
-constexpr const char* kDefault = "system.posix_acl_default";
-
-/// An access control list as the system has it: rights of the owner, user 1234, the group, the mask, others.
-std::string List(std::array<int, 5> rights) {
-  constexpr int kTags[] = {1, 2, 4, 16, 32};
-  std::string list("\2\0\0\0", 4);
-  for (size_t i = 0; i < rights.size(); ++i) {
-    const uint32_t who = i == 1 ? 1234 : UINT32_MAX;
-    for (const int word :
-         {kTags[i], rights[i], static_cast<int>(who & 0xFFFF), static_cast<int>(who >> 16)}) {
-      list += static_cast<char>(word & 0xFF);
-      list += static_cast<char>(word >> 8);
-    }
-  }
-  return list;
-}
-
-std::string Attribute(const std::string& path, const char* name) {
-  char value[200];
-  const ssize_t size = getxattr(path.c_str(), name, value, sizeof value);
-  return size < 0 ? std::string("none") : std::string(value, static_cast<size_t>(size));
-}
-
-bool SetAttribute(const std::string& path, const char* name, const std::string& value) {
-  return setxattr(path.c_str(), name, value.data(), value.size(), 0) == 0;
-}
-
-mode_t ModeOf(const std::string& path) {
-  struct stat status = {};
-  EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
-  return status.st_mode & 07777;
-}
-
-/// The parameter tells whether files need a name from the start.
-class Rights : public testing::TestWithParam<bool> {
- protected:
-  void SetUp() override {
-    system_calls::needsName = GetParam();
-    Write(old_, "old");
-  }
-  void TearDown() override { system_calls::Restore(); }
-
-  Folder folder_;
-  std::string old_ = folder_ / "old.bmp";
-  vx::Bitmap picture_ = Noise(10, 10, 24);
-};
+class Rights : public Replacing {};
 
 TEST_P(Rights, NobodyGetsMoreThanHeHadAtAnyMoment) {
   const std::string list = List({6, 6, 0, 6, 0});
@@ -83,7 +30,7 @@ TEST_P(Rights, NobodyGetsMoreThanHeHadAtAnyMoment) {
   system_calls::after = [&](const std::string& call, int file) {
     if (call == "fchown" || call == "fchmod" || call == "fsetxattr") all |= bits(file);
   };
-  picture_.Save(old_, vx::SaveOptions());  // user 1234 had nothing, and the folder would give him all
+  SaveTo(old_);  // user 1234 had nothing, and the folder would give him all
   EXPECT_EQ(all, 0640U);
   EXPECT_EQ(Attribute(old_, kAccess), "none");
 
@@ -95,7 +42,7 @@ TEST_P(Rights, NobodyGetsMoreThanHeHadAtAnyMoment) {
     const bool isOpenToGroup = isAttribute && (bits(file) & 0070) != 0;
     EXPECT_TRUE(!isOpenToGroup || (hasList && std::string(now, list.size()) == list)) << call;
   };
-  picture_.Save(old_, vx::SaveOptions());
+  SaveTo(old_);
   EXPECT_EQ(Attribute(old_, kAccess), list);
   EXPECT_EQ(Attribute(old_, "user.note"), "kept");
 }
@@ -113,11 +60,11 @@ TEST_P(Rights, AnOwnerWhoCannotBeKeptTakesRightsAlong) {
       {0666, List({6, 0, 4, 6, 6}), 0664, List({6, 0, 0, 6, 4})}};
   ASSERT_EQ(chmod((folder_ / ".").c_str(), 0777), 0);
   for (const auto& each : cases) {
-    Write(old_, "old");
+    WriteFile(old_, "old");
     ASSERT_EQ(chown(old_.c_str(), 1234, 1234), 0);
     ASSERT_EQ(chmod(old_.c_str(), each.before), 0);
     if (!each.list.empty() && !SetAttribute(old_, kAccess, each.list)) continue;
-    AsOrdinaryUser(folder_, [&] { picture_.Save(old_, vx::SaveOptions()); });
+    AsOrdinaryUser(folder_, [&] { SaveTo(old_); });
     EXPECT_EQ(ModeOf(old_), each.after);
     EXPECT_EQ(Attribute(old_, kAccess), each.listAfter);
     fs::remove(old_);
@@ -129,23 +76,20 @@ TEST_P(Rights, OtherPeoplesLinksInFoldersForAllAreNotFollowed) {
   fs::create_directory(shared);
   ASSERT_EQ(chmod(shared.c_str(), 01777), 0);
   for (const std::string target : {"old.bmp", "new.bmp"}) {
-    const std::string link = shared + "/" + target;
+    const std::string link = fs::path(shared) / target;
     fs::create_symlink("../" + target, link);
-    Write(old_, "old");
+    WriteFile(old_, "old");
     if (geteuid() == 0) {
       ASSERT_EQ(lchown(link.c_str(), 1234, 1234), 0);
-      EXPECT_EQ(vx_save_file(picture_.Get(), link.c_str(), nullptr), VX_OPEN_WRITE_ERROR);
-      EXPECT_NE(std::string(vx_error_detail()).find("Permission denied"), std::string::npos);
-      EXPECT_EQ(Read(old_), "old");
-      EXPECT_FALSE(fs::exists(folder_ / "new.bmp"));
+      ExpectUntouched(link, VX_OPEN_WRITE_ERROR, "Permission denied");
       ASSERT_EQ(chown(shared.c_str(), 1234, 1234), 0);  // whose links are
-      EXPECT_EQ(vx_save_file(picture_.Get(), link.c_str(), nullptr), VX_OK) << vx_error_detail();
+      SaveTo(link);
       fs::remove(folder_ / "new.bmp");
       ASSERT_EQ(chown(shared.c_str(), 0, 0), 0);
       ASSERT_EQ(lchown(link.c_str(), 0, 0), 0);
     }
-    EXPECT_EQ(vx_save_file(picture_.Get(), link.c_str(), nullptr), VX_OK) << vx_error_detail();
-    EXPECT_EQ(Read(folder_ / target).substr(0, 2), "BM");
+    SaveTo(link);
+    EXPECT_EQ(ReadFile(folder_ / target).substr(0, 2), "BM");
   }
 }
 
@@ -176,55 +120,56 @@ TEST_P(Rights, FilesAreStoredBeforeTheyGetTheirNameAndFoldersAfter) {
     if (call == "fsync" && fstat(file, &status) == 0) calls += S_ISDIR(status.st_mode) ? "folder " : "file ";
   };
   system_calls::after = note;
-  picture_.Save(old_, vx::SaveOptions());
+  SaveTo(old_);
   EXPECT_EQ(calls, GetParam() ? "file renameat folder " : "file linkat renameat folder ");
   calls.clear();
-  picture_.Save(folder_ / "new.bmp", vx::SaveOptions());
+  SaveTo(folder_ / "new.bmp");
   if (!GetParam()) {
     EXPECT_EQ(calls, "file linkat folder ");
   }
   for (const auto& [error, status] : {std::pair(EIO, VX_WRITE_ERROR), std::pair(EINVAL, VX_OK)}) {
-    Write(old_, "old");
+    WriteFile(old_, "old");
     system_calls::before = [error = error, count = 0](const std::string& call, int) mutable {
       if (call != "fsync" || ++count < 2) return 0;
       return errno = error, -1;
     };
-    EXPECT_EQ(vx_save_file(picture_.Get(), old_.c_str(), nullptr), status);
-    EXPECT_EQ(Read(old_).substr(0, 2), "BM");
+    EXPECT_EQ(StatusOf([&] { SaveTo(old_); }), status);
+    EXPECT_EQ(ReadFile(old_).substr(0, 2), "BM");
   }
 }
 
 TEST_P(Rights, WhatAnEndedProcessLeftGoesWithTheNextSave) {
   system_calls::before = [](const std::string& call, int) { return call == "renameat" ? raise(SIGKILL) : 0; };
-  EXPECT_EXIT(picture_.Save(old_, vx::SaveOptions()), testing::KilledBySignal(SIGKILL), "");
+  EXPECT_EXIT(SaveTo(old_), testing::KilledBySignal(SIGKILL), "");
   system_calls::before = nullptr;
   EXPECT_EQ(folder_.Names(), (std::vector<std::string>{".vx-unfinished-0", "old.bmp"}));
-  picture_.Save(folder_ / "other.bmp", vx::SaveOptions());
+  SaveTo(folder_ / "other.bmp");
   EXPECT_EQ(folder_.Names(), (std::vector<std::string>{"old.bmp", "other.bmp"}));
   // What is in use stays, and so does a name that is no file.
   vx::Edit edit(folder_ / "a.ico", VX_EDIT_NEW);
   edit.Add(picture_);
   fs::create_directory(folder_ / ".vx-unfinished-1");
-  picture_.Save(old_, vx::SaveOptions());
+  SaveTo(old_);
   edit.Commit();
   EXPECT_EQ(folder_.Names(), (std::vector<std::string>{".vx-unfinished-1", "a.ico", "old.bmp", "other.bmp"}));
 }
 
 TEST_P(Rights, ShortWritesAreGoneOnWithAndAFailedCloseIsTold) {
   system_calls::writesAreShort = true;
-  picture_.Save(old_, vx::SaveOptions());
+  SaveTo(old_);
   vx::Edit edit(folder_ / "a.ico", VX_EDIT_NEW);
   edit.Add(picture_);
   edit.Commit();
-  EXPECT_EQ(LoadFrom(picture_.Save(vx::SaveOptions()).Bytes()).Rgba(), vx::Source::File(old_).Load().Rgba());
-  EXPECT_EQ(vx::Source::File(folder_ / "a.ico").Load().Rgba(), picture_.Rgba());
+  EXPECT_TRUE(ReadFile(old_) == saved_);
+  EXPECT_TRUE(vx::Source::File(folder_ / "a.ico").Load().Rgba() == picture_.Rgba());
   vx::SaveOptions inPlace;
   inPlace.in_place = 1;
   const std::string there = folder_ / "there.bmp";
   system_calls::Fail("close", EIO);
-  EXPECT_EQ(vx_save_file(picture_.Get(), there.c_str(), &inPlace), VX_WRITE_ERROR);  // new
-  EXPECT_EQ(vx_save_file(picture_.Get(), there.c_str(), &inPlace), VX_WRITE_ERROR);  // there already
-  EXPECT_EQ(vx_save_file(picture_.Get(), "/dev/null", nullptr), VX_WRITE_ERROR);
+  for (const char* what : {"new", "there already"}) {
+    EXPECT_EQ(vx_save_file(picture_.Get(), there.c_str(), &inPlace), VX_WRITE_ERROR) << what;
+  }
+  EXPECT_EQ(StatusOf([&] { SaveTo("/dev/null"); }), VX_WRITE_ERROR);
 }
 
 /// Opens `path`, saves an icon by the descriptor's name, and says what the file has then.
@@ -257,7 +202,7 @@ TEST_P(Rights, DescriptorsAreWrittenThroughFromWhereTheyStand) {
                {O_RDWR, 4, longer, "xxxx" + icon},
                {O_RDWR, 0, longer, icon}};
   for (const auto& each : cases) {
-    Write(path, each.before);
+    WriteFile(path, each.before);
     struct stat before = {}, after = {};
     ASSERT_EQ(stat(path.c_str(), &before), 0);
     EXPECT_TRUE(SaveBehind(path, each.flags, each.at, "/proc/self/fd/") == each.after) << each.at;
@@ -271,7 +216,7 @@ TEST_P(Rights, DescriptorsAreWrittenThroughFromWhereTheyStand) {
   edit.Commit();
   EXPECT_EQ(vx::Source::File("/dev/fd/" + std::to_string(file)).Describe().page_count, 2);
   close(file);
-  EXPECT_EQ(vx_save_file(picture_.Get(), "/dev/fd/999", nullptr), VX_OPEN_WRITE_ERROR);
+  EXPECT_EQ(StatusOf([&] { SaveTo("/dev/fd/999"); }), VX_OPEN_WRITE_ERROR);
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, Rights, testing::Bool(), [](const auto& each) {
@@ -288,7 +233,7 @@ class Sharing : public testing::Test {
 };
 
 TEST_F(Sharing, WhatOthersDidMeanwhileIsToldAndStays) {
-  const std::string before = Read(icon_);
+  const std::string before = ReadFile(icon_);
   const auto changed = [&] { return before.substr(0, before.size() - 1) + '!'; };
   const struct {
     const char* what;  // that the detail says; null: it is committed
@@ -296,14 +241,14 @@ TEST_F(Sharing, WhatOthersDidMeanwhileIsToldAndStays) {
     std::function<void()> act;
   } cases[] = {{"replaced", true,
                 [&] {
-                  Write(folder_ / "other", changed());
+                  WriteFile(folder_ / "other", changed());
                   fs::rename(folder_ / "other", icon_);
                 }},
-               {"written to", true, [&] { std::ofstream(icon_, std::ios::app) << "more"; }},
+               {"written to", true, [&] { WriteFile(icon_, before + "more"); }},
                {"written to", false,
                 [&] {
                   const auto time = fs::last_write_time(icon_);
-                  Write(icon_, changed());
+                  WriteFile(icon_, changed());
                   fs::last_write_time(icon_, time);
                 }},
                {"deleted", true, [&] { fs::remove(icon_); }},
@@ -313,35 +258,27 @@ TEST_F(Sharing, WhatOthersDidMeanwhileIsToldAndStays) {
     for (const unsigned flags : {0U, unsigned{VX_EDIT_NEW}}) {
       if (flags != 0 && !each.mayNew) continue;
       fs::remove(icon_);
-      Write(icon_, before);
+      WriteFile(icon_, before);
       vx::Edit edit(icon_, flags);
       edit.Add(Noise(8, 8, 8));
       each.act();
-      const std::string now = Read(icon_);
-      try {
+      const std::string now = ReadFile(icon_);
+      if (each.what != nullptr) {
+        ExpectFailure(VX_FILE_CHANGED, each.what, [&] { edit.Commit(); });
+        EXPECT_EQ(vx_error_reason(), VX_REASON_FILE_CHANGED);
+      } else {
         edit.Commit();
-        EXPECT_EQ(each.what, nullptr);
-        EXPECT_FALSE(Read(icon_) == now);
-      } catch (const vx::Error& error) {
-        EXPECT_EQ(error.status(), VX_FILE_CHANGED) << error.what();
-        EXPECT_TRUE(each.what != nullptr && error.detail().find(each.what) != std::string::npos)
-            << error.what();
-        EXPECT_TRUE(Read(icon_) == now);
       }
+      EXPECT_EQ(ReadFile(icon_) == now, each.what != nullptr);
       EXPECT_LE(folder_.Names().size(), 1U);
     }
   }
   const std::string made = folder_ / "new.ico";
   vx::Edit edit(made, VX_EDIT_NEW);
   edit.Add(Noise(8, 8, 8));
-  Write(made, "mine");
-  try {
-    edit.Commit();
-    ADD_FAILURE() << "it was overwritten";
-  } catch (const vx::Error& error) {
-    EXPECT_EQ(error.status(), VX_FILE_CHANGED);
-  }
-  EXPECT_EQ(Read(made), "mine");
+  WriteFile(made, "mine");
+  ExpectFailure(VX_FILE_CHANGED, "", [&] { edit.Commit(); });
+  EXPECT_EQ(ReadFile(made), "mine");
 }
 
 TEST_F(Sharing, WhoeverEditsIsWaitedForByEditsAndSaves) {
@@ -355,22 +292,14 @@ TEST_F(Sharing, WhoeverEditsIsWaitedForByEditsAndSaves) {
                                           [&] { Noise(8, 8, 8).Save(icon_, inPlace); }};
     std::vector<std::thread> threads;
     for (const auto& act : acts) {
-      threads.emplace_back([&act] {
-        try {
-          act();
-          ADD_FAILURE() << "nobody waited";
-        } catch (const vx::Error& error) {
-          EXPECT_EQ(error.status(), VX_OPEN_WRITE_ERROR);
-          EXPECT_NE(error.detail().find("another edit of this one"), std::string::npos) << error.what();
-        }
-      });
+      threads.emplace_back([&act] { ExpectFailure(VX_OPEN_WRITE_ERROR, "another edit of this one", act); });
     }
     for (std::thread& each : threads) each.join();
   }
 }
 
 TEST_F(Sharing, AFileReplacedWhileItsLockWasWaitedForIsOpenedAgain) {
-  Write(folder_ / "other", "");
+  WriteFile(folder_ / "other", "");
   Noise(9, 9, 8).Save(folder_ / "other", vx::SaveOptions(VX_FORMAT_ICO));
   system_calls::before = [&, isFirst = true](const std::string& call, int) mutable {
     if (call == "flock" && std::exchange(isFirst, false)) fs::rename(folder_ / "other", icon_);
@@ -395,10 +324,8 @@ TEST_F(Sharing, WhereFilesCannotBeLockedThatIsSaidOrRefused) {
     EXPECT_FALSE(edit.IsLocked());
     edit.Add(Noise(8, 8, 8));
     edit.Commit();
-    vx_edit* refused = nullptr;
-    EXPECT_EQ(vx_edit_open(icon_.c_str(), VX_EDIT_REQUIRE_LOCK, &refused), VX_OPEN_WRITE_ERROR);
-    EXPECT_NE(std::string(vx_error_detail()).find("cannot be locked"), std::string::npos)
-        << vx_error_detail();
+    ExpectFailure(VX_OPEN_WRITE_ERROR, "cannot be locked", [&] { vx::Edit(icon_, VX_EDIT_REQUIRE_LOCK); });
+    EXPECT_EQ(vx_error_reason(), VX_REASON_NO_LOCKS);
   }
   EXPECT_EQ(vx::Source::File(icon_).Describe().page_count, 3);
 }

@@ -2,15 +2,11 @@
 
 #include <grp.h>
 #include <gtest/gtest.h>
-#include <png.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <random>
-#include <sstream>
 
 namespace saving {
 
@@ -40,63 +36,25 @@ vx::Bitmap Noise(int width, int height, int bitsPerPixel, int orientation, bool 
 }
 
 vx::Bitmap WithAlpha(int width, int height, const std::function<Pixel(int x, int y)>& pixelAt) {
-  std::vector<Pixel> pixels;
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) pixels.push_back(pixelAt(x, y));
+  Bytes rgba;
+  for (int i = 0; i < width * height; ++i) {
+    const Pixel pixel = pixelAt(i % width, i / width);
+    rgba.insert(rgba.end(), {pixel.red, pixel.green, pixel.blue, pixel.alpha});
   }
-  png_image image = {};
-  image.version = PNG_IMAGE_VERSION;
-  image.width = static_cast<png_uint_32>(width);
-  image.height = static_cast<png_uint_32>(height);
-  image.format = PNG_FORMAT_RGBA;
-  Bytes png(1024 + 8 * pixels.size());
-  png_alloc_size_t size = png.size();
-  EXPECT_NE(png_image_write_to_memory(&image, png.data(), &size, 0, pixels.data(), 0, nullptr), 0);
-  png.resize(size);
-  return LoadFrom(png);
+  return vx::Bitmap::FromRgba(width, height, rgba.data());
 }
 
 vx::Bitmap Colors24(int width, int height, int colors) {
-  Bytes rows;
-  const size_t padding = (4 - static_cast<size_t>(width) * 3 % 4) % 4;
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      const int color = (y * width + x) % colors;
-      for (const int level : {color * 7, color * 13 + 5, color}) rows.push_back(static_cast<uint8_t>(level));
-    }
-    rows.insert(rows.end(), padding, 0);
-  }
-  vx_raw raw = {};
-  raw.format = VX_FORMAT_RAW;
-  raw.width = width;
-  raw.height = height;
-  raw.bits_per_pixel = 24;
-  vx::LoadOptions options;
-  options.raw = &raw;
-  return vx::Source::Memory(rows).Load(options);
+  const vx::Bitmap opaque = WithAlpha(width, height, [=](int x, int y) -> Pixel {
+    const int color = (y * width + x) % colors;
+    return {static_cast<uint8_t>(color), static_cast<uint8_t>(color * 13 + 5),
+            static_cast<uint8_t>(color * 7), 255};
+  });
+  return LoadFrom(opaque.Save(vx::SaveOptions(VX_FORMAT_BMP, 24)).Bytes());
 }
 
 vx::Bitmap LoadFrom(std::span<const uint8_t> file, int page) {
   return vx::Source::Memory(file).Load(page);
-}
-
-Folder::Folder() {
-  std::string name = testing::TempDir() + "/vx-save-XXXXXX";
-  EXPECT_NE(mkdtemp(name.data()), nullptr);
-  path_ = name;
-}
-
-Folder::~Folder() {
-  std::filesystem::remove_all(path_);
-}
-
-std::vector<std::string> Folder::Names() const {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-    names.push_back(entry.path().filename().string());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
 }
 
 void AsOrdinaryUser(const Folder& folder, const std::function<void()>& act) {
@@ -114,16 +72,6 @@ void AsOrdinaryUser(const Folder& folder, const std::function<void()>& act) {
   int ended = 0;
   ASSERT_EQ(waitpid(child, &ended, 0), child);
   EXPECT_EQ(ended, 0) << "as an ordinary user";
-}
-
-void Write(const std::string& path, const std::string& text) {
-  std::ofstream(path, std::ios::binary) << text;
-}
-
-std::string Read(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream(path, std::ios::binary).rdbuf();
-  return text.str();
 }
 
 }  // namespace saving

@@ -1,9 +1,10 @@
-// Pictures to save, and files to save them to.
+// Pictures to save, and who saves them.
 #pragma once
 
-#include <filesystem>
 #include <functional>
 #include <vx/image.hpp>
+
+#include "../common/Folder.h"
 
 namespace saving {
 
@@ -24,27 +25,8 @@ vx::Bitmap Colors24(int width, int height, int colors);
 
 vx::Bitmap LoadFrom(std::span<const uint8_t> file, int page = 1);
 
-/// A folder of its own, gone with everything in it at the end.
-class Folder {
- public:
-  Folder();
-  ~Folder();
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-
-  std::string operator/(const std::string& name) const { return (path_ / name).string(); }
-  /// Its entries, hidden ones too.
-  [[nodiscard]] std::vector<std::string> Names() const;
-
- private:
-  std::filesystem::path path_;
-};
-
 /// Runs `act` as a user whom modes stop, who owns the folder: in a process of its own where the tests run as
 /// root. What it expects counts here.
 void AsOrdinaryUser(const Folder& folder, const std::function<void()>& act);
-
-void Write(const std::string& path, const std::string& text);
-std::string Read(const std::string& path);
 
 }  // namespace saving

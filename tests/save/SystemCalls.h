@@ -1,4 +1,4 @@
-// Functions of the system that the test program stands in for, so that they can fail or be where a process
+// Functions of the system that a program stands in for, so that they can fail or be where a process
 // ends. Nothing is ever stored for good.
 #pragma once
 
@@ -7,10 +7,10 @@
 
 namespace system_calls {
 
-/// Called before fsync, pwrite, close, flock, linkat, renameat, fchown, fchmod and fsetxattr, with the name
-/// and the file where there is one; -1 makes the call fail with the errno that it sets.
+/// Called before everything that touches files, with the name and, of what changes one, the file where there
+/// is one; -1 makes the call fail with the errno that it sets.
 extern std::function<int(const std::string& call, int file)> before;
-/// Called after those that went well.
+/// Called after fsync, flock, linkat, renameat, fchown, fchmod and fsetxattr that went well.
 extern std::function<void(const std::string& call, int file)> after;
 /// Whether files need a name from the start.
 extern bool needsName;

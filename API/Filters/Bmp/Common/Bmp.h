@@ -1,5 +1,6 @@
 // The exported face of vxfbmp.so.18: the entry points that the kernel calls, and the functions behind
-// them under their C++ names. Nothing else of the filter is visible outside.
+// them under their C++ names. Nothing else of the filter is visible outside, and nothing inside includes
+// this.
 #pragma once
 
 #include <vxkrn.h>

@@ -1,13 +1,15 @@
 // A page more in a file that exists, or another one in the place of an old one. Only the directory changes in
 // the middle of the file: bodies are appended, and that of a replaced page stays.
-#include "../Bmp.h"
-#include "../Format/HeaderEncoding.h"
-#include "../Format/PageSlot.h"
-#include "../Resources.h"
-#include "../Write/Conversion.h"
-#include "../Write/IconMasks.h"
-#include "../Write/RowWriter.h"
-#include "Directory.h"
+#include "Pages/AddPage.h"
+
+#include "Kernel.h"
+#include "Pages/Directory.h"
+#include "Pages/PngPage.h"
+#include "Write/Conversion.h"
+#include "Write/IconMasks.h"
+#include "Write/RowWriter.h"
+#include "format/HeaderEncoding.h"
+#include "format/PageSlot.h"
 
 namespace bmp {
 namespace {
@@ -94,26 +96,26 @@ int WritePage(_SAVEDISPATCH& dispatch, File& file, uint32_t slot) {
 }
 
 }  // namespace
-}  // namespace bmp
 
-int AddPage(_SAVEDISPATCH* dispatch, int /*kind*/) {
-  bmp::File file(dispatch->FileName, bmp::kForEditing);
+int AddPage(_SAVEDISPATCH& dispatch) {
+  File file(dispatch.FileName, kForEditing);
   if (!file.IsOpen()) return STATUS_OPEN_WRITE_ERROR;
-  bmp::Block<bmp::kDirectorySize> bytes;
-  const int read = VX_RedirectedRead(file.Handle(), bytes.data(), bmp::kDirectorySize);
+  Block<kDirectorySize> bytes;
+  const int read = VX_RedirectedRead(file.Handle(), bytes.data(), kDirectorySize);
   if (read <= 0) return STATUS_OPEN_WRITE_ERROR;  // there is no file yet to speak of
-  if (read < static_cast<int>(bmp::kDirectorySize)) return STATUS_BAD_FORMAT;
+  if (read < static_cast<int>(kDirectorySize)) return STATUS_BAD_FORMAT;
 
-  const ICONDIR directory = bmp::DecodeDirectory(bytes);
-  const SAVEOPTIONS& options = *dispatch->SaveOptions;
-  const bmp::PageSlot slot =
-      bmp::FindPageSlot(dispatch->Flags, options.Flags, options.PageNumber, directory.Count);
+  const ICONDIR directory = DecodeDirectory(bytes);
+  const SAVEOPTIONS& options = *dispatch.SaveOptions;
+  const PageSlot slot = FindPageSlot(dispatch.Flags, options.Flags, options.PageNumber, directory.Count);
   if (slot.page == 0) return STATUS_BAD_PAGE;
   if (slot.isNew) {
-    const int status = bmp::OpenSlot(file.Handle(), slot.page, directory);
+    const int status = OpenSlot(file.Handle(), slot.page, directory);
     if (status != STATUS_OK) return status;
   }
-  const uint32_t offset = bmp::EntryOffset(slot.page);
-  if (dispatch->Format == FMT_VISTA_ICO) return InsertVistaIcon(dispatch, file.Take(), offset);
-  return bmp::WritePage(*dispatch, file, offset);
+  const uint32_t offset = EntryOffset(slot.page);
+  if (dispatch.Format == FMT_VISTA_ICO) return InsertPngPage(dispatch, file.Take(), offset);
+  return WritePage(dispatch, file, offset);
 }
+
+}  // namespace bmp

@@ -1,10 +1,10 @@
 // One buffer, chunk by chunk: from the first one towards the start of the file, from the last one towards its
 // end, so that nothing is written over before it was read.
-#include "BlockMove.h"
+#include "Pages/BlockMove.h"
 
 #include <algorithm>
 
-#include "../Resources.h"
+#include "Kernel.h"
 
 namespace bmp {
 namespace {

@@ -1,8 +1,8 @@
-#include "Directory.h"
+#include "Pages/Directory.h"
 
-#include "../Format/HeaderEncoding.h"
-#include "../Resources.h"
-#include "BlockMove.h"
+#include "Kernel.h"
+#include "Pages/BlockMove.h"
+#include "format/HeaderEncoding.h"
 
 namespace bmp {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "../Format/IconDirectory.h"
+#include "format/IconDirectory.h"
 
 namespace bmp {
 

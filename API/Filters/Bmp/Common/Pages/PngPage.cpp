@@ -1,7 +1,8 @@
 // Icon pages that are PNG streams: the kernel encodes them, these functions give them their place in a file.
-#include "../Bmp.h"
-#include "../Format/HeaderEncoding.h"
-#include "../Resources.h"
+#include "Pages/PngPage.h"
+
+#include "Kernel.h"
+#include "format/HeaderEncoding.h"
 
 namespace bmp {
 namespace {
@@ -68,19 +69,18 @@ ICONDIRENTRY EntryOf(const _SAVEDISPATCH& dispatch, uint32_t size, uint32_t offs
 }
 
 }  // namespace
-}  // namespace bmp
 
-int OverwriteVistaIcon(_SAVEDISPATCH* dispatch) {
-  bmp::PngStream stream;  // freed after the file is closed
-  const bmp::File file(dispatch->FileName, bmp::kForNewPngIcon);
+int WriteNewPngIcon(_SAVEDISPATCH& dispatch) {
+  PngStream stream;  // freed after the file is closed
+  const File file(dispatch.FileName, kForNewPngIcon);
   if (!file.IsOpen()) return STATUS_OPEN_WRITE_ERROR;
-  constexpr ICONDIR kOneIcon = {.Reserved = 0, .Type = bmp::kIconType, .Count = 1};
-  if (!bmp::WriteBlock(file.Handle(), bmp::EncodeDirectory(kOneIcon))) return STATUS_WRITE_ERROR;
+  constexpr ICONDIR kOneIcon = {.Reserved = 0, .Type = kIconType, .Count = 1};
+  if (!WriteBlock(file.Handle(), EncodeDirectory(kOneIcon))) return STATUS_WRITE_ERROR;
 
-  const int status = stream.Encode(*dispatch, bmp::kTrackedInNewFile);
+  const int status = stream.Encode(dispatch, kTrackedInNewFile);
   if (status != STATUS_OK) return status;
-  const ICONDIRENTRY entry = bmp::EntryOf(*dispatch, stream.Size(), bmp::EntryOffset(2));
-  if (!bmp::WriteBlock(file.Handle(), bmp::EncodeEntry(entry))) {
+  const ICONDIRENTRY entry = EntryOf(dispatch, stream.Size(), EntryOffset(2));
+  if (!WriteBlock(file.Handle(), EncodeEntry(entry))) {
     stream.Free();  // here before the file is closed
     return STATUS_WRITE_ERROR;
   }
@@ -88,17 +88,19 @@ int OverwriteVistaIcon(_SAVEDISPATCH* dispatch) {
   return stream.WriteTo(file.Handle()) ? STATUS_OK : STATUS_WRITE_ERROR;
 }
 
-int InsertVistaIcon(_SAVEDISPATCH* dispatch, HANDLE file, unsigned int entryOffset) {
-  bmp::PngStream stream;  // freed after the file is closed
-  const bmp::File owned(file);
-  const int status = stream.Encode(*dispatch, bmp::kTrackedInPage);
+int InsertPngPage(_SAVEDISPATCH& dispatch, HANDLE file, uint32_t entryOffset) {
+  PngStream stream;  // freed after the file is closed
+  const File owned(file);
+  const int status = stream.Encode(dispatch, kTrackedInPage);
   if (status != STATUS_OK) return status;
   const auto end = static_cast<uint32_t>(VX_RedirectedSeek(file, 0, VX_SEEK_END));
-  bmp::GoTo(file, entryOffset);
-  if (!bmp::WriteBlock(file, bmp::EncodeEntry(bmp::EntryOf(*dispatch, stream.Size(), end)))) {
+  GoTo(file, entryOffset);
+  if (!WriteBlock(file, EncodeEntry(EntryOf(dispatch, stream.Size(), end)))) {
     return STATUS_WRITE_ERROR;
   }
   stream.Lock();
   VX_RedirectedSeek(file, 0, VX_SEEK_END);
   return stream.WriteTo(file) ? STATUS_OK : STATUS_WRITE_ERROR;
 }
+
+}  // namespace bmp

@@ -1,6 +1,6 @@
 // Converts 16-bit pixels to 5-5-5. The loop has no branches and no tables: compilers make vector code
 // of it.
-#include "BitFields.h"
+#include "Read/BitFields.h"
 
 #include <bit>
 #include <cstring>

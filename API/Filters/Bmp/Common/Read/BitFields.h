@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "../Format/BitmapHeader.h"
+#include "format/BitmapHeader.h"
 
 namespace bmp {
 

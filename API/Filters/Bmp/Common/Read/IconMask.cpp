@@ -1,11 +1,11 @@
 // Reads an icon's transparency mask into a 1-bit bitmap that the kernel turns into a region. The mask
 // never reaches the row callback, and nothing of it outlives the call.
-#include "IconMask.h"
+#include "Read/IconMask.h"
 
 #include <algorithm>
 
-#include "../Format/Geometry.h"
-#include "../Resources.h"
+#include "Kernel.h"
+#include "format/Geometry.h"
 
 namespace bmp {
 namespace {
@@ -13,13 +13,6 @@ namespace {
 constexpr uint32_t kRecordSize = sizeof(_BITMAPHANDLE);
 constexpr int kMaskBits = 1;
 constexpr int kMaskColours = 2;
-
-// What the kernel's services are told besides.
-constexpr int kAllocate = 1;
-constexpr int kAccess = 0;
-constexpr int kRelease = 1;
-constexpr int kRegionOption = 0;
-constexpr int kRegionSet = 6;
 
 /// A bitmap record from the kernel's memory, with what the kernel attaches to it. The bitmap goes
 /// before its record.
@@ -35,7 +28,7 @@ class MaskBitmap {
     if (!record_) return STATUS_NO_MEMORY;
     const int status = VX_InitBitmap(Get(), kRecordSize, like.Width, like.Height, kMaskBits);
     isInitialised_ = status == STATUS_OK;
-    return isInitialised_ ? VX_AllocateBitmap(Get(), kAllocate) : status;
+    return isInitialised_ ? VX_AllocateBitmap(Get(), BITMAP_ALLOCATE_PIXELS) : status;
   }
 
   void Release() {
@@ -79,15 +72,15 @@ int ReadIconMask(_BITMAPHANDLE& target, ReadBuffer& input) {
   std::fill_n(row.Get(), rowSize, uint8_t{0});  // the bitmap's rows may be longer than the file's
 
   SetMaskPalette(mask.Get());
-  if (VX_IntAccessBitmap(mask.Get(), kAccess) != STATUS_OK) return STATUS_NO_MEMORY;
+  if (VX_IntAccessBitmap(mask.Get(), BITMAP_ACCESS_ROWS) != STATUS_OK) return STATUS_NO_MEMORY;
 
   const int read = ReadMaskRows(mask.Get(), input, row.Get(), static_cast<int>(fileStride));
-  const int released = VX_IntReleaseBitmap(mask.Get(), kRelease, read);
+  const int released = VX_IntReleaseBitmap(mask.Get(), BITMAP_RELEASE_ROWS, read);
   if (read != STATUS_OK) return released;
 
-  const int status = released == STATUS_OK
-                         ? VX_SetBitmapRgnFromMask(&target, kRegionOption, mask.Get(), kRegionSet)
-                         : released;
+  const int status = released == STATUS_OK ? VX_SetBitmapRgnFromMask(&target, REGION_OPTION_NONE, mask.Get(),
+                                                                     REGION_COMBINE_SET)
+                                           : released;
   mask.Release();  // before its row buffer, once all rows are in
   return status;
 }

@@ -3,7 +3,7 @@
 
 #include <vxkrn.h>
 
-#include "ReadBuffer.h"
+#include "Read/ReadBuffer.h"
 
 namespace bmp {
 

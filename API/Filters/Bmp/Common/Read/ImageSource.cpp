@@ -1,10 +1,10 @@
 // Finds the image inside a file; see the header. It judges headers and touches neither pixels nor the
 // target bitmap.
-#include "ImageSource.h"
+#include "Read/ImageSource.h"
 
-#include "../Bmp.h"
-#include "../Resources.h"
-#include "PageBody.h"
+#include "Kernel.h"
+#include "Read/HeaderReader.h"
+#include "Read/PageBody.h"
 
 namespace bmp {
 namespace {
@@ -28,7 +28,7 @@ bool ReadLongHeader(HANDLE file, uint32_t declaredSize, ImageHeader& header) {
   const bool isInfo = declaredSize == kInfoHeaderSize;
   Block<kLongHeaderSize> bytes{};
   const uint32_t capacity = isInfo ? kInfoHeaderSize : kLongHeaderSize;
-  if (ReadBMPHeader(file, bytes.data(), capacity, declaredSize) == 0) return false;
+  if (!ReadHeader(file, bytes.data(), capacity, declaredSize)) return false;
   header = DecodeInfoHeader(Slice<kInfoHeaderSize>(bytes, 0));
   return declaredSize >= kLeastLongHeader;
 }

@@ -4,8 +4,8 @@
 
 #include <vxkrn.h>
 
-#include "../Format/BitmapHeader.h"
-#include "../Format/IconDirectory.h"
+#include "format/BitmapHeader.h"
+#include "format/IconDirectory.h"
 
 namespace bmp {
 

@@ -1,17 +1,25 @@
 // Looks into the bodies of icon pages: tells PNG streams from bitmaps and reads the headers of the latter.
-#include "PageBody.h"
+#include "Read/PageBody.h"
 
-#include "../Bmp.h"
-#include "../Format/IconDirectory.h"
-#include "../Resources.h"
+#include <algorithm>
+#include <iterator>
+
+#include "Kernel.h"
+#include "format/IconDirectory.h"
 
 namespace bmp {
+
+bool IsPngSignature(const uint8_t* bytes) {
+  return std::any_of(std::begin(kPngSignatures), std::end(kPngSignatures), [bytes](const auto& signature) {
+    return VX_MemoryCompare(bytes, signature.data(), kPngSignatureSize) == 0;
+  });
+}
 
 int ProbeBody(HANDLE file, const ICONDIRENTRY& entry, bool& isPng) {
   Block<kPngSignatureSize> signature{};
   GoTo(file, entry.ImageOffset);
   if (!ReadBlock(file, signature)) return STATUS_READ_ERROR;
-  isPng = IsPNGHeader(signature.data()) != 0;
+  isPng = IsPngSignature(signature.data());
   return STATUS_OK;
 }
 
@@ -24,10 +32,3 @@ bool ReadBodyHeader(HANDLE file, const ICONDIRENTRY& entry, ImageHeader& header)
 }
 
 }  // namespace bmp
-
-int IsPNGHeader(unsigned char* bytes) {
-  for (const auto& signature : bmp::kPngSignatures) {
-    if (VX_MemoryCompare(bytes, signature.data(), bmp::kPngSignatureSize) == 0) return 1;
-  }
-  return 0;
-}

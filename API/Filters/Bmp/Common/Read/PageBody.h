@@ -4,9 +4,14 @@
 
 #include <vxkrn.h>
 
-#include "../Format/BitmapHeader.h"
+#include <cstdint>
+
+#include "format/BitmapHeader.h"
 
 namespace bmp {
+
+/// Whether the 8 bytes are one that PNG streams begin with.
+[[nodiscard]] bool IsPngSignature(const uint8_t* bytes);
 
 /// Tells whether the body is a PNG stream. @return STATUS_OK, or STATUS_READ_ERROR when it is not there
 [[nodiscard]] int ProbeBody(HANDLE file, const ICONDIRENTRY& entry, bool& isPng);

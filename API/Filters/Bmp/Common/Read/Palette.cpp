@@ -1,8 +1,8 @@
 // Reads colour tables: 4-byte entries, all or as many as are in use, or the 3-byte ones of OS/2 1.x.
-#include "Palette.h"
+#include "Read/Palette.h"
 
-#include "../Format/Geometry.h"
-#include "../Resources.h"
+#include "Kernel.h"
+#include "format/Geometry.h"
 
 namespace bmp {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <array>
 
-#include "../Format/BitmapHeader.h"
+#include "format/BitmapHeader.h"
 
 namespace bmp {
 

@@ -1,7 +1,8 @@
 // Icon pages stored as PNG streams: hands the stream to the kernel's decoder and the decoded rows to the
 // row callback. It decodes nothing itself.
-#include "../Bmp.h"
-#include "../Resources.h"
+#include "Read/PngEntry.h"
+
+#include "Kernel.h"
 
 namespace bmp {
 namespace {
@@ -66,18 +67,19 @@ int DeliverRows(_LOADDISPATCH& dispatch, _BITMAPHANDLE& decoded, uint8_t* row) {
 }
 
 }  // namespace
-}  // namespace bmp
 
-int ReadPngImage(_LOADDISPATCH* dispatch, HANDLE file, ICONDIRENTRY* entry) {
+int LoadPngEntry(_LOADDISPATCH& dispatch, HANDLE file, const ICONDIRENTRY& entry) {
   _BITMAPHANDLE record{};
-  const int status = bmp::DecodeStream(*dispatch, file, *entry, record);
+  const int status = DecodeStream(dispatch, file, entry, record);
   if (status != STATUS_OK) return status;  // what the kernel had begun is its own to take back
-  bmp::DecodedBitmap decoded(record);
-  bmp::DescribeTarget(*dispatch->Bitmap, *entry, record);
+  DecodedBitmap decoded(record);
+  DescribeTarget(*dispatch.Bitmap, entry, record);
 
-  const bmp::Buffer row(static_cast<uint32_t>(record.BytesPerLine));
+  const Buffer row(static_cast<uint32_t>(record.BytesPerLine));
   if (!row) return STATUS_NO_MEMORY;
-  const int delivered = bmp::DeliverRows(*dispatch, record, row.Get());
+  const int delivered = DeliverRows(dispatch, record, row.Get());
   if (delivered == STATUS_OK) decoded.Release();  // before its row buffer, once all rows are out
   return delivered;
 }
+
+}  // namespace bmp

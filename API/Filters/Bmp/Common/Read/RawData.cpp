@@ -1,9 +1,11 @@
 // Headerless data: everything about the image comes from the caller, only the rows from the file.
-#include "../Bmp.h"
-#include "../Format/Geometry.h"
-#include "../Format/Rules.h"
-#include "../Resources.h"
-#include "Palette.h"
+#include "Read/RawData.h"
+
+#include "Kernel.h"
+#include "Read/Palette.h"
+#include "Read/RowDecoder.h"
+#include "format/Geometry.h"
+#include "format/Rules.h"
 
 namespace bmp {
 namespace {
@@ -19,22 +21,27 @@ void SetRawPalette(const _LOADDISPATCH& dispatch, int bitsPerPixel) {
 }
 
 }  // namespace
-}  // namespace bmp
 
-int LoadRawData(_LOADDISPATCH* dispatch, int width, int height, int bitsPerPixel) {
-  if (bmp::HasPalette(bitsPerPixel)) bmp::SetRawPalette(*dispatch, bitsPerPixel);
+int LoadRaw(_LOADDISPATCH& dispatch, int width, int height, int bitsPerPixel) {
+  if (HasPalette(bitsPerPixel)) SetRawPalette(dispatch, bitsPerPixel);
 
-  const bmp::File file(dispatch->FileName, bmp::kForReading);
+  const File file(dispatch.FileName, kForReading);
   if (!file.IsOpen()) return STATUS_OPEN_ERROR;
-  VX_RedirectedSeek(file.Handle(), dispatch->RawHasOffset != 0 ? dispatch->RawOffset : 0, VX_SEEK_START);
+  VX_RedirectedSeek(file.Handle(), dispatch.RawHasOffset != 0 ? dispatch.RawOffset : 0, VX_SEEK_START);
 
-  int convert = 0;
-  if ((dispatch->RawFlags & RAW_HAS_MASKS) != 0 && bitsPerPixel == 16) {
-    unsigned int masks[] = {dispatch->RedMask, dispatch->GreenMask, dispatch->BlueMask};
-    int is565 = 0;
-    const int status = VerifyColorMasks(masks, &convert, &is565, bitsPerPixel);
-    if (status != STATUS_OK) return status;
+  bool needsConversion = false;
+  if ((dispatch.RawFlags & RAW_HAS_MASKS) != 0 && bitsPerPixel == 16) {
+    const ColorMasks masks = {
+        .red = dispatch.RedMask, .green = dispatch.GreenMask, .blue = dispatch.BlueMask};
+    needsConversion = JudgeMasks(masks, bitsPerPixel).needsConversion;
   }
-  return ReadRawData(dispatch, file.Handle(), width, height, bitsPerPixel,
-                     bmp::CompressionOfRaw(dispatch->FileInfo->Format), convert, bmp::kBitmapSignature);
+  return DecodeRows(dispatch, file.Handle(),
+                    {.width = width,
+                     .height = height,
+                     .bitsPerPixel = bitsPerPixel,
+                     .compression = CompressionOfRaw(dispatch.FileInfo->Format),
+                     .needsConversion = needsConversion,
+                     .hasIconMask = false});
 }
+
+}  // namespace bmp

@@ -1,5 +1,5 @@
 // Takes blocks of bytes through the read buffer.
-#include "ReadBuffer.h"
+#include "Read/ReadBuffer.h"
 
 #include <algorithm>
 

@@ -1,21 +1,21 @@
 // The row decoder: one read buffer, one row buffer, one row at a time into the callback. It neither
 // opens nor closes the file and holds no more than one row.
+#include "Read/RowDecoder.h"
+
 #include <algorithm>
 
-#include "../Bmp.h"
-#include "../Format/Geometry.h"
-#include "../Format/Rules.h"
-#include "../Resources.h"
-#include "BitFields.h"
-#include "IconMask.h"
-#include "ReadBuffer.h"
-#include "RunLength.h"
+#include "Kernel.h"
+#include "Read/BitFields.h"
+#include "Read/IconMask.h"
+#include "Read/ReadBuffer.h"
+#include "Read/RunLength.h"
+#include "format/Geometry.h"
+#include "format/Rules.h"
 
 namespace bmp {
 namespace {
 
-constexpr int kBytesPerPixel = 4;           // room for a row of any depth
-constexpr int kLongestRow = (1 << 28) - 1;  // pixels; four bytes each, and twice that, fit an int
+constexpr int kBytesPerPixel = 4;  // room for a row of any depth
 
 /// Stored rows to deliver: from `first` up to but not including `end`.
 struct Band {
@@ -110,35 +110,31 @@ int DeliverPlainRows(Decoding& decoding, bool convert) {
 }
 
 }  // namespace
-}  // namespace bmp
 
-int GetBytesPerLine(int bitsPerPixel, int width, int /*height*/) {
-  return bmp::Stride(bitsPerPixel, width);
-}
+int DecodeRows(_LOADDISPATCH& dispatch, HANDLE file, const StoredRows& stored) {
+  if (stored.width < 0 || stored.width > kLongestSide) return STATUS_NO_MEMORY;
+  const auto rowSize = static_cast<uint32_t>(stored.width * kBytesPerPixel);
+  const int readSize = std::clamp(dispatch.ReadBufferSize, 0, INT32_MAX - 1);
 
-int ReadRawData(_LOADDISPATCH* dispatch, HANDLE file, int width, int height, int bitsPerPixel,
-                int compression, int convert, unsigned short signature) {
-  if (width < 0 || width > bmp::kLongestRow) return STATUS_NO_MEMORY;
-  const auto rowSize = static_cast<uint32_t>(width * bmp::kBytesPerPixel);
-  const int readSize = std::clamp(dispatch->ReadBufferSize, 0, INT32_MAX - 1);
-
-  const bmp::Buffer row(rowSize);
+  const Buffer row(rowSize);
   if (!row) return STATUS_NO_MEMORY;
-  const bmp::Buffer readBuffer(static_cast<uint32_t>(readSize));
+  const Buffer readBuffer(static_cast<uint32_t>(readSize));
   if (!readBuffer) return STATUS_NO_MEMORY;
   VX_MemorySet(row.Get(), 0, rowSize);
 
-  bmp::Decoding decoding{.dispatch = *dispatch,
-                         .height = height,
-                         .stride = GetBytesPerLine(bitsPerPixel, width, height),
-                         .hasMask = signature == bmp::kIconSignature,
-                         .row = row.Get(),
-                         .input = bmp::ReadBuffer(file, readBuffer.Get(), readSize)};
-  switch (bmp::CodingOf(bitsPerPixel, compression)) {
-    case bmp::RowCoding::kPlain: return bmp::DeliverPlainRows(decoding, convert != 0);
-    case bmp::RowCoding::kRle8: return bmp::DeliverRunLengthRows(decoding, bmp::DecodeRle8Row);
-    case bmp::RowCoding::kRle4: return bmp::DeliverRunLengthRows(decoding, bmp::DecodeRle4Row);
-    case bmp::RowCoding::kUnknown: break;
+  Decoding decoding{.dispatch = dispatch,
+                    .height = stored.height,
+                    .stride = WrappedStride(stored.bitsPerPixel, stored.width),
+                    .hasMask = stored.hasIconMask,
+                    .row = row.Get(),
+                    .input = ReadBuffer(file, readBuffer.Get(), readSize)};
+  switch (CodingOf(stored.bitsPerPixel, stored.compression)) {
+    case RowCoding::kPlain: return DeliverPlainRows(decoding, stored.needsConversion);
+    case RowCoding::kRle8: return DeliverRunLengthRows(decoding, DecodeRle8Row);
+    case RowCoding::kRle4: return DeliverRunLengthRows(decoding, DecodeRle4Row);
+    case RowCoding::kUnknown: break;
   }
   return STATUS_BAD_FORMAT;
 }
+
+}  // namespace bmp

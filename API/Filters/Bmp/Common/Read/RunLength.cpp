@@ -4,7 +4,7 @@
 // Two things make it fast. Codes and literals that lie wholly in the read buffer are taken straight
 // from it. And runs are stored in whole chunks that may spill over their end: whatever lies to the
 // right of the position is either written later or cleared when the row is complete.
-#include "RunLength.h"
+#include "Read/RunLength.h"
 
 #include <algorithm>
 #include <cstring>

@@ -9,7 +9,7 @@
 
 #include <cstdint>
 
-#include "ReadBuffer.h"
+#include "Read/ReadBuffer.h"
 
 namespace bmp {
 

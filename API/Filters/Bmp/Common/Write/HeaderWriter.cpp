@@ -1,19 +1,14 @@
 // Everything that stands before the rows of a new file with one image. What is written for a header kind, in
 // which order, is here; where each field lies is Format's.
-#include <SaveRules.h>
+#include "Write/HeaderWriter.h"
 
-#include "../Bmp.h"
-#include "../Format/HeaderEncoding.h"
-#include "../Resources.h"
+#include "format/SaveRules.h"
+
+#include "Kernel.h"
+#include "format/HeaderEncoding.h"
 
 namespace bmp {
 namespace {
-
-using contract::SAVETYPE_BMP_RLE;
-using contract::SAVETYPE_CUR;
-using contract::SAVETYPE_ICO;
-using contract::SAVETYPE_OS2;
-using contract::SAVETYPE_OS2_2;
 
 constexpr uint32_t kMaskCount = 3;
 constexpr uint32_t kTripleSize = 3;  // of a palette entry without its reserved byte
@@ -123,12 +118,13 @@ bool WriteColors(HANDLE file, const NewImage& image, const RGBQUAD* palette, int
 }
 
 }  // namespace
-}  // namespace bmp
 
-int WriteBMPHeader(HANDLE file, _BITMAPHANDLE* image, int bitsPerPixel, int kind, _SAVEFILESTRUCT* saveFile) {
-  const bmp::NewImage written(*image, bitsPerPixel, kind);
-  const bool isWhole = bmp::WriteFileStart(file, written, kind) &&
-                       bmp::WriteImageHeader(file, written, kind) &&
-                       bmp::WriteColors(file, written, saveFile->Palette, kind);
+int WriteHeaders(HANDLE file, const _BITMAPHANDLE& image, int bitsPerPixel, int kind,
+                 const _SAVEFILESTRUCT& saveFile) {
+  const NewImage written(image, bitsPerPixel, kind);
+  const bool isWhole = WriteFileStart(file, written, kind) && WriteImageHeader(file, written, kind) &&
+                       WriteColors(file, written, saveFile.Palette, kind);
   return isWhole ? STATUS_OK : STATUS_WRITE_ERROR;
 }
+
+}  // namespace bmp

@@ -1,10 +1,10 @@
-#include "RowWriter.h"
+#include "Write/RowWriter.h"
 
 #include <algorithm>
 
-#include "../Bmp.h"
-#include "../Format/Geometry.h"
-#include "RunLengthEncoder.h"
+#include "Write/IconMasks.h"
+#include "Write/RunLengthEncoder.h"
+#include "format/Geometry.h"
 
 namespace bmp {
 namespace {
@@ -77,7 +77,7 @@ int RowWriter::WriteMaskRows(HANDLE file, _BITMAPHANDLE* mask) {
   uint8_t* const bytes = conversion_.RowBuffer();
   return InFileOrder([&](int row) {
     VX_GetBitmapRow(mask, bytes, row, have);
-    InvertBuffer(bytes, have);
+    Invert(bytes, have);
     const uint32_t taken = std::min(have, want);
     return WriteExactly(file, bytes, taken) && WriteZeros(file, want - taken) ? STATUS_OK
                                                                               : STATUS_WRITE_ERROR;

@@ -2,8 +2,8 @@
 // icon. Serves new files and pages alike; the file stands where the first row goes.
 #pragma once
 
-#include "../Resources.h"
-#include "Conversion.h"
+#include "Kernel.h"
+#include "Write/Conversion.h"
 
 namespace bmp {
 

@@ -3,14 +3,14 @@
 //
 // Finding runs is the hot loop. It compares eight bytes with their right neighbours at once: a byte of the
 // difference that is 0 stands for a pair of equal neighbours, and a run is a row of such pairs.
-#include "RunLengthEncoder.h"
+#include "Write/RunLengthEncoder.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 
-#include "../Format/Bytes.h"
-#include "../Resources.h"
+#include "Kernel.h"
+#include "format/Bytes.h"
 
 namespace bmp {
 namespace {

@@ -1,0 +1,28 @@
+// One page of a file, as commands that take just one have it: --page, --allow-truncated, and what people
+// ought to know about either.
+#pragma once
+
+#include <string>
+#include <vx/image.hpp>
+
+#include "arguments/Arguments.h"
+
+namespace cli {
+
+class OnePage {
+ public:
+  /// Adds the options to a command. The object must stay where it is until the arguments are parsed.
+  void Declare(Arguments& command);
+
+  /// @throws UsageError
+  [[nodiscard]] vx::LoadOptions Options() const;
+
+  /// Tells people who watch, and who named no page, that there are more than the first.
+  void RemarkOnOthers(const vx::Source& source, const std::string& file) const;
+
+ private:
+  std::string page_;
+  bool allowTruncated_ = false;
+};
+
+}  // namespace cli

@@ -1,0 +1,165 @@
+// One table says what formats are called and which names of files mean them.
+#include "arguments/SaveArguments.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+#include "failures/Errors.h"
+#include "failures/Report.h"
+#include "words/FileNames.h"
+#include "words/Numbers.h"
+#include "words/Text.h"
+
+namespace cli {
+namespace {
+
+struct Kind {
+  std::string_view word;
+  vx_format format;
+  std::vector<std::string_view> endings;
+  std::string_view transparency;
+};
+
+const std::vector<Kind>& Kinds() {
+  static constexpr std::string_view kNone = "none";
+  static constexpr std::string_view kMask = "there or not: half opaque and more is there";
+  static constexpr std::string_view kAlpha = "soft at 32 bits, else there or not";
+  static const std::vector<Kind> kinds = {{"bmp", VX_FORMAT_BMP, {".bmp", ".dib"}, kNone},
+                                          {"rle", VX_FORMAT_BMP_RLE, {".rle"}, kNone},
+                                          {"os2", VX_FORMAT_OS2, {}, kNone},
+                                          {"os2v2", VX_FORMAT_OS2_2, {}, kNone},
+                                          {"ico", VX_FORMAT_ICO, {".ico"}, kMask},
+                                          {"cur", VX_FORMAT_CUR, {".cur"}, kMask},
+                                          {"png-icon", VX_FORMAT_VISTA_ICO, {}, kAlpha},
+                                          {"png", VX_FORMAT_PNG, {".png"}, kAlpha}};
+  return kinds;
+}
+
+std::string Words(std::string_view separator = ", ") {
+  std::string words;
+  for (const Kind& kind : Kinds()) words.append(words.empty() ? "" : separator).append(kind.word);
+  return words;
+}
+
+const Kind& KindNamed(std::string_view word) {
+  const auto kind =
+      std::find_if(Kinds().begin(), Kinds().end(), [&](const Kind& each) { return each.word == word; });
+  if (kind != Kinds().end()) return *kind;
+  throw UsageError(fmt::format("--to {}: the format is one of {}", Printable(word), Words()));
+}
+
+const Kind& KindGuessed(std::string_view out) {
+  const std::string ending = EndingOf(out);
+  if (ending.size() < 2) return KindNamed("png");
+  const auto hasEnding = [&](const Kind& kind) {
+    return std::find(kind.endings.begin(), kind.endings.end(), ending) != kind.endings.end();
+  };
+  const auto kind = std::find_if(Kinds().begin(), Kinds().end(), hasEnding);
+  if (kind != Kinds().end()) return *kind;
+  throw UsageError(
+      fmt::format("{}: no format goes with this name; --to names one of {}", Printable(out), Words()));
+}
+
+vx_format_limits LimitsOf(const Kind& kind) {
+  vx_format_limits limits{};
+  vx::Check(vx_format_describe(kind.format, &limits));
+  return limits;
+}
+
+bool HasDepth(const Kind& kind, int depth) {
+  return depth >= 1 && depth <= 32 && (LimitsOf(kind).depths >> (depth - 1) & 1U) != 0;
+}
+
+/// "1, 4, 8, 24"
+std::string DepthsOf(const Kind& kind) {
+  std::string depths;
+  for (int depth = 1; depth <= 32; ++depth) {
+    if (HasDepth(kind, depth)) depths += fmt::format("{}{}", depths.empty() ? "" : ", ", depth);
+  }
+  return depths;
+}
+
+int ParseDepth(std::string_view bits, const Kind& kind) {
+  if (bits.empty()) return 0;
+  const std::optional<int> depth = ParseInt(bits, 1);
+  if (depth && HasDepth(kind, *depth)) return *depth;
+  throw UsageError(fmt::format("--bits {}: {} files have one of {} bits a pixel", Printable(bits), kind.word,
+                               DepthsOf(kind)));
+}
+
+vx_dither ParseDither(std::string_view dither) {
+  if (dither.empty() || dither == "diffuse") return VX_DITHER_DIFFUSE;
+  if (dither == "none") return VX_DITHER_NONE;
+  throw UsageError(fmt::format("--dither {}: none or diffuse is needed", Printable(dither)));
+}
+
+}  // namespace
+
+std::string FormatTable() {
+  std::string table = "  FORMAT    bits a pixel          largest  transparency\n";
+  for (const Kind& kind : Kinds()) {
+    const int side = LimitsOf(kind).largest_side;
+    table += fmt::format("  {:<9} {:<21} {:<8} {}\n", kind.word, DepthsOf(kind),
+                         side == 0 ? "any" : std::to_string(side), kind.transparency);
+  }
+  return table;
+}
+
+void SaveArguments::Declare(Arguments& command) {
+  command.Add({.name = "--to",
+               .help = "format of OUT: " + Words() +
+                       ".\nGuessed from OUT's name unless given; png for a name that tells nothing",
+               .value = "FORMAT",
+               .offers = Words("|")},
+              format_);
+  command.Add({.name = "--bits",
+               .help = "bits a pixel: 1, 4, 8, 16, 24 or 32, as far as the format has them;\n"
+                       "unless given, those of the picture, or the fewest that lose nothing",
+               .value = "N",
+               .offers = "1|4|8|16|24|32"},
+              bits_);
+  command.Add({.name = "--565", .help = "16 bits with 6 for green, which only bmp has"}, is565_);
+  command.Add({.name = "--dither",
+               .help = "what becomes of colours that do not fit up to 8 bits:\n"
+                       "diffuse spreads the difference over the neighbours, none does not",
+               .value = "none|diffuse"},
+              dither_);
+}
+
+vx::SaveOptions SaveArguments::Describe(std::string_view out, vx_palette palette) const {
+  const Kind& kind = format_.empty() ? KindGuessed(out) : KindNamed(format_);
+  vx::SaveOptions options(kind.format, ParseDepth(bits_, kind));
+  const bool has16 = options.bits_per_pixel == 0 || options.bits_per_pixel == 16;
+  if (is565_ && (kind.format != VX_FORMAT_BMP || !has16)) {
+    throw UsageError("--565 is for bmp files of 16 bits a pixel");
+  }
+  options.use_565 = is565_ ? 1 : 0;
+  options.palette = palette;
+  options.dither = ParseDither(dither_);
+  return options;
+}
+
+void RemarkOnLosses(std::string_view out, const vx_save_options& options, const vx_save_plan& plan,
+                    std::string_view remedy) {
+  const std::string name = Printable(out);
+  if (plan.transparency == VX_TRANSPARENCY_LOST) {
+    ReportMessage(fmt::format("{}: the picture's transparency is lost; --to png or an icon keeps it", name));
+  } else if (plan.transparency == VX_TRANSPARENCY_HARDENED) {
+    const bool isPng = options.format == VX_FORMAT_PNG || options.format == VX_FORMAT_VISTA_ICO;
+    const std::string hint = fmt::format("; {} keeps them", isPng ? "--bits 32" : remedy);
+    ReportMessage(fmt::format("{}: soft edges became hard: half opaque and more is opaque{}", name,
+                              plan.format == VX_FORMAT_CUR ? "" : hint));
+  }
+  if (plan.format != options.format) {
+    Remark(fmt::format("{}: {} bits a pixel have no run-length coding; saved without", name,
+                       plan.bits_per_pixel));
+  }
+  if (plan.colors_lost != 0 && options.bits_per_pixel == 0) {
+    Remark(fmt::format("{}: not all colours fit into {} bits a pixel", name, plan.bits_per_pixel));
+  }
+}
+
+}  // namespace cli

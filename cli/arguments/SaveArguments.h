@@ -1,0 +1,35 @@
+// The arguments that say what OUT is to be, and the options made of them.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vx/image.hpp>
+
+#include "arguments/Arguments.h"
+
+namespace cli {
+
+class SaveArguments {
+ public:
+  /// Adds the options to a command. The object must stay where it is until the arguments are parsed.
+  void Declare(Arguments& command);
+
+  /// @param out the file's name, from which the format is guessed where none was given
+  /// @throws UsageError where the format cannot be told, or has not the depth asked for
+  [[nodiscard]] vx::SaveOptions Describe(std::string_view out, vx_palette palette) const;
+
+ private:
+  std::string format_;
+  std::string bits_;
+  std::string dither_;
+  bool is565_ = false;
+};
+
+/// @return what the formats have room for, a line each.
+std::string FormatTable();
+
+/// Says what saving will cost the picture: losses to anyone, the rest to people who watch.
+void RemarkOnLosses(std::string_view out, const vx_save_options& options, const vx_save_plan& plan,
+                    std::string_view remedy);
+
+}  // namespace cli

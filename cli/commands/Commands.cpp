@@ -1,0 +1,97 @@
+// The table of commands.
+#include "commands/Command.h"
+
+namespace cli {
+namespace {
+
+constexpr Command kCommands[] = {
+    {"info", "Says what is in bitmap, icon and cursor files.",
+     R"(One line a page: its kind, size in pixels, bits a pixel, coding, the order its rows
+are stored in, the order of its colours, and dots per inch. A file named - is standard
+input. Files that cannot be read are named on standard error; the others are still listed.
+
+Examples:
+  vxbmp info *.bmp
+  vxbmp info app.ico --page 3
+  vxbmp info --json icons/*.ico | jq -r 'select(.width >= 48) | .file')",
+     DeclareInfo},
+    {"view", "Shows a picture in the terminal.",
+     R"(What is transparent shows the terminal's background. Small pictures are drawn in their
+own size, a symbol a column of pixels; large ones are made to fit the terminal.
+
+Examples:
+  vxbmp view photo.bmp
+  vxbmp view app.ico --page 3
+  vxbmp view app.ico --size 80x40
+  vxbmp view photo.bmp --as sixel)",
+     DeclareView},
+    {"convert", "Turns a picture, a page or headerless pixel data into another file.",
+     R"(IN is a bitmap, icon, cursor or PNG file. OUT appears whole or not at all; an older file
+of that name is replaced. IN may be - for standard input, OUT - for standard output.
+
+Headerless data: the coding is rle4, rle8 or bitfields; without one it is uncompressed.
+--palette then names a file of 4 bytes a colour (blue, green, red, 0), or one of 768 or 772
+bytes with 3 bytes a colour (red, green, blue), for pixels of up to 8 bits; without it
+they take the library's fixed colours. --masks are three numbers, decimal or 0x
+hexadecimal, for pixels of 16 bits; without them these are 5-5-5.
+
+Examples:
+  vxbmp convert photo.bmp photo.png
+  vxbmp convert logo.png favicon.ico
+  vxbmp convert logo.png logo.ico --to png-icon
+  vxbmp convert photo.png small.bmp --to rle --bits 8 --dither none
+  vxbmp convert app.ico large.png --page 4
+  vxbmp convert survey.bmp strip.png --band 2000:500
+  vxbmp convert damaged.bmp rescued.png --allow-truncated
+  unzip -p icons.zip app.ico | vxbmp convert - app.png
+  vxbmp convert dump.bin out.png --raw 640x480x16:bitfields \
+      --masks 0xF800,0x07E0,0x001F --offset 512 --top-down)",
+     DeclareConvert},
+    {"pages", "Lists and changes the pages of icon and cursor files.",
+     R"(SEL is a page: 3, -1 (the last), 32x32 (all of that size), 32x32@8 (of 8 bits a pixel);
+a range: 1-3, 2- (from 2 on); or a list of those with commas. Numbers mean the pages as
+they were before the command. Icons take soft edges and 256 pixels as PNG pages, the rest
+as bitmaps, unless --png or --bits say otherwise.
+
+A changed file takes the place of the old one only when it is complete, and pages that
+are not meant stay as they are, bit for bit. Replaced and deleted pages leave their bytes
+in the file until it is compacted.
+
+Examples:
+  vxbmp pages app.ico
+  vxbmp pages extract app.ico --page 32x32@8 -o small.png
+  vxbmp pages add app.ico large.png
+  vxbmp pages insert app.ico first.bmp --at 1
+  vxbmp pages replace app.ico new.png --page -1
+  vxbmp pages delete app.ico --page 1-2,48x48 && vxbmp pages compact app.ico
+  vxbmp pages hotspot arrow.cur --page 1 3,2)",
+     DeclarePages},
+    {"icon", "Makes an icon file of several sizes from one picture or more.",
+     R"(Every page comes from the smallest picture that is as large or larger, which is made
+smaller if need be: in linear light, and pixels count for as much as can be seen of them.
+A picture that is no square gets transparent margins. Pictures of the right size stay as
+they are. FILE is replaced when the new icon is complete.
+
+Examples:
+  vxbmp icon logo.png -o favicon.ico
+  vxbmp icon logo.png -o favicon.ico --sizes 16,32,48
+  vxbmp icon hand-drawn-16.png logo.png -o app.ico
+  vxbmp icon logo.png -o app.ico --png-from 16)",
+     DeclareIcon},
+    {"completions", "Prints what makes a shell complete the arguments of vxbmp.",
+     R"(An installed vxbmp has brought them along already.
+
+Examples:
+  source <(vxbmp completions bash)
+  vxbmp completions zsh > ~/.zsh/functions/_vxbmp
+  vxbmp completions fish > ~/.config/fish/completions/vxbmp.fish)",
+     DeclareCompletions},
+};
+
+}  // namespace
+
+std::span<const Command> AllCommands() {
+  return kCommands;
+}
+
+}  // namespace cli

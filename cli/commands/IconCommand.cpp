@@ -1,0 +1,263 @@
+// vxbmp icon: an icon file of many sizes from one picture, or from the pictures there are.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "arguments/PageSelection.h"
+#include "commands/Command.h"
+#include "commands/Resize.h"
+#include "failures/Report.h"
+#include "streams/Input.h"
+#include "streams/Output.h"
+#include "words/FileNames.h"
+#include "words/Numbers.h"
+#include "words/Text.h"
+
+namespace cli {
+namespace {
+
+constexpr int kLargestPage = 256;
+
+struct IconArguments {
+  std::vector<std::string> images;
+  std::string out;
+  std::string sizes;
+  std::string pngFrom;
+};
+
+int ParseSize(std::string_view text, std::string_view option, std::string_view all) {
+  const std::optional<int> size = ParseInt(text, 1);
+  if (size && *size <= kLargestPage) return *size;
+  throw UsageError(
+      fmt::format("{} {}: sizes are whole numbers from 1 to {}", option, Printable(all), kLargestPage));
+}
+
+std::vector<int> ParseSizes(std::string_view list) {
+  std::vector<int> sizes;
+  for (size_t start = 0; start <= list.size();) {
+    const size_t end = std::min(list.find(',', start), list.size());
+    sizes.push_back(ParseSize(list.substr(start, end - start), "--sizes", list));
+    start = end + 1;
+  }
+  std::sort(sizes.begin(), sizes.end());
+  sizes.erase(std::unique(sizes.begin(), sizes.end()), sizes.end());
+  return sizes;
+}
+
+/// One of the images. A stream stays open, for it cannot be read twice; a file is opened when it is needed.
+class Image {
+ public:
+  /// @throws vx::Error, FileError
+  explicit Image(const char* path) : path_(path) {
+    if (IsStream(path)) stream_.emplace(path);
+  }
+
+  std::string Name() const { return InputName(path_); }
+  /// Has `use` look at the image. @throws vx::Error
+  template <class Use>
+  auto With(const Use& use) {
+    if (stream_) return use(stream_->Source());
+    Input input(path_);
+    return use(input.Source());
+  }
+
+ private:
+  const char* path_;
+  std::optional<Input> stream_;
+};
+
+/// A page of an image, not loaded yet.
+struct Original {
+  Image* image;
+  int page;
+  int side;  // the longer one
+};
+
+/// Tells that a page is bad and goes on without it, as long as its image has a good one. @throws vx::Error
+void LeaveOut(const vx::Error& error, const std::string& image, int page, int othersLeft) {
+  if (error.status() == VX_NO_MEMORY || othersLeft == 0) throw error;
+  ReportFailure(error, {.file = image});
+  ReportMessage(fmt::format("{}: page {} is left out", Printable(image), page));
+}
+
+/// Finds every page of an image, for icons to be made of icons.
+void FindPages(Image& image, std::vector<Original>& originals) {
+  image.With([&](const vx::Source& source) {
+    const int count = CountPages(source);
+    int left = count;
+    for (int page = 1; page <= count; ++page) {
+      try {
+        const vx_info info = source.Describe(page);
+        originals.push_back({&image, page, std::max(info.width, info.height)});
+      } catch (const vx::Error& error) {
+        LeaveOut(error, image.Name(), page, --left);
+      }
+    }
+  });
+}
+
+/// The usual sizes, but none that would have to be made up.
+std::vector<int> SizesFor(const std::vector<Original>& originals) {
+  std::vector<int> sizes = {16, 24, 32, 48, 64, 128, 256};
+  const int largest = originals.back().side;
+  const auto end =
+      std::find_if(sizes.begin() + 1, sizes.end(), [largest](int size) { return size > largest; });
+  sizes.erase(end, sizes.end());
+  return sizes;
+}
+
+/// What a page of `size` is made from: the smallest that is large enough, else the largest.
+const Original& OriginalFor(const std::vector<Original>& originals, int size) {
+  const auto enough = std::find_if(originals.begin(), originals.end(),
+                                   [size](const Original& each) { return each.side >= size; });
+  return enough == originals.end() ? originals.back() : *enough;
+}
+
+/// A picture while pages are made from it. One that is no page itself goes at once.
+class Picture {
+ public:
+  explicit Picture(vx::Bitmap picture) : resizable_(picture) {
+    const vx_bitmap_info info = picture.Describe();
+    if (info.width != info.height || info.width > kLargestPage) return;
+    side_ = info.width;
+    page_ = std::move(picture);
+  }
+
+  void AddTo(vx::Edit& edit, int size, int pngFrom) const {
+    vx::SaveOptions options;
+    options.format = size >= pngFrom ? VX_FORMAT_VISTA_ICO : 0;
+    if (size == side_) {
+      edit.Add(page_, &options);
+    } else {
+      edit.Add(resizable_.FitInto(size), &options);
+    }
+  }
+
+ private:
+  Resizable resizable_;
+  vx::Bitmap page_{nullptr};  // as it is
+  int side_ = 0;
+};
+
+/// Under another name the icon would be taken for another kind of file.
+void RequireIconName(const std::string& out) {
+  RefuseTerminal(out.c_str());
+  if (out == kStandardStream) return;
+  const std::string ending = EndingOf(out);
+  if (ending.empty() || ending == ".ico") return;
+  throw UsageError(fmt::format("-o {}: the name of an icon file ends with .ico", Printable(out)));
+}
+
+/// The pages, one after the other, with the name of the file that is being worked on for messages.
+class IconMaker {
+ public:
+  explicit IconMaker(const IconArguments& arguments)
+      : arguments_(arguments),
+        pngFrom_(arguments.pngFrom.empty() ? kLargestPage
+                                           : ParseSize(arguments.pngFrom, "--png-from", arguments.pngFrom)) {
+    if (!arguments.sizes.empty()) sizes_ = ParseSizes(arguments.sizes);
+  }
+
+  ExitCode Run() try {
+    FindOriginals();
+    if (sizes_.empty()) sizes_ = SizesFor(originals_);
+    at_ = arguments_.out;
+    vx::Edit edit(arguments_.out == kStandardStream ? "/dev/stdout" : arguments_.out, VX_EDIT_NEW);
+    for (const int size : sizes_) {
+      const Picture& picture = PictureFor(size);
+      // A bad page that was left out may have been the largest.
+      const bool isMadeUp = size > originals_.back().side && size != sizes_.front();
+      if (isMadeUp && arguments_.sizes.empty()) break;
+      picture.AddTo(edit, size, pngFrom_);
+    }
+    edit.Commit();
+    return kExitOk;
+  } catch (const vx::Error& error) {
+    ReportFailure(error, {.file = at_});
+    return kExitFailed;
+  }
+
+ private:
+  void FindOriginals() {
+    for (const std::string& path : arguments_.images) {
+      at_ = InputName(path.c_str());
+      FindPages(images_.emplace_back(path.c_str()), originals_);
+    }
+    std::stable_sort(originals_.begin(), originals_.end(),
+                     [](const Original& a, const Original& b) { return a.side < b.side; });
+  }
+
+  /// Sizes ascend, and what they are made from with them: no picture is needed again after another one.
+  const Picture& PictureFor(int size) {
+    const Original* original = &OriginalFor(originals_, size);
+    if (picture_ && original->image == loaded_.image && original->page == loaded_.page) return *picture_;
+    picture_.reset();
+    while (!Load(*original)) original = &OriginalFor(originals_, size);
+    return *picture_;
+  }
+
+  /// @return false for a bad page, which is left out then
+  bool Load(const Original& original) {
+    loaded_ = original;
+    at_ = loaded_.image->Name();
+    try {
+      picture_.emplace(
+          loaded_.image->With([&](const vx::Source& source) { return source.Load(loaded_.page); }));
+    } catch (const vx::Error& error) {
+      const auto isOfImage = [&](const Original& each) { return each.image == loaded_.image; };
+      const auto pages = std::count_if(originals_.begin(), originals_.end(), isOfImage);
+      LeaveOut(error, at_, loaded_.page, static_cast<int>(pages) - 1);
+      std::erase_if(originals_,
+                    [&](const Original& each) { return isOfImage(each) && each.page == loaded_.page; });
+      return false;
+    }
+    at_ = arguments_.out;
+    return true;
+  }
+
+  const IconArguments& arguments_;
+  int pngFrom_;
+  std::vector<int> sizes_;
+  std::deque<Image> images_;  // which stay where they are
+  std::vector<Original> originals_;
+  Original loaded_ = {};  // or tried last
+  std::optional<Picture> picture_;
+  std::string at_;
+};
+
+ExitCode MakeIcon(const IconArguments& arguments) {
+  RequireIconName(arguments.out);
+  return IconMaker(arguments).Run();
+}
+
+}  // namespace
+
+Action DeclareIcon(Arguments& command) {
+  auto arguments = std::make_shared<IconArguments>();
+  command.Add({.name = "IMAGE",
+               .help = "picture, or pictures in several sizes; - is standard input",
+               .isRequired = true},
+              arguments->images);
+  command.Add(
+      {.name = "-o", .help = "icon file to write; - is standard output", .value = "FILE", .isRequired = true},
+      arguments->out);
+  command.Add({.name = "--sizes",
+               .help = "sides of the pages, in pixels; 16,24,32,48,64,128,256\n"
+                       "unless given, as far as the largest picture goes",
+               .value = "LIST"},
+              arguments->sizes);
+  command.Add({.name = "--png-from",
+               .help = "pages of this size and larger are PNG streams; 256\n"
+                       "unless given. Pages with soft edges always are",
+               .value = "SIZE"},
+              arguments->pngFrom);
+  return [arguments] { return MakeIcon(*arguments); };
+}
+
+}  // namespace cli

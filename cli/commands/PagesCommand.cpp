@@ -1,0 +1,155 @@
+// vxbmp pages: the list of an icon or cursor file's pages, and the commands that take pages out or change
+// them.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "arguments/PageSelection.h"
+#include "commands/Pages.h"
+#include "failures/Report.h"
+#include "streams/Input.h"
+#include "streams/Output.h"
+#include "words/Facts.h"
+#include "words/Json.h"
+#include "words/Table.h"
+#include "words/Text.h"
+
+namespace cli {
+namespace {
+
+struct ListArguments {
+  std::string file;
+  bool json = false;
+};
+
+/// What is known of a page: of one that is damaged, only where it is said to lie.
+struct Page {
+  int number;
+  vx_page_info place;
+  std::optional<vx_info> info;
+  std::optional<vx::Error> failure;  // where there is no info
+};
+
+/// Describes a page as far as that goes; says what is wrong where it does not.
+Page LookAt(const vx::Source& source, int number, const std::string& file) {
+  Page page = {number, source.DescribePage(number), std::nullopt, std::nullopt};
+  try {
+    page.info = source.Describe(number);
+  } catch (const vx::Error& error) {
+    ReportFailure(error, {.file = file});
+    page.failure = error;
+  }
+  return page;
+}
+
+std::string_view FormOf(const Page& page) {
+  if (page.failure) return "bad";
+  return page.place.is_png != 0 ? "PNG" : "bitmap";
+}
+
+TableRow RowOf(const Page& page, bool isCursor) {
+  const vx_page_info& place = page.place;
+  TableRow row = {fmt::to_string(page.number),
+                  page.info ? SizeText(*page.info) : "?",
+                  page.info ? fmt::to_string(page.info->bits_per_pixel) : "?",
+                  std::string(FormOf(page)),
+                  fmt::to_string(place.size),
+                  fmt::to_string(place.offset)};
+  if (isCursor) row.push_back(fmt::format("{},{}", place.hot_x, place.hot_y));
+  return row;
+}
+
+void PrintTable(const std::vector<Page>& pages, bool isCursor, uint64_t unreferenced) {
+  std::vector<TableRow> rows = {{"PAGE", "SIZE", "BITS", "FORM", "BYTES", "OFFSET"}};
+  if (isCursor) rows.front().emplace_back("HOT SPOT");
+  for (const Page& page : pages) rows.push_back(RowOf(page, isCursor));
+  std::string text = InColumns(rows);
+  if (unreferenced > 0) {
+    text += fmt::format("{} belong to no page; vxbmp pages compact drops them\n", ByteCount(unreferenced));
+  }
+  PrintToStandardOutput(text);
+}
+
+void PrintJson(const std::vector<Page>& pages, bool isCursor, uint64_t unreferenced) {
+  std::string text;
+  for (const Page& page : pages) {
+    JsonLine line;
+    line.Add("page", page.number);
+    if (page.info) {
+      line.Add("width", page.info->width);
+      line.Add("height", page.info->height);
+      line.Add("bits_per_pixel", page.info->bits_per_pixel);
+    }
+    line.Add("form", FormOf(page));
+    line.Add("bytes", page.place.size);
+    line.Add("offset", page.place.offset);
+    if (isCursor) line.Add("hot_spot", std::pair<int, int>(page.place.hot_x, page.place.hot_y));
+    if (page.failure) line.AddFailure(page.failure->status(), ProblemOf(*page.failure));
+    text += line.Text();
+  }
+  JsonLine last;
+  last.Add("unreferenced_bytes", unreferenced);
+  PrintToStandardOutput(text + last.Text());
+}
+
+ExitCode List(const ListArguments& arguments) try {
+  Input input(arguments.file.c_str());
+  const vx::Source& source = input.Source();
+  const uint64_t unreferenced = source.UnreferencedBytes();
+  const int count = CountPages(source);
+  const bool isCursor = source.DescribeDirectory().is_cursor != 0;
+  std::vector<Page> pages;
+  for (int number = 1; number <= count; ++number) {
+    pages.push_back(LookAt(source, number, InputName(arguments.file.c_str())));
+  }
+  const auto print = arguments.json ? PrintJson : PrintTable;
+  print(pages, isCursor, unreferenced);
+  const bool isWhole =
+      std::all_of(pages.begin(), pages.end(), [](const Page& page) { return page.info.has_value(); });
+  return isWhole ? kExitOk : kExitFailed;
+} catch (const vx::Error& error) {
+  ReportFailure(error, {.file = InputName(arguments.file.c_str())});
+  if (arguments.json) {
+    JsonLine line;
+    line.AddFailure(error.status(), ProblemOf(error));
+    PrintToStandardOutput(line.Text());
+  }
+  return kExitFailed;
+}
+
+/// The commands below have a file of their own, so one before their name is too many.
+void RefuseListArguments(const ListArguments& arguments) {
+  if (!arguments.file.empty()) throw UsageError(Printable(arguments.file) + " is a word too many");
+  if (arguments.json) throw UsageError("--json is for the list of pages");
+}
+
+}  // namespace
+
+std::string DetailsOf(bool selects, const std::string& example) {
+  const std::string selection = fmt::format("SEL is a page or several: {}.\n\n", kSelectionForms);
+  return fmt::format("{}Example:\n  vxbmp pages {}", selects ? selection : "", example);
+}
+
+Action DeclarePages(Arguments& command) {
+  auto arguments = std::make_shared<ListArguments>();
+  command.Add({.name = "FILE", .help = "icon or cursor file to list; - is standard input"}, arguments->file);
+  command.Add({.name = "--json", .help = "print one JSON object a line, for scripts"}, arguments->json);
+  DeclareExtract(command);
+  DeclareEdits(command);
+  for (Arguments& below : command.Commands()) {
+    below.SetAction([arguments, action = below.GetAction()] {
+      RefuseListArguments(*arguments);
+      return action();
+    });
+  }
+  return [arguments] {
+    if (arguments->file.empty()) throw UsageError("the name of a file or a command is needed");
+    return List(*arguments);
+  };
+}
+
+}  // namespace cli

@@ -1,0 +1,74 @@
+// The wording of failures. Hints are a table of what helps with which reason, and when.
+#include "failures/Report.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+
+#include "failures/Errors.h"
+#include "words/Text.h"
+
+namespace cli {
+namespace {
+
+struct Hint {
+  vx_reason reason;
+  bool Circumstances::*condition;  ///< what the command must be able to do; null: nothing
+  const char* text;
+};
+
+constexpr Hint kHints[] = {
+    {VX_REASON_ROWS_MISSING, &Circumstances::takesTruncated,
+     "--allow-truncated takes what is there of a file that ends early"},
+    {VX_REASON_NO_SIGNATURE, &Circumstances::mayBeRaw,
+     "pixel data without a header is described with --raw WIDTHxHEIGHTxBITS"},
+    {VX_REASON_OVER_MEMORY_LIMIT, nullptr,
+     "--memory-limit SIZE sets how much memory a picture may take, such as 4G"},
+    {VX_REASON_NEEDS_PNG_ICON, nullptr, "--to png-icon, or --png for a page, makes such an icon"},
+    {VX_REASON_NO_DISPLAY, nullptr,
+     "VXDIS.so is built where libchafa is installed, and belongs beside the library"},
+    {VX_REASON_NO_FILTER, nullptr, "VX_FILTER_PATH may name the folder that holds the filter"},
+    {VX_REASON_BAD_FILTER, nullptr, "VX_FILTER_PATH may name the folder that holds the filter"},
+};
+
+/// Standard error may be closed; there is nobody left to tell that.
+void Print(const std::string& line) {
+  std::fputs(line.c_str(), stderr);
+}
+
+/// Whether the text begins with the file's name as a name: what follows is no part of another word.
+bool NamesFile(std::string_view text, std::string_view file) {
+  if (!text.starts_with(file)) return false;
+  text.remove_prefix(file.size());
+  return text.starts_with(":") || text.starts_with(",") || text.starts_with(" ");
+}
+
+void PrintHint(int reason, const Circumstances& circumstances) {
+  for (const Hint& hint : kHints) {
+    const bool helps = hint.condition == nullptr || circumstances.*hint.condition;
+    if (hint.reason == reason && helps) Print(fmt::format("  hint: {}\n", hint.text));
+  }
+}
+
+}  // namespace
+
+void ReportFailure(const vx::Error& error, const Circumstances& circumstances) {
+  const std::string problem = ProblemOf(error);
+  const std::string prefix =
+      NamesFile(problem, circumstances.file) ? "" : fmt::format("{}: ", Printable(circumstances.file));
+  ReportMessage(fmt::format("{}{} ({}, {})", prefix, Printable(problem), vx_status_name(error.status()),
+                            error.status()));
+  PrintHint(error.reason(), circumstances);
+}
+
+void ReportMessage(std::string_view message) {
+  Print(fmt::format("vxbmp: {}\n", message));
+}
+
+void Remark(std::string_view message) {
+  if (isatty(STDERR_FILENO) != 0) ReportMessage(message);
+}
+
+}  // namespace cli

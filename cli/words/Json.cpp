@@ -1,0 +1,45 @@
+// The one file that knows the library for JSON. Writes ASCII only, so that the lines pass through whatever
+// stands between here and their reader.
+#include "words/Json.h"
+
+#include <fmt/format.h>
+#include <vx/vx.h>
+
+#include <nlohmann/json.hpp>
+
+#include "words/Text.h"
+
+namespace cli {
+namespace {
+
+/// What comes from outside goes through Utf8, for the library would refuse it otherwise.
+std::string Quoted(std::string_view bytes) {
+  return nlohmann::json(Utf8(bytes)).dump(-1, ' ', true);
+}
+
+}  // namespace
+
+void JsonLine::Add(std::string_view name, std::string_view text) {
+  AddRaw(name, Quoted(text));
+}
+
+void JsonLine::Add(std::string_view name, std::pair<int, int> point) {
+  AddRaw(name, fmt::format("[{},{}]", point.first, point.second));
+}
+
+void JsonLine::AddFile(std::string_view file) {
+  Add("file", file);
+  if (Utf8(file) != file) Add("file_bytes", Hexadecimal(file));
+}
+
+void JsonLine::AddFailure(int status, std::string_view message) {
+  Add("error", vx_status_name(status));
+  Add("status", status);
+  Add("message", message);
+}
+
+void JsonLine::AddRaw(std::string_view name, std::string_view value) {
+  members_ += fmt::format("{}\"{}\":{}", members_.empty() ? "" : ",", name, value);
+}
+
+}  // namespace cli

@@ -1,0 +1,187 @@
+// vx_load: from a plan through the filter to a finished picture.
+#include <algorithm>
+
+#include "app/Describe.h"
+#include "app/Explain.h"
+#include "app/LoadPlan.h"
+#include "app/PngFile.h"
+#include "app/RowSink.h"
+#include "base/Errors.h"
+#include "beyond/IconFile.h"
+#include "bitmap/Region.h"
+#include "files/Files.h"
+#include "filter/FilterLoader.h"
+#include "filter/PngCallbacks.h"
+
+namespace vxkrn {
+namespace {
+
+// No order of the contract's, so that the filter sets the one the file implies.
+constexpr int kOrderOfTheFile = -1;
+
+/// The record the filter is shown: the whole page's size, but no pixels, for rows go to the sink.
+int PrepareTarget(const LoadPlan& plan, _BITMAPHANDLE* target) {
+  const IMAGEINFO& info = plan.info;
+  const int status = VX_InitBitmap(target, sizeof(_BITMAPHANDLE), info.Width, info.Height, info.BitsPerPixel);
+  if (status != STATUS_OK)
+    return Fail({status, VX_REASON_BAD_SIZE, info.Width, info.Height}, "no bitmap can hold the page");
+  target->Orientation = info.Orientation;
+  target->ColorOrder = plan.options.raw != nullptr ? info.ColorOrder : kOrderOfTheFile;
+  target->XResolution = info.XResolution;
+  target->YResolution = info.YResolution;
+  target->ColorCount = info.BitsPerPixel <= 8 ? 1 << info.BitsPerPixel : 0;
+  return STATUS_OK;
+}
+
+void DescribeRawTo(const vx_raw& raw, _LOADDISPATCH* dispatch) {
+  dispatch->RawHasOffset = 1;
+  dispatch->RawOffset = static_cast<int>(raw.offset);
+  if (raw.palette_count > 0) {
+    dispatch->RawFlags |= RAW_HAS_PALETTE;
+    for (int i = 0; i < raw.palette_count; ++i) {
+      const std::uint8_t* entry = raw.palette + std::ptrdiff_t{4} * i;
+      dispatch->RawPalette[i] = {entry[0], entry[1], entry[2], 0};
+    }
+  }
+  if (raw.has_masks != 0) {
+    dispatch->RawFlags |= RAW_HAS_MASKS;
+    dispatch->RedMask = raw.red_mask;
+    dispatch->GreenMask = raw.green_mask;
+    dispatch->BlueMask = raw.blue_mask;
+  }
+}
+
+/// Has the filter deliver the pixels as they are, as if they had no header.
+void TakeAsHeaderless(const WideFields& fields, _LOADDISPATCH* dispatch) {
+  dispatch->FileInfo->Format = FMT_RAW_BITFIELDS;
+  dispatch->RawHasOffset = 1;
+  dispatch->RawOffset = static_cast<int>(fields.pixelOffset);
+}
+
+int RunFilter(const Filter& filter, vx_source& source, LoadPlan* plan, _BITMAPHANDLE* target, RowSink* sink) {
+  LOADOPTIONS options = {};
+  options.StructSize = sizeof options;
+  options.Flags = plan->options.allow_truncated != 0 ? LOAD_ALLOW_TRUNCATED : 0;
+  options.PageNumber = plan->options.page;
+  _LOADDISPATCH dispatch = {};
+  dispatch.FileName = source.Name();
+  dispatch.Bitmap = target;
+  dispatch.RowCallback = RowSink::Callback;
+  dispatch.UserData = sink;
+  dispatch.ReadBufferSize = plan->options.read_buffer_size;
+  dispatch.FileInfo = &plan->info;
+  dispatch.LoadOptions = &options;
+  dispatch.LoadPngFromMemory = LoadPngPage;
+  if (plan->filterCutsBand) {
+    dispatch.BandEnabled = 1;
+    dispatch.BandFirstRow = plan->bandFirst;
+    dispatch.BandTopRow = plan->bandFirst;
+    dispatch.BandRowCount = plan->bandCount;
+  }
+  if (plan->options.raw != nullptr) DescribeRawTo(*plan->options.raw, &dispatch);
+  if (plan->wideFields) TakeAsHeaderless(*plan->wideFields, &dispatch);
+  const Backend view = source.View();
+  const BackendScope scope(view);
+  return filter.load(&dispatch);
+}
+
+int OrderOf(const _BITMAPHANDLE& record, int order) {
+  if (record.BitsPerPixel <= 8) return ORDER_RGB;
+  return record.BitsPerPixel == 16 && order == ORDER_565 ? ORDER_565 : ORDER_BGR;
+}
+
+/// Gives the picture a palette with an entry for every index there can be, black where the file has none.
+int TakePalette(const _BITMAPHANDLE& target, _BITMAPHANDLE* record) {
+  if (record->BitsPerPixel > 8) return STATUS_OK;
+  if (target.Palette == nullptr) return STATUS_NO_MEMORY;
+  RGBQUAD palette[256] = {};
+  std::copy_n(target.Palette, target.ColorCount, palette);
+  return VX_SetBitmapNewPalette(record, palette, 1 << record->BitsPerPixel);
+}
+
+/// Completes the picture with what the filter set on the record it was shown.
+int Finish(const LoadPlan& plan, const _BITMAPHANDLE& target, vx_bitmap* picture) {
+  _BITMAPHANDLE* record = &picture->record;
+  if (record->Pixels == nullptr)
+    return Fail({STATUS_BAD_FORMAT, VX_REASON_PAGE_DAMAGED}, "the page holds no rows");
+  record->Orientation = target.Orientation;
+  record->ColorOrder = OrderOf(*record, target.ColorOrder);
+  record->XResolution = DpiOrDefault(target.XResolution);
+  record->YResolution = DpiOrDefault(target.YResolution);
+  int status = TakePalette(target, record);
+  const int firstStored = FirstStoredRow(plan.bandFirst, plan.bandCount, target.Height, record->Orientation);
+  if (status == STATUS_OK) status = CopyRegionRows(target, firstStored, record);
+  if (status != STATUS_OK) return status;
+  if (plan.wideFields) SortChannels(*plan.wideFields, record);
+  picture->TakeColors();
+  if (plan.options.color_order != VX_ORDER_FILE) picture->ConvertOrder(plan.options.color_order);
+  return STATUS_OK;
+}
+
+/// Whether the filter failed within the rows, which it can do without: it sets the order of the colours once
+/// headers and palette are read, and headerless data is all rows.
+bool MissesRowsAlone(const LoadPlan& plan, const _BITMAPHANDLE& target, int status) {
+  const bool tookHeaders =
+      plan.options.raw != nullptr || plan.wideFields || target.ColorOrder != kOrderOfTheFile;
+  return status == STATUS_READ_ERROR && tookHeaders && plan.options.allow_truncated == 0;
+}
+
+/// The hot spot of a cursor's page, which the filter does not tell.
+HotSpot FindHotSpot(vx_source& source, int page) {
+  const Backend view = source.View();
+  ICONDIRENTRY entry = {};
+  return IconReader(view, source.Name()).ReadEntry(page, &entry) ? HotSpotOf(entry) : HotSpot{};
+}
+
+int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bitmap>* loaded) {
+  LoadPlan plan;
+  int status = PlanLoad(source, options, &plan);
+  if (status != STATUS_OK) return status;
+  auto picture = memory::Make<vx_bitmap>({"kernel/Load", __LINE__});
+  if (picture == nullptr) return FailForMemory("a bitmap record", sizeof(vx_bitmap));
+  if (plan.info.Format == FMT_PNG) {
+    status = LoadPngFile(source, plan.bandFirst, plan.bandCount, picture.get());
+    if (status != STATUS_OK) return Explain(status, source, 0, {});
+    *loaded = std::move(picture);
+    return STATUS_OK;
+  }
+  const Filter* filter = nullptr;
+  status = LoadFilter(&filter);
+  if (status != STATUS_OK) return status;
+  FilterCall context;
+  context.toleratesMissingMask = plan.options.allow_truncated != 0;
+  const FilterCallScope scope(&context);
+  RowSink sink(plan, context, picture.get());
+  OwnedBitmap target;
+  status = PrepareTarget(plan, &target);
+  if (status == STATUS_OK && !plan.isPng) status = sink.Allocate(plan.info.BitsPerPixel);
+  if (status == STATUS_OK) status = RunFilter(*filter, source, &plan, &target, &sink);
+  if (status == STATUS_OK) status = Finish(plan, target, picture.get());
+  const int pageWorthSaying = plan.info.TotalPages > 1 ? plan.options.page : 0;
+  if (status != STATUS_OK) {
+    Explain(status, source, pageWorthSaying, ThisCall().lastRead);
+    if (MissesRowsAlone(plan, target, status)) Failure().reason = VX_REASON_ROWS_MISSING;
+    return status;
+  }
+  if (plan.isPng ? context.png.hasAlpha : sink.SawFourthByte()) picture->record.Flags |= kBitmapHasAlpha;
+  const bool isWhole = picture->record.Height == target.Height;
+  if (plan.info.Format == FMT_CUR && isWhole) picture->hotSpot = FindHotSpot(source, plan.options.page);
+  *loaded = std::move(picture);
+  return STATUS_OK;
+}
+
+}  // namespace
+}  // namespace vxkrn
+
+int vx_load(vx_source* source, const vx_load_options* options, vx_bitmap** bitmap) {
+  return vxkrn::Guarded([&]() -> int {
+    if (bitmap != nullptr) *bitmap = nullptr;
+    if (source == nullptr || bitmap == nullptr) {
+      return vxkrn::FailForArgument("the source and the place for the bitmap must be given");
+    }
+    vxkrn::memory::Owned<vx_bitmap> loaded;
+    const int status = vxkrn::Load(*source, options, &loaded);
+    if (status == STATUS_OK) *bitmap = loaded.release();
+    return status;
+  });
+}

@@ -1,0 +1,125 @@
+// Checks load options, for files and for headerless data. Opens and decodes nothing but the description.
+#include "app/LoadPlan.h"
+
+#include "app/Describe.h"
+#include "base/Errors.h"
+#include "bitmap/Bitmap.h"
+
+namespace vxkrn {
+namespace {
+
+constexpr int kReadBufferSize = 64 * 1024;
+
+int CheckOptions(vx_load_options* options) {
+  if (options->read_buffer_size == 0) options->read_buffer_size = kReadBufferSize;
+  if (options->read_buffer_size < 2 || options->read_buffer_size % 2 != 0) {
+    return FailForArgument("read_buffer_size is ", options->read_buffer_size,
+                           "; it must be even and 2 or more, or 0");
+  }
+  const int order = options->color_order;
+  if (order != VX_ORDER_FILE && order != VX_ORDER_BGR && order != VX_ORDER_565) {
+    return FailForArgument("color_order is ", order,
+                           "; it must be VX_ORDER_FILE, VX_ORDER_BGR or VX_ORDER_565");
+  }
+  return STATUS_OK;
+}
+
+int CheckRawPicture(const vx_raw& raw) {
+  if (raw.format < VX_FORMAT_RAW || raw.format > VX_FORMAT_RAW_BITFIELDS) {
+    return FailForArgument("raw.format is ", raw.format, "; it must be one of the raw formats");
+  }
+  if (raw.width < 1 || raw.width > kLongestSide || raw.height < 1 || raw.height > kLongestSide) {
+    return Fail({STATUS_BAD_DIMENSIONS, VX_REASON_BAD_SIZE, raw.width, raw.height}, "raw data of ", raw.width,
+                " x ", raw.height, " pixels; a side can have 1 to ", kLongestSide);
+  }
+  if (!IsDepth(raw.bits_per_pixel)) {
+    return Fail({STATUS_BAD_BPP, VX_REASON_BAD_DEPTH, raw.bits_per_pixel}, "raw.bits_per_pixel is ",
+                raw.bits_per_pixel, "; it must be 1, 4, 8, 16, 24 or 32");
+  }
+  return STATUS_OK;
+}
+
+int CheckRawDetails(const vx_raw& raw) {
+  if (raw.orientation != 0 && raw.orientation != VX_TOP_DOWN && raw.orientation != VX_BOTTOM_UP) {
+    return FailForArgument("raw.orientation is ", raw.orientation, "; it must be 0, 1 or 4");
+  }
+  if (raw.offset > INT32_MAX) {
+    return FailForArgument("raw.offset is ", raw.offset, "; it must be below 2147483648");
+  }
+  if (raw.palette_count < 0 || raw.palette_count > 256 || (raw.palette == nullptr && raw.palette_count > 0)) {
+    return FailForArgument("raw.palette_count is ", raw.palette_count,
+                           "; it must be the number of entries at raw.palette, 0 to 256");
+  }
+  if (raw.has_masks != 0 && raw.bits_per_pixel != 16) {
+    return FailForArgument("raw.has_masks is set, but masks belong to 16 bits per pixel alone");
+  }
+  return STATUS_OK;
+}
+
+bool Is565(const vx_raw& raw) {
+  return raw.has_masks != 0 && raw.red_mask == 0xF800 && raw.green_mask == 0x07E0 && raw.blue_mask == 0x001F;
+}
+
+int DescribeRaw(const vx_raw& raw, int page, IMAGEINFO* info) {
+  int status = CheckRawPicture(raw);
+  if (status == STATUS_OK) status = CheckRawDetails(raw);
+  if (status != STATUS_OK) return status;
+  if (page != 1) {
+    return Fail({STATUS_BAD_PAGE, VX_REASON_NO_SUCH_PAGE, page, 1},
+                "headerless data has page 1 alone, not page ", page);
+  }
+  *info = IMAGEINFO{};
+  info->StructSize = sizeof *info;
+  info->Format = raw.format;
+  info->Width = raw.width;
+  info->Height = raw.height;
+  info->BitsPerPixel = raw.bits_per_pixel;
+  info->Orientation = raw.orientation == 0 ? ORIENT_BOTTOM_UP : raw.orientation;
+  info->ColorOrder = raw.bits_per_pixel > 8 ? ORDER_BGR : ORDER_RGB;
+  if (Is565(raw)) info->ColorOrder = ORDER_565;
+  info->XResolution = DpiOrDefault(0);
+  info->YResolution = DpiOrDefault(0);
+  return STATUS_OK;
+}
+
+int PlanBand(LoadPlan* plan) {
+  const int height = plan->info.Height;
+  const vx_load_options& options = plan->options;
+  plan->bandFirst = options.band_first;
+  plan->bandCount = options.band_count == 0 && options.band_first == 0 ? height : options.band_count;
+  const bool inside = plan->bandFirst >= 0 && plan->bandFirst < height && plan->bandCount >= 1 &&
+                      plan->bandCount <= height - plan->bandFirst;
+  if (inside) return STATUS_OK;
+  return FailForArgument("the band of ", options.band_count, " rows from row ", options.band_first,
+                         " on does not lie in the picture, which has ", height, " rows");
+}
+
+/// Whether the filter can go straight to the band: it skips the rows before it with one seek, which goes
+/// no further than an int.
+bool IsWithinReach(const LoadPlan& plan) {
+  const IMAGEINFO& info = plan.info;
+  const int first = FirstStoredRow(plan.bandFirst, plan.bandCount, info.Height, info.Orientation);
+  return first * Stride(info.Width, info.BitsPerPixel) <= INT32_MAX;
+}
+
+}  // namespace
+
+int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) {
+  plan->options = options == nullptr ? vx_load_options VX_LOAD_OPTIONS_DEFAULT : *options;
+  const vx_raw* raw = plan->options.raw;
+  int status = CheckOptions(&plan->options);
+  if (status != STATUS_OK) return status;
+  status = raw != nullptr ? DescribeRaw(*raw, plan->options.page, &plan->info)
+                          : Identify(source, plan->options.page, &plan->info);
+  if (status == STATUS_OK) status = PlanBand(plan);
+  if (status != STATUS_OK) return status;
+  plan->isIcon = IsIcon(plan->info);
+  plan->isPng = IsPngPage(plan->info);
+  if (raw == nullptr) plan->wideFields = FindWideFields(source, plan->info);
+  // An icon's mask follows its last row, and a run cannot be started in the middle.
+  plan->filterCutsBand = plan->bandCount < plan->info.Height && !plan->isIcon &&
+                         plan->info.Compression[0] == '\0' && IsWithinReach(*plan);
+  return STATUS_OK;
+}
+
+}  // namespace vxkrn

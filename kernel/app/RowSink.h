@@ -1,0 +1,38 @@
+// Takes the filter's rows and puts those that are wanted into the picture.
+#pragma once
+
+#include "app/LoadPlan.h"
+#include "base/CallRecord.h"
+#include "bitmap/Picture.h"
+
+namespace vxkrn {
+
+class RowSink {
+ public:
+  /// All three must outlive the sink.
+  RowSink(const LoadPlan& plan, const FilterCall& context, vx_bitmap* picture) noexcept
+      : plan_(plan), context_(context), picture_(picture) {}
+
+  /// Gives the picture its pixels. @return STATUS_OK, or a failure with its detail set.
+  [[nodiscard]] int Allocate(int bitsPerPixel);
+  /// Whether some row, wanted or not, had a fourth byte that is not 0 (32-bit icon pages).
+  [[nodiscard]] bool SawFourthByte() const noexcept { return fourthBytes_ != 0; }
+
+  /// ROWCALLBACK; userData is the sink.
+  static int Callback(IMAGEINFO* info, _BITMAPHANDLE* bitmap, unsigned char* row, unsigned int flags,
+                      int rowNumber, int lineCount, void* userData);
+
+ private:
+  int Take(int orientation, unsigned char* row, bool isUncompressed, int rowNumber);
+  [[nodiscard]] int CheckPng();
+  [[nodiscard]] bool MayRunShortAfter(int rowNumber) const noexcept;
+  void NoteFourthBytes(const unsigned char* row) noexcept;
+
+  const LoadPlan& plan_;
+  const FilterCall& context_;
+  vx_bitmap* picture_;
+  std::size_t rowBytes_ = 0;
+  std::uint32_t fourthBytes_ = 0;
+};
+
+}  // namespace vxkrn

@@ -1,0 +1,66 @@
+// The directory is the only part that is not the file's own.
+#include "beyond/MendedIcon.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "beyond/IconFile.h"
+#include "format/HeaderEncoding.h"
+
+namespace vxkrn {
+
+bool MendedIcon::MendFor(int page) {
+  const ICONDIR start = bmp::DecodeDirectory(source_.BlockAt<bmp::kDirectorySize>(0));
+  // Cursors are of one kind, and not searched for it.
+  if (start.Reserved != 0 || start.Type != bmp::kIconType) return false;
+  const Backend view = source_.View();
+  const IconReader reader(view, source_.Name());
+  IconDirectory directory;
+  if (reader.ReadDirectory(&directory) != STATUS_OK) return false;
+  if (page < 1 || page > static_cast<int>(directory.entries.size())) return false;
+  const ICONDIRENTRY asked = directory.entries[static_cast<std::size_t>(page) - 1];
+  if (!reader.IsWithinReach(asked)) return false;
+  bool isMended = false;
+  for (ICONDIRENTRY& entry : directory.entries) {
+    if (reader.IsWithinReach(entry)) continue;
+    entry = asked;
+    isMended = true;
+  }
+  entries_.clear();
+  for (const ICONDIRENTRY& entry : directory.entries) {
+    const auto bytes = bmp::EncodeEntry(entry);
+    entries_.insert(entries_.end(), bytes.begin(), bytes.end());
+  }
+  return isMended;
+}
+
+Backend MendedIcon::View() noexcept {
+  Backend view = source_.View();
+  view.functions.open = [](void* user, const char* /*name*/, int flags) {
+    return flags == VX_OPEN_READ ? user : nullptr;
+  };
+  view.functions.read_at = ReadAt;
+  view.functions.size = [](void* user, void* /*file*/) {
+    return static_cast<MendedIcon*>(user)->source_.Size();
+  };
+  view.user = this;
+  return view;
+}
+
+std::int64_t MendedIcon::ReadAt(void* user, void* /*file*/, void* buffer, std::uint32_t count,
+                                std::uint64_t position) noexcept {
+  const auto& self = *static_cast<MendedIcon*>(user);
+  const Backend view = self.source_.View();
+  const std::int64_t got = view.functions.read_at(view.user, nullptr, buffer, count, position);
+  if (got <= 0) return got;
+  const std::uint64_t entriesBegin = bmp::kDirectorySize;
+  const std::uint64_t entriesEnd = entriesBegin + self.entries_.size();
+  const std::uint64_t begin = std::max(position, entriesBegin);
+  const std::uint64_t end = std::min(position + static_cast<std::uint64_t>(got), entriesEnd);
+  if (begin >= end) return got;
+  std::memcpy(static_cast<unsigned char*>(buffer) + (begin - position),
+              self.entries_.data() + (begin - entriesBegin), static_cast<std::size_t>(end - begin));
+  return got;
+}
+
+}  // namespace vxkrn

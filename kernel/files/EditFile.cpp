@@ -1,0 +1,140 @@
+// Not everybody who writes to a file looks for locks, so what is about to be replaced is compared with what
+// was opened. Its times are not asked: they are too coarse to notice a quick change, and change with its
+// mode.
+#include "files/EditFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "base/Errors.h"
+
+namespace vxkrn {
+namespace {
+
+/// FNV-1a, as far as it has come.
+class Checksum {
+ public:
+  void Add(const std::uint8_t* bytes, std::size_t size) noexcept {
+    constexpr std::uint64_t kPrime = 0x100000001B3;
+    std::uint64_t sum = sum_;
+    for (std::size_t i = 0; i < size; ++i) sum = (sum ^ bytes[i]) * kPrime;
+    sum_ = sum;
+  }
+  [[nodiscard]] std::uint64_t Sum() const noexcept { return sum_; }
+
+ private:
+  std::uint64_t sum_ = 0xCBF29CE484222325;
+};
+
+/// @return false where it cannot be read
+bool SumUp(int file, std::uint64_t* sum) {
+  Checksum checksum;
+  std::uint8_t bytes[16 * 1024];
+  ssize_t got = 0;
+  off_t at = 0;
+  while ((got = Uninterrupted([&] { return pread(file, bytes, sizeof bytes, at); })) > 0) {
+    checksum.Add(bytes, static_cast<std::size_t>(got));
+    at += got;
+  }
+  *sum = checksum.Sum();
+  return got == 0;
+}
+
+bool IsSameTime(const timespec& one, const timespec& other) {
+  return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
+}
+
+int FailAsChanged(const std::string& path, std::string_view what) {
+  return Fail({VX_FILE_CHANGED, VX_REASON_FILE_CHANGED}, path, " was ", what,
+              " by somebody else since the edit began, and is not overwritten; open it again");
+}
+
+}  // namespace
+
+int EditFile::TakeCopy() {
+  int status = copy.ReadFrom(kSystemBackend, lock_.File());
+  if (status == STATUS_NO_MEMORY) FailForMemory("a copy of it to edit", memory::LastRefusal());
+  if (status == STATUS_READ_ERROR) Fail({status, VX_REASON_SYSTEM_ERROR}, "it cannot be read");
+  if (status == STATUS_OK) {
+    Checksum checksum;
+    checksum.Add(copy.Data(), copy.Size());
+    checksum_ = checksum.Sum();
+    return status;
+  }
+  return NameFailure(status, path);
+}
+
+int EditFile::TakeLock(unsigned int flags) {
+  if (isNew_ && place_.IsStream()) return STATUS_OK;
+  const int status = isNew_ ? lock_.TakeIfThere(place_, path.c_str()) : lock_.Take(place_, path.c_str());
+  if (status != STATUS_OK || !lock_.IsOpen()) return status;
+  const bool isOverwritten = inPlace || place_.IsStream();
+  if (isOverwritten && lock_.WhyReadOnly() != 0) {
+    return Fail(SystemCause(STATUS_OPEN_WRITE_ERROR, lock_.WhyReadOnly()), path,
+                " cannot be written: ", std::strerror(lock_.WhyReadOnly()));
+  }
+  if ((flags & VX_EDIT_REQUIRE_LOCK) == 0 || lock_.WhyUnlocked() == 0) return status;
+  return Fail({STATUS_OPEN_WRITE_ERROR, VX_REASON_NO_LOCKS, lock_.WhyUnlocked()}, path,
+              " cannot be locked: ", std::strerror(lock_.WhyUnlocked()),
+              "; without VX_EDIT_REQUIRE_LOCK it is edited all the same");
+}
+
+int EditFile::OpenSystemFile(unsigned int flags) {
+  int status = place_.Find(path.c_str());
+  if (status == STATUS_OK) status = TakeLock(flags);
+  if (status != STATUS_OK) return status;
+  if (inPlace) backend = lock_.AsBackend();
+  const bool isReplaced = !inPlace && !place_.IsStream();
+  if (isReplaced) status = replacement_.Open(path.c_str(), place_);
+  return status == STATUS_OK && !isNew_ && !inPlace ? TakeCopy() : status;
+}
+
+int EditFile::Open(unsigned int flags) {
+  const bool areSystemFiles = InstalledBackend().functions.open == kSystemBackend.functions.open;
+  isNew_ = (flags & VX_EDIT_NEW) != 0;
+  inPlace = (flags & VX_EDIT_IN_PLACE) != 0 || !areSystemFiles;
+  if (isNew_ && inPlace) {
+    return Fail({STATUS_NOT_SUPPORTED, VX_REASON_NOT_IN_PLACE},
+                "a new file cannot be made in place of an old one");
+  }
+  backend = inPlace ? InstalledBackend() : copy.AsBackend();
+  if (areSystemFiles) return OpenSystemFile(flags);
+  if ((flags & VX_EDIT_REQUIRE_LOCK) == 0) return STATUS_OK;
+  return Fail({STATUS_NOT_SUPPORTED, VX_REASON_NO_LOCKS}, path,
+              ": files of the application's own cannot be locked");
+}
+
+int EditFile::CheckIsUnchanged() const {
+  struct stat named = {};
+  struct stat held = {};
+  if (!place_.Look(&named)) {
+    return errno == ENOENT ? FailAsChanged(path, "deleted")
+                           : Fail(SystemCause(STATUS_WRITE_ERROR, errno), path,
+                                  " cannot be looked at: ", std::strerror(errno));
+  }
+  const struct stat& opened = lock_.Locked();
+  if (!AreSameFile(named, opened)) return FailAsChanged(path, "replaced");
+  std::uint64_t sum = checksum_;
+  const bool isReadable = fstat(lock_.Number(), &held) == 0 && (isNew_ || SumUp(lock_.Number(), &sum));
+  if (!isReadable)
+    return Fail(SystemCause(STATUS_READ_ERROR, errno), path, " cannot be compared: ", std::strerror(errno));
+  const bool isTouched = isNew_ && !IsSameTime(held.st_mtim, opened.st_mtim);
+  if (held.st_size == opened.st_size && sum == checksum_ && !isTouched) return STATUS_OK;
+  return FailAsChanged(path, "written to");
+}
+
+int EditFile::Commit() {
+  if (inPlace) return STATUS_OK;
+  if (place_.IsStream()) {
+    if (isNew_) return WriteToStream(path.c_str(), place_, copy.Data(), copy.Size());
+    const int status = CheckIsUnchanged();
+    return status == STATUS_OK ? WriteOver(path.c_str(), lock_.Number(), copy.Data(), copy.Size()) : status;
+  }
+  const int status = replacement_.Fill(copy.Data(), copy.Size());
+  if (status != STATUS_OK) return status;
+  return replacement_.CommitOver(lock_, [this] { return CheckIsUnchanged(); });
+}
+
+}  // namespace vxkrn

@@ -1,0 +1,66 @@
+// One open file: a position, and a window of bytes read ahead or not yet written, so that callers may read
+// and write byte by byte. Knows nothing of names or threads.
+#pragma once
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/Memory.h"
+#include "files/Backend.h"
+
+namespace vxkrn {
+
+/// The highest position a file can have; one more is how a failed seek looks.
+constexpr std::uint64_t kLastPosition = 0xFFFFFFFE;
+
+class OpenFile {
+ public:
+  OpenFile(const Backend& backend, void* file, bool writable) noexcept
+      : backend_(backend), file_(file), writable_(writable) {}
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+  ~OpenFile() = default;
+
+  /// Reads until count bytes arrived, the file ends or an error comes. @return bytes, or -1 for an error.
+  int Read(std::uint8_t* destination, std::uint32_t count) noexcept;
+  /// Stores count bytes, perhaps later. @return count, or -1.
+  int Write(const std::uint8_t* source, std::uint32_t count) noexcept;
+  /// Ends the file at the position. @return 0, or -1.
+  int EndHere() noexcept;
+  /// Moves to `base + offset`. @return whether that is a position a file can have.
+  [[nodiscard]] bool MoveTo(std::int64_t target) noexcept;
+  /// Stores what waits and closes. @return whether everything written was kept.
+  [[nodiscard]] bool Close() noexcept;
+
+  [[nodiscard]] std::uint64_t Position() const noexcept { return position_; }
+  /// Bytes of the file with what still waits in memory; below 0 when it cannot be told.
+  [[nodiscard]] std::int64_t Size() const noexcept;
+  [[nodiscard]] const ReadTrace& Trace() const noexcept { return trace_; }
+  /// The error number of the first write that failed; 0 when the backend gave none.
+  [[nodiscard]] int WriteError() const noexcept { return writeError_; }
+
+ private:
+  [[nodiscard]] bool HasWindow() noexcept;
+  std::uint32_t TakeFromWindow(std::uint8_t* destination, std::uint32_t count) noexcept;
+  std::int64_t ReadStep(std::uint8_t* destination, std::uint32_t count) noexcept;
+  std::int64_t ReadBackend(std::uint8_t* destination, std::uint32_t count, std::uint64_t offset) noexcept;
+  [[nodiscard]] bool WriteBackend(const std::uint8_t* source, std::size_t count,
+                                  std::uint64_t offset) noexcept;
+  [[nodiscard]] bool Flush() noexcept;
+  void NoteWriteFailure() noexcept;
+
+  Backend backend_;
+  void* file_;
+  std::uint64_t position_ = 0;
+  memory::Bytes window_;
+  std::uint64_t windowStart_ = 0;  // file offset of the window's first byte
+  std::uint32_t windowFill_ = 0;   // bytes in it
+  std::uint32_t readAhead_ = 0;    // bytes the next fill asks for
+  bool waiting_ = false;           // the window's bytes are not in the file yet
+  bool writable_;
+  bool writeFailed_ = false;
+  int writeError_ = 0;
+  ReadTrace trace_;
+};
+
+}  // namespace vxkrn

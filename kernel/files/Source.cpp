@@ -1,0 +1,166 @@
+// Opens and closes sources, and lends them to the filter as files. Must not read pictures.
+#include "files/Source.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "base/Errors.h"
+#include "files/OpenFile.h"
+
+namespace {
+
+vx_source* SourceOf(void* user) {
+  return static_cast<vx_source*>(user);
+}
+
+void* OpenView(void* user, const char* /*name*/, int flags) {
+  return flags == VX_OPEN_READ ? user : nullptr;
+}
+
+int64_t ReadView(void* user, void* /*file*/, void* buffer, uint32_t count, uint64_t position) {
+  return SourceOf(user)->ReadAt(buffer, count, position);
+}
+
+int64_t SizeOfView(void* user, void* /*file*/) {
+  return SourceOf(user)->Size();
+}
+
+int CloseView(void* /*user*/, void* /*file*/) {
+  return 0;
+}
+
+constexpr const char* kMemoryName = "memory";
+
+const char* WhyNot(int error) {
+  return error == 0 ? "the file functions refused it" : std::strerror(error);
+}
+
+}  // namespace
+
+vxkrn::memory::Owned<vx_source> vxkrn::NewSource(const char* name) {
+  auto source = memory::Make<vx_source>({"kernel/Source", __LINE__});
+  if (source == nullptr) return source;
+  const std::size_t size = std::strlen(name) + 1;
+  source->name.reset(static_cast<std::uint8_t*>(memory::AllocateRecord(size, {"kernel/Source", __LINE__})));
+  if (source->name == nullptr) return nullptr;
+  std::memcpy(source->name.get(), name, size);
+  return source;
+}
+
+vx_source::vx_source() noexcept : backend{}, file(nullptr), memory{} {}
+
+vx_source::~vx_source() {
+  if (file != nullptr) (void)backend.functions.close(backend.user, file);
+}
+
+const char* vx_source::Name() const noexcept {
+  const void* text = name.get();
+  return static_cast<const char*>(text);
+}
+
+void vx_source::KeepHead() noexcept {
+  head = vxkrn::memory::Make<Head>({"kernel/Source", __LINE__});
+  if (head == nullptr) return;
+  const auto size = static_cast<std::uint32_t>(head->bytes.size());
+  const std::int64_t got = ReadAt(head->bytes.data(), size, 0);
+  if (got > 0 && got <= size) head->fill = static_cast<std::uint32_t>(got);
+}
+
+void vx_source::HoldIfSmallIcon() noexcept {
+  constexpr std::int64_t kSmall = 4 << 20;  // bytes
+  const std::int64_t size = Size();
+  std::uint16_t signature = 1;
+  if (size < 2 || size > kSmall || Peek(&signature, 2, 0) != 2 || signature != 0) return;
+  (void)Hold();
+}
+
+bool vx_source::Hold() noexcept {
+  if (file == &memory) return true;
+  const std::int64_t size = Size();
+  if (size < 0 || size > static_cast<std::int64_t>(vxkrn::kLastPosition)) return false;
+  const auto count = static_cast<std::uint32_t>(size);
+  vxkrn::memory::Bytes bytes = vxkrn::memory::MakeBytes(count, {"kernel/Source", __LINE__});
+  if (bytes == nullptr || Peek(bytes.get(), count, 0) != count) return false;
+  (void)backend.functions.close(backend.user, file);
+  held = std::move(bytes);
+  ReadFromMemory(held.get(), count);
+  return true;
+}
+
+void vx_source::ReadFromMemory(const unsigned char* bytes, std::size_t size) noexcept {
+  memory = {bytes, size};
+  backend = vxkrn::MemoryBackend(&memory);
+  file = &memory;
+}
+
+std::int64_t vx_source::Size() const noexcept {
+  return backend.functions.size(backend.user, file);
+}
+
+std::int64_t vx_source::ReadAt(void* buffer, std::uint32_t count, std::uint64_t position) const noexcept {
+  const std::uint32_t fill = head == nullptr ? 0 : head->fill;
+  if (position >= fill) return backend.functions.read_at(backend.user, file, buffer, count, position);
+  const std::uint32_t kept = std::min(count, fill - static_cast<std::uint32_t>(position));
+  std::memcpy(buffer, head->bytes.data() + position, kept);
+  return kept;
+}
+
+std::uint32_t vx_source::Peek(void* buffer, std::uint32_t count, std::uint64_t offset) const noexcept {
+  if (offset > vxkrn::kLastPosition) return 0;
+  std::uint32_t done = 0;
+  while (done < count) {
+    const std::int64_t got = ReadAt(static_cast<std::uint8_t*>(buffer) + done, count - done, offset + done);
+    if (got <= 0 || got > count - done) break;
+    done += static_cast<std::uint32_t>(got);
+  }
+  return done;
+}
+
+vxkrn::Backend vx_source::View() noexcept {
+  return {{OpenView, ReadView, nullptr, SizeOfView, nullptr, CloseView}, this};
+}
+
+int vx_open_file(const char* path, vx_source** source) {
+  return vxkrn::Guarded([&]() -> int {
+    if (source != nullptr) *source = nullptr;
+    if (path == nullptr || source == nullptr) {
+      return vxkrn::FailForArgument("the path and the place for the source must be given");
+    }
+    auto opened = vxkrn::NewSource(path);
+    if (opened == nullptr) return vxkrn::FailForMemory("opening a file", sizeof(vx_source));
+    opened->backend = vxkrn::InstalledBackend();
+    errno = 0;
+    opened->file = opened->backend.functions.open(opened->backend.user, path, VX_OPEN_READ);
+    if (opened->file == nullptr) {
+      return vxkrn::Fail(vxkrn::SystemCause(VX_OPEN_ERROR, errno), path,
+                         " cannot be opened: ", WhyNot(errno));
+    }
+    opened->KeepHead();
+    opened->HoldIfSmallIcon();
+    *source = opened.release();
+    return VX_OK;
+  });
+}
+
+int vx_open_memory(const void* bytes, size_t size, const char* name, vx_source** source) {
+  return vxkrn::Guarded([&]() -> int {
+    if (source != nullptr) *source = nullptr;
+    if ((bytes == nullptr && size > 0) || source == nullptr) {
+      return vxkrn::FailForArgument("the bytes and the place for the source must be given");
+    }
+    if (size > vxkrn::kLastPosition) {
+      return vxkrn::FailForArgument("the block has ", size, " bytes; at most ", vxkrn::kLastPosition,
+                                    " can be read");
+    }
+    auto opened = vxkrn::NewSource(name == nullptr ? kMemoryName : name);
+    if (opened == nullptr) return vxkrn::FailForMemory("opening a block of memory", sizeof(vx_source));
+    opened->ReadFromMemory(static_cast<const unsigned char*>(bytes), size);
+    *source = opened.release();
+    return VX_OK;
+  });
+}
+
+void vx_close(vx_source* source) {
+  if (source != nullptr) vxkrn::memory::Release{}(source);
+}

@@ -1,0 +1,65 @@
+// An open source of images: a file or block of memory that stays the same one until it is closed. A filter
+// that opens "the file" by name gets this very source, whatever has become of the name. What a file begins
+// with is looked at by everybody, so it is read once, and kept with the source.
+#pragma once
+
+#include <array>
+
+#include "base/Memory.h"
+#include "files/Backend.h"
+#include "format/Bytes.h"
+
+struct vx_source {
+  /// What was found out about a file and holds until it is closed, whoever writes to it.
+  struct Head {
+    std::array<std::uint8_t, 4096> bytes;  ///< headers, a palette and a usual directory lie there
+    std::uint32_t fill = 0;                ///< bytes that were read
+    IMAGEINFO described = {};              ///< the page that was described last
+    int describedPage = 0;                 ///< which that is, from 1; 0: none yet
+  };
+
+  vxkrn::Backend backend;           ///< what the file came from
+  void* file;                       ///< the backend's file
+  vxkrn::MemoryFile memory;         ///< behind backend, for sources in memory
+  vxkrn::memory::Bytes held;        ///< the bytes of a file that is held in memory
+  vxkrn::memory::Owned<Head> head;  ///< of a file; null for the application's bytes and without memory
+  vxkrn::memory::Bytes name;        ///< for messages, NUL-terminated
+
+  vx_source() noexcept;
+  ~vx_source();
+  vx_source(const vx_source&) = delete;
+  vx_source& operator=(const vx_source&) = delete;
+
+  [[nodiscard]] const char* Name() const noexcept;
+  /// Takes a file into memory, if it is not there yet. @return whether there was room and every byte came
+  bool Hold() noexcept;
+  /// Becomes a source of these bytes, which must outlive it.
+  void ReadFromMemory(const unsigned char* bytes, std::size_t size) noexcept;
+  /// Reads what the file begins with, in one go, to keep it. Without memory everything still works.
+  void KeepHead() noexcept;
+  /// Holds a small file that begins like an icon one: its directory is hopped through entry by entry, over
+  /// and over.
+  void HoldIfSmallIcon() noexcept;
+  /// Bytes, or below 0 when that cannot be told.
+  [[nodiscard]] std::int64_t Size() const noexcept;
+  /// Reads some bytes at position, at most count. @return how many; 0 at the end, below 0 for an error
+  std::int64_t ReadAt(void* buffer, std::uint32_t count, std::uint64_t position) const noexcept;
+  /// Reads up to count bytes at offset, as many as there are. @return how many.
+  std::uint32_t Peek(void* buffer, std::uint32_t count, std::uint64_t offset) const noexcept;
+  /// The Size bytes at offset; those beyond the end are 0.
+  template <std::uint32_t Size>
+  [[nodiscard]] bmp::Block<Size> BlockAt(std::uint64_t offset) const noexcept {
+    bmp::Block<Size> block{};
+    (void)Peek(block.data(), Size, offset);
+    return block;
+  }
+  /// A backend that opens this source, for reading, under any name. The source must outlive it.
+  [[nodiscard]] vxkrn::Backend View() noexcept;
+};
+
+namespace vxkrn {
+
+/// @return a source with a copy of its name but no file yet; null without memory.
+[[nodiscard]] memory::Owned<vx_source> NewSource(const char* name);
+
+}  // namespace vxkrn

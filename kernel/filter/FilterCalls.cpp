@@ -1,0 +1,119 @@
+#include "filter/FilterCalls.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "base/CallRecord.h"
+#include "base/Errors.h"
+#include "convert/Conversion.h"
+#include "files/Files.h"
+#include "filter/FilterLoader.h"
+
+namespace vxkrn {
+namespace {
+
+/// Puts a failure into words, unless a callback or service already found some.
+int ExplainWrite(int status, const char* name, int error) {
+  if (status == STATUS_NO_MEMORY && Detail().Empty()) FailForMemory("saving it", memory::LastRefusal());
+  if (!Detail().Empty()) return NameFailure(status, name);
+  const char* why = error != 0 ? std::strerror(error) : "the file functions refused it";
+  switch (status) {
+    case STATUS_WRITE_ERROR: return Fail(SystemCause(status, error), name, " cannot be written: ", why);
+    case STATUS_OPEN_WRITE_ERROR:
+      return Fail(SystemCause(status, error), name, " cannot be opened for writing: ", why);
+    default:
+      return Fail({status, VX_REASON_FILTER_GAVE_UP, status}, name, ": the filter gave up with status ",
+                  status);
+  }
+}
+
+/// Makes a call whose file services go to `backend`, and watches over what it cannot know.
+template <class Call>
+int Watched(const Backend& backend, const char* name, const Call& call) {
+  const BackendScope scope(backend);
+  (void)TakeLateWrite();
+  errno = 0;
+  int status = call();
+  const int openError = status == STATUS_OPEN_WRITE_ERROR ? errno : 0;
+  const LateWrite late = TakeLateWrite();
+  // Bytes that wait are written when the filter reads next, and then it is the read that fails.
+  if (late.failed && (status == STATUS_OK || status == STATUS_READ_ERROR)) status = STATUS_WRITE_ERROR;
+  return status == STATUS_OK ? status : ExplainWrite(status, name, late.failed ? late.error : openError);
+}
+
+_SAVEDISPATCH DispatchOf(const char* name, SavePlan* plan) {
+  _SAVEDISPATCH dispatch = {};
+  dispatch.FileName = name;
+  dispatch.Bitmap = &plan->shown;
+  dispatch.BitsPerPixel = plan->outcome.bits_per_pixel;
+  dispatch.Format = plan->outcome.format;
+  dispatch.Flags = plan->rows.is565 ? SAVE_ORDER_565 : 0;
+  dispatch.ConvertArg1 = plan->ConvertArg1();
+  dispatch.ConvertArg2 = plan->ConvertArg2();
+  dispatch.BeginSave = BeginSave;
+  dispatch.GetSaveRow = GetSaveRow;
+  dispatch.EndSave = EndSave;
+  dispatch.SaveToMemory = SaveToMemory;
+  return dispatch;
+}
+
+/// Opens a file, writes, and closes it.
+int WriteFile(const char* name, int flags, std::uint64_t position, const void* bytes, std::uint64_t count) {
+  HANDLE file = VX_RedirectedOpen(name, flags, 0);
+  if (file == InvalidHandle()) return STATUS_OPEN_WRITE_ERROR;
+  const bool fits = position + count <= kLastPosition;
+  const auto size = static_cast<unsigned int>(count);
+  const auto start = static_cast<int>(static_cast<unsigned int>(position));
+  const bool isWritten = fits && VX_RedirectedSeek(file, start, VX_SEEK_START) == start &&
+                         VX_RedirectedWrite(file, bytes, size) == static_cast<int>(size);
+  (void)VX_RedirectedClose(file);
+  return isWritten ? STATUS_OK : STATUS_WRITE_ERROR;
+}
+
+}  // namespace
+
+SAVEOPTIONS NewFile() noexcept {
+  SAVEOPTIONS options = {};
+  options.StructSize = sizeof options;
+  return options;
+}
+
+int SavePicture(const Backend& backend, const char* name, const SAVEOPTIONS& page, SavePlan* plan) {
+  const Filter* filter = nullptr;
+  const int status = LoadFilter(&filter);
+  if (status != STATUS_OK) return status;
+  SAVEOPTIONS options = page;
+  _SAVEDISPATCH dispatch = DispatchOf(name, plan);
+  dispatch.SaveOptions = &options;
+  FilterCall context;
+  context.convertArg1 = dispatch.ConvertArg1;
+  context.convertArg2 = dispatch.ConvertArg2;
+  context.census = &plan->census;
+  const FilterCallScope scope(&context);
+  return Watched(backend, name, [&] { return filter->save(&dispatch); });
+}
+
+int SavePng(const Backend& backend, const char* name, SavePlan* plan) {
+  unsigned char* png = nullptr;
+  std::size_t size = 0;
+  const int status = EncodeAsPng(plan->census, plan->outcome.bits_per_pixel, plan->ConvertArg1(),
+                                 plan->ConvertArg2(), &png, &size);
+  if (status != STATUS_OK) return ExplainWrite(status, name, 0);
+  const memory::Bytes stream(png);
+  return Watched(backend, name, [&] { return WriteFile(name, VX_OPEN_CREATE, 0, png, size); });
+}
+
+int DeletePage(const Backend& backend, const char* name, int page) {
+  const Filter* filter = nullptr;
+  const int status = LoadFilter(&filter);
+  if (status != STATUS_OK) return status;
+  _DELETEPAGEDISPATCH dispatch = {name, page};
+  return Watched(backend, name, [&] { return filter->deletePage(&dispatch); });
+}
+
+int Overwrite(const Backend& backend, const char* name, std::uint64_t position, const void* bytes,
+              std::uint32_t count) {
+  return Watched(backend, name, [&] { return WriteFile(name, VX_OPEN_UPDATE, position, bytes, count); });
+}
+
+}  // namespace vxkrn

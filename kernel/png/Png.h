@@ -1,0 +1,50 @@
+// PNG streams in memory: describe, decode into a bitmap, encode from rows. Knows nothing of files and pages.
+#pragma once
+
+#include <cstddef>
+
+#include "base/Contract.h"
+#include "base/PngDescription.h"
+
+namespace vxkrn {
+
+/// Reads what stands before the pixels. @return STATUS_OK, or a failure with its detail set.
+[[nodiscard]] int DescribePng(const unsigned char* bytes, std::size_t size, PngDescription* description);
+
+/// The depth to decode to when `asked` bits are wanted: asked (24 for 16) where no colour and no alpha would
+/// be lost, the stream's own depth otherwise.
+[[nodiscard]] constexpr int PngTargetDepth(int own, int asked) noexcept {
+  const int wanted = asked == 16 ? 24 : asked;
+  return IsDepth(wanted) && wanted >= own ? wanted : own;
+}
+
+/// Decodes into bitmap, a record made valid here and empty after a failure: top-down, with palette and
+/// resolution. `description` tells about the result: its depth, and whether its fourth byte is alpha.
+/// @return STATUS_OK, or a failure with its detail set.
+[[nodiscard]] int DecodePng(const unsigned char* bytes, std::size_t size, int askedDepth,
+                            _BITMAPHANDLE* bitmap, PngDescription* description);
+
+/// A picture to encode, row by row from the top.
+struct PngPicture {
+  int width;
+  int height;
+  int xDpi;
+  int yDpi;
+  int paletteDepth;           ///< 1, 4 or 8: rows are indices of that depth; 0: rows are RGBA bytes
+  bool hasAlpha;              ///< of RGBA rows: otherwise the fourth byte is dropped
+  const RGBQUAD* palette;     ///< colorCount entries
+  int colorCount;             ///< 1 to 2^paletteDepth
+  int transparentEntry = -1;  ///< the palette entry that is transparent; -1: none
+  /// Of RGBA rows without alpha: the colour that is transparent; null: none.
+  const RGBQUAD* transparentColor = nullptr;
+  const void* owner;
+  /// @return row `row`, valid until the next call. May throw.
+  const unsigned char* (*row)(const void* owner, int row, unsigned char* scratch);
+  unsigned char* scratch;  ///< handed to `row`
+};
+
+/// Encodes into memory that the caller frees with memory::Free. Throws what the picture's rows throw.
+/// @return STATUS_OK or STATUS_NO_MEMORY.
+[[nodiscard]] int EncodePng(const PngPicture& picture, unsigned char** png, std::size_t* size);
+
+}  // namespace vxkrn

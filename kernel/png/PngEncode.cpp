@@ -1,0 +1,110 @@
+// Encodes rows as PNG into memory: palette, RGB or RGBA, whichever the picture says. Decides nothing about
+// what the rows mean.
+#include <algorithm>
+#include <cstring>
+
+#include "base/Errors.h"
+#include "base/Memory.h"
+#include "bitmap/Bitmap.h"
+#include "png/Png.h"
+#include "png/PngSession.h"
+
+namespace vxkrn {
+namespace {
+
+struct Sink {
+  memory::Bytes bytes;
+  std::size_t used = 0;
+  std::size_t capacity = 0;
+
+  [[nodiscard]] bool MakeRoom(std::size_t count) {
+    if (count <= capacity - used) return true;
+    if (count > SIZE_MAX / 2 - used) return false;
+    const std::size_t larger = std::max({std::size_t{4096}, capacity * 2, used + count});
+    memory::Bytes moved = memory::MakeBytes(larger, {"kernel/PngEncode", __LINE__});
+    if (moved == nullptr) return false;
+    if (used > 0) std::memcpy(moved.get(), bytes.get(), used);
+    bytes = std::move(moved);
+    capacity = larger;
+    return true;
+  }
+};
+
+void WriteToSink(png_structp png, png_bytep source, std::size_t count) {
+  auto* sink = static_cast<Sink*>(png_get_io_ptr(png));
+  if (!sink->MakeRoom(count)) png_error(png, "no memory for the stream");
+  std::memcpy(sink->bytes.get() + sink->used, source, count);
+  sink->used += count;
+}
+
+void FlushSink(png_structp /*png*/) {}
+
+png_uint_32 PerMetre(int dpi) {
+  return static_cast<png_uint_32>((std::int64_t{dpi} * 10000 + 127) / 254);
+}
+
+/// Fully transparent from one entry or colour on; there is no half.
+void WriteTransparency(PngSession& session, const PngPicture& picture) {
+  if (picture.transparentEntry >= 0) {
+    png_byte alpha[256];
+    std::fill_n(alpha, picture.transparentEntry, png_byte{255});
+    alpha[picture.transparentEntry] = 0;
+    png_set_tRNS(session.Png(), session.Info(), alpha, picture.transparentEntry + 1, nullptr);
+  } else if (picture.transparentColor != nullptr) {
+    const RGBQUAD& key = *picture.transparentColor;
+    const png_color_16 color = {0, key.Red, key.Green, key.Blue, 0};
+    png_set_tRNS(session.Png(), session.Info(), nullptr, 0, &color);
+  }
+}
+
+void WriteHeader(PngSession& session, const PngPicture& picture) {
+  png_structp png = session.Png();
+  png_infop info = session.Info();
+  int type = PNG_COLOR_TYPE_PALETTE;
+  if (picture.paletteDepth == 0) type = picture.hasAlpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB;
+  png_set_IHDR(png, info, static_cast<png_uint_32>(picture.width), static_cast<png_uint_32>(picture.height),
+               picture.paletteDepth == 0 ? 8 : picture.paletteDepth, type, PNG_INTERLACE_NONE,
+               PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  if (picture.paletteDepth != 0) {
+    png_color colors[256];
+    std::transform(picture.palette, picture.palette + picture.colorCount, colors, [](const RGBQUAD& c) {
+      return png_color{c.Red, c.Green, c.Blue};
+    });
+    png_set_PLTE(png, info, colors, picture.colorCount);
+  }
+  WriteTransparency(session, picture);
+  if (picture.xDpi > 0 && picture.yDpi > 0) {
+    png_set_pHYs(png, info, PerMetre(picture.xDpi), PerMetre(picture.yDpi), PNG_RESOLUTION_METER);
+  }
+  png_write_info(png, info);
+}
+
+/// Writes the whole stream. A step: libpng may jump out of it.
+void WritePicture(PngSession& session, void* argument) {
+  const auto& picture = *static_cast<const PngPicture*>(argument);
+  png_structp png = session.Png();
+  WriteHeader(session, picture);
+  if (picture.paletteDepth == 0 && !picture.hasAlpha) png_set_filler(png, 0, PNG_FILLER_AFTER);
+  for (int row = 0; row < picture.height; ++row) {
+    png_write_row(png, picture.row(picture.owner, row, picture.scratch));
+  }
+  png_write_end(png, nullptr);
+}
+
+}  // namespace
+
+int EncodePng(const PngPicture& picture, unsigned char** png, std::size_t* size) {
+  Sink sink;
+  PngSession session(PngSession::Direction::kWrite);
+  if (session.Png() != nullptr) png_set_write_fn(session.Png(), &sink, WriteToSink, FlushSink);
+  PngPicture job = picture;
+  // Whatever stops a writer of valid pictures is want of memory.
+  if (session.Run(WritePicture, &job) != STATUS_OK) {
+    return FailForMemory("encoding the picture as PNG", memory::LastRefusal());
+  }
+  *size = sink.used;
+  *png = sink.bytes.release();
+  return STATUS_OK;
+}
+
+}  // namespace vxkrn
