@@ -11,16 +11,16 @@ constexpr unsigned int kBytesAPixel = 4;
 
 /// What a block of pixels adds up to. Colours are weighted by alpha.
 struct Sum {
-  std::uint64_t red, green, blue, alpha;
+  uint64_t red, green, blue, alpha;
 
   void Add(const unsigned char* pixel) noexcept {
-    red += std::uint64_t{pixel[0]} * pixel[3];
-    green += std::uint64_t{pixel[1]} * pixel[3];
-    blue += std::uint64_t{pixel[2]} * pixel[3];
+    red += uint64_t{pixel[0]} * pixel[3];
+    green += uint64_t{pixel[1]} * pixel[3];
+    blue += uint64_t{pixel[2]} * pixel[3];
     alpha += pixel[3];
   }
-  void PutMean(std::uint64_t count, unsigned char* pixel) const noexcept {
-    const std::uint64_t weight = std::max<std::uint64_t>(alpha, 1);
+  void PutMean(uint64_t count, unsigned char* pixel) const noexcept {
+    const uint64_t weight = std::max<uint64_t>(alpha, 1);
     pixel[0] = static_cast<unsigned char>((red + weight / 2) / weight);
     pixel[1] = static_cast<unsigned char>((green + weight / 2) / weight);
     pixel[2] = static_cast<unsigned char>((blue + weight / 2) / weight);
@@ -91,8 +91,7 @@ int TakeMeans(_BITMAPHANDLE* bitmap, int factor, Pixels* pixels) noexcept {
     }
     for (int left = 0; left < width; left += factor, mean += kBytesAPixel) {
       const int across = std::min(factor, width - left);
-      sums[left / factor].PutMean(static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(across),
-                                  mean);
+      sums[left / factor].PutMean(static_cast<uint64_t>(rows) * static_cast<uint64_t>(across), mean);
     }
   }
   return status;

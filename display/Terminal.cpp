@@ -75,10 +75,10 @@ ChafaCanvasMode ColorsOf(ChafaPixelMode pixels, const ChafaTermInfo* info, gchar
 
 /// The library ends the process where it gets no memory, so what it will take is asked for first: the canvas
 /// and the text, which doubles while it grows.
-bool FitsMemory(bool showsPixels, std::uint64_t cells, std::uint64_t cellPixels) {
-  constexpr std::uint64_t kBytesAPixel = 20;              // 4, and twice their digits to the base of 64
-  constexpr std::uint64_t kBytesACell = 64 * 8 + 2 * 64;  // 8 x 8 pixels, and twice the longest colours
-  const std::uint64_t bytes = cells * (showsPixels ? cellPixels * kBytesAPixel : kBytesACell);
+bool FitsMemory(bool showsPixels, uint64_t cells, uint64_t cellPixels) {
+  constexpr uint64_t kBytesAPixel = 20;              // 4, and twice their digits to the base of 64
+  constexpr uint64_t kBytesACell = 64 * 8 + 2 * 64;  // 8 x 8 pixels, and twice the longest colours
+  const uint64_t bytes = cells * (showsPixels ? cellPixels * kBytesAPixel : kBytesACell);
   Memory probe;
   return bytes <= UINT_MAX && probe.Allocate(static_cast<unsigned int>(bytes), 1);
 }
@@ -116,8 +116,8 @@ int Terminal::HeightOf(int rows, int cellHeight) const noexcept {
 
 int Terminal::Draw(const Pixels& pixels, Cells cells, int cellWidth, int cellHeight, char** text,
                    unsigned int* size) const {
-  const auto count = static_cast<std::uint64_t>(cells.columns) * static_cast<std::uint64_t>(cells.rows);
-  const auto cellPixels = static_cast<std::uint64_t>(cellWidth) * static_cast<std::uint64_t>(cellHeight);
+  const auto count = static_cast<uint64_t>(cells.columns) * static_cast<uint64_t>(cells.rows);
+  const auto cellPixels = static_cast<uint64_t>(cellWidth) * static_cast<uint64_t>(cellHeight);
   if (!FitsMemory(ShowsPixels(), count, cellPixels)) return STATUS_NO_MEMORY;
   const Config config(chafa_canvas_config_new());
   const Symbols symbols(chafa_symbol_map_new());

@@ -10,9 +10,9 @@ namespace {
 vx::Bitmap PictureFrom(fuzz::Input& input) {
   const int width = 1 + input.Byte();
   const int height = 1 + input.Choice(20);
-  std::vector<std::uint8_t> rgba(4 * static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
-  const std::uint8_t step = input.Byte();
-  for (std::size_t i = 0; i < rgba.size(); ++i) rgba[i] = static_cast<std::uint8_t>(i * step);
+  std::vector<uint8_t> rgba(4 * static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+  const uint8_t step = input.Byte();
+  for (std::size_t i = 0; i < rgba.size(); ++i) rgba[i] = static_cast<uint8_t>(i * step);
   return vx::Bitmap::FromRgba(width, height, rgba.data());
 }
 
@@ -46,7 +46,7 @@ void EditOnce(fuzz::Input& input, const char* name) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, std::size_t size) {
   return fuzz::Run(bytes, size, fuzz::kMemoryLimit, [](fuzz::Input& input) {
     MemoryFile file{{input.File().begin(), input.File().end()}, std::size_t{1} << 20};
     (void)vx_redirect_files(&MemoryFile::kFunctions, &file);

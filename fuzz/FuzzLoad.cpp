@@ -37,7 +37,7 @@ vx_raw RawFrom(fuzz::Input& input) {
   raw.orientation = input.Choice(2) == 0 ? VX_TOP_DOWN : VX_BOTTOM_UP;
   raw.offset = input.Byte();
   raw.has_masks = input.Choice(2);
-  for (std::uint32_t* mask : {&raw.red_mask, &raw.green_mask, &raw.blue_mask}) {
+  for (uint32_t* mask : {&raw.red_mask, &raw.green_mask, &raw.blue_mask}) {
     *mask = input.Byte() * 0x101U << input.Choice(16);
   }
   return raw;
@@ -54,7 +54,7 @@ vx::SaveOptions SaveOptionsFrom(fuzz::Input& input) {
 }
 
 /// Whether all pixels that can be seen are the same.
-bool LookAlike(const std::vector<std::uint8_t>& one, const std::vector<std::uint8_t>& other) {
+bool LookAlike(const std::vector<uint8_t>& one, const std::vector<uint8_t>& other) {
   if (one.size() != other.size()) return false;
   for (std::size_t i = 0; i < one.size(); i += 4) {
     const bool isHidden = one[i + 3] == 0 && other[i + 3] == 0;
@@ -91,6 +91,6 @@ void LoadAndSave(fuzz::Input& input) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, std::size_t size) {
   return fuzz::Run(bytes, size, fuzz::kMemoryLimit, LoadAndSave);
 }

@@ -11,19 +11,19 @@ namespace {
 
 /// Makes headers of a few bytes say what makes resizers stumble: a side that is huge, and another that is
 /// not.
-void Stretch(fuzz::Input& input, std::vector<std::uint8_t>& file) {
+void Stretch(fuzz::Input& input, std::vector<uint8_t>& file) {
   constexpr std::size_t kWidth = 18;
   constexpr std::size_t kHeight = 22;
   if (file.size() < kHeight + 4 || input.Choice(2) == 0) return;
   const std::size_t side = input.Choice(2) == 0 ? kWidth : kHeight;
-  const std::uint32_t length = 1U << input.Choice(29) | input.Byte();
-  for (std::size_t i = 0; i < 4; ++i) file[side + i] = static_cast<std::uint8_t>(length >> 8 * i);
+  const uint32_t length = 1U << input.Choice(29) | input.Byte();
+  for (std::size_t i = 0; i < 4; ++i) file[side + i] = static_cast<uint8_t>(length >> 8 * i);
   const std::size_t other = kWidth + kHeight - side;
   file[other + 1] = file[other + 2] = file[other + 3] = 0;
 }
 
 void Scale(fuzz::Input& input) {
-  std::vector<std::uint8_t> file(input.File().begin(), input.File().end());
+  std::vector<uint8_t> file(input.File().begin(), input.File().end());
   vx::LoadOptions options;
   options.page = 1 + input.Choice(4);
   options.allow_truncated = input.Choice(2);
@@ -41,7 +41,7 @@ void Scale(fuzz::Input& input) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  constexpr std::uint64_t kLittle = fuzz::kMemoryLimit / 8;  // sides are what matters, not areas
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, std::size_t size) {
+  constexpr uint64_t kLittle = fuzz::kMemoryLimit / 8;  // sides are what matters, not areas
   return fuzz::Run(bytes, size, kLittle, Scale);
 }

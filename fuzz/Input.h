@@ -15,13 +15,13 @@ constexpr std::size_t kChoices = 24;
 
 class Input {
  public:
-  Input(const std::uint8_t* bytes, std::size_t size) noexcept
+  Input(const uint8_t* bytes, std::size_t size) noexcept
       : choices_(bytes, std::min(size, kChoices)), file_(bytes + choices_.size(), bytes + size) {}
 
   /// The next byte; 0 behind the last.
-  std::uint8_t Byte() noexcept {
+  uint8_t Byte() noexcept {
     if (choices_.empty()) return 0;
-    const std::uint8_t byte = choices_.front();
+    const uint8_t byte = choices_.front();
     choices_ = choices_.subspan(1);
     return byte;
   }
@@ -29,15 +29,15 @@ class Input {
   int Choice(int count) noexcept { return Byte() % count; }
   /// A page from 1 to `most`, or 0, which no file has.
   int Page(int most) noexcept { return (1 + Choice(most + 1)) % (most + 1); }
-  [[nodiscard]] std::span<const std::uint8_t> File() const noexcept { return file_; }
+  [[nodiscard]] std::span<const uint8_t> File() const noexcept { return file_; }
 
  private:
-  std::span<const std::uint8_t> choices_;
-  std::span<const std::uint8_t> file_;
+  std::span<const uint8_t> choices_;
+  std::span<const uint8_t> file_;
 };
 
 /// Bytes of pictures that a run may have: what takes longer than reading tells nothing new.
-constexpr std::uint64_t kMemoryLimit = std::uint64_t{32} << 20;
+constexpr uint64_t kMemoryLimit = uint64_t{32} << 20;
 
 /// Whether the last run went all the way: nothing that it tried was refused. Set by the targets, for whoever
 /// looks for seeds.
@@ -50,7 +50,7 @@ inline void Require(bool holds) {
 
 /// Has a target take an input. Most bytes make no sense to it.
 template <class Target>
-int Run(const std::uint8_t* bytes, std::size_t size, std::uint64_t memoryLimit, Target target) {
+int Run(const uint8_t* bytes, std::size_t size, uint64_t memoryLimit, Target target) {
   vx_set_memory_limit(memoryLimit);
   wentAllTheWay = true;
   try {

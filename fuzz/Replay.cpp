@@ -12,11 +12,11 @@
 
 #include "Input.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size);
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, std::size_t size);
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using Bytes = std::vector<uint8_t>;
 
 constexpr int kRunsAFile = 40;
 constexpr int kSeedsAFile = 4;
@@ -25,7 +25,7 @@ constexpr int kSeedsAFile = 4;
 Bytes BehindChoices(int run, const Bytes& file, std::mt19937& random) {
   Bytes bytes(fuzz::kChoices + file.size());
   const auto choices = bytes.begin() + fuzz::kChoices;
-  if (run > 0) std::generate(bytes.begin(), choices, [&] { return static_cast<std::uint8_t>(random()); });
+  if (run > 0) std::generate(bytes.begin(), choices, [&] { return static_cast<uint8_t>(random()); });
   std::copy(file.begin(), file.end(), choices);
   return bytes;
 }

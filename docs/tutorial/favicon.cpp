@@ -11,12 +11,12 @@ namespace {
 
 /// A disc whose edge is a pixel wide and soft.
 vx::Bitmap Disc(int side) {
-  std::vector<std::uint8_t> rgba;
+  std::vector<uint8_t> rgba;
   const double middle = (side - 1) / 2.0;
   for (int y = 0; y < side; ++y) {
     for (int x = 0; x < side; ++x) {
       const double inside = middle + 0.5 - std::hypot(x - middle, y - middle);
-      const auto alpha = static_cast<std::uint8_t>(std::lround(255 * std::clamp(inside, 0.0, 1.0)));
+      const auto alpha = static_cast<uint8_t>(std::lround(255 * std::clamp(inside, 0.0, 1.0)));
       rgba.insert(rgba.end(), {0x20, 0x60, 0xC0, alpha});
     }
   }

@@ -12,7 +12,7 @@ int main(int argc, char** argv) try {
   if (argc != 2) return 2;
   std::ifstream file(argv[1], std::ios::binary);
   const std::vector<char> chars{std::istreambuf_iterator<char>(file), {}};
-  const std::vector<std::uint8_t> bytes(chars.begin(), chars.end());  // must outlive the sources
+  const std::vector<uint8_t> bytes(chars.begin(), chars.end());  // must outlive the sources
 
   const vx::Source icon = vx::Source::Memory(bytes, argv[1]);
   const vx_page_info page = icon.DescribePage(1);

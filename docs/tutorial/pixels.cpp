@@ -7,7 +7,7 @@
 
 namespace {
 
-char Shade(const std::uint8_t* rgba) {
+char Shade(const uint8_t* rgba) {
   constexpr char kShades[] = "#*+-.";  // from dark to bright
   constexpr int kCount = 5;
   if (rgba[3] < 128) return ' ';
@@ -17,7 +17,7 @@ char Shade(const std::uint8_t* rgba) {
 
 void Draw(const vx::Bitmap& bitmap) {
   const vx_bitmap_info info = bitmap.Describe();
-  std::vector<std::uint8_t> row(static_cast<std::size_t>(info.width) * 4);
+  std::vector<uint8_t> row(static_cast<std::size_t>(info.width) * 4);
   for (int y = 0; y < info.height; ++y) {  // from the top, whatever order the file has
     bitmap.ReadRgba(y, row.data());        // red, green, blue, alpha, whatever depth the file has
     for (std::size_t x = 0; x < row.size(); x += 4) std::putchar(Shade(&row[x]));

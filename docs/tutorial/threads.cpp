@@ -17,7 +17,7 @@ struct Job {
 
 void Run(Job& job) try {
   const vx::Bitmap bitmap = vx::Source::File(job.path).Load();
-  const std::vector<std::uint8_t> rgba = bitmap.Rgba();
+  const std::vector<uint8_t> rgba = bitmap.Rgba();
   job.result = "begins with red " + std::to_string(rgba[0]) + ", green " + std::to_string(rgba[1]) +
                ", blue " + std::to_string(rgba[2]);
 } catch (const vx::Error& error) {

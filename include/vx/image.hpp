@@ -3,7 +3,7 @@
 //     vx::Source source = vx::Source::File("app.ico");
 //     for (int page = 1; page <= source.Describe().page_count; ++page) {
 //       vx::Bitmap bitmap = source.Load(page);
-//       std::vector<std::uint8_t> pixels = bitmap.Rgba();
+//       std::vector<uint8_t> pixels = bitmap.Rgba();
 //     }
 //
 // Functions throw vx::Error where their C counterparts fail.
@@ -69,14 +69,14 @@ struct DrawOptions : vx_draw_options {
 /// Bytes that the library allocated.
 class Buffer {
  public:
-  Buffer(std::uint8_t* bytes, std::size_t size) noexcept : bytes_(bytes), size_(size) {}
-  [[nodiscard]] std::span<const std::uint8_t> Bytes() const noexcept { return {bytes_.get(), size_}; }
+  Buffer(uint8_t* bytes, std::size_t size) noexcept : bytes_(bytes), size_(size) {}
+  [[nodiscard]] std::span<const uint8_t> Bytes() const noexcept { return {bytes_.get(), size_}; }
 
  private:
   struct Free {
-    void operator()(std::uint8_t* bytes) const noexcept { vx_free(bytes); }
+    void operator()(uint8_t* bytes) const noexcept { vx_free(bytes); }
   };
-  std::unique_ptr<std::uint8_t[], Free> bytes_;
+  std::unique_ptr<uint8_t[], Free> bytes_;
   std::size_t size_;
 };
 
@@ -87,7 +87,7 @@ class Bitmap {
   explicit Bitmap(vx_bitmap* bitmap) noexcept : bitmap_(bitmap) {}
 
   /// Takes 4 x width bytes a row, the top one first: red, green, blue, alpha.
-  [[nodiscard]] static Bitmap FromRgba(int width, int height, const std::uint8_t* rgba) {
+  [[nodiscard]] static Bitmap FromRgba(int width, int height, const uint8_t* rgba) {
     vx_bitmap* bitmap = nullptr;
     Check(vx_bitmap_from_rgba(width, height, rgba, &bitmap));
     return Bitmap(bitmap);
@@ -106,30 +106,30 @@ class Bitmap {
     return info;
   }
   /// One row as stored; lives as long as the bitmap. @throws Error when row is out of range.
-  [[nodiscard]] std::span<const std::uint8_t> Row(int row) const {
-    const std::uint8_t* bytes = vx_bitmap_row(bitmap_.get(), row);
+  [[nodiscard]] std::span<const uint8_t> Row(int row) const {
+    const uint8_t* bytes = vx_bitmap_row(bitmap_.get(), row);
     if (bytes == nullptr) throw Error(VX_BAD_PARAMETER, "there is no row " + std::to_string(row));
     return {bytes, static_cast<std::size_t>(Describe().bytes_per_line)};
   }
   /// The palette, 4 bytes an entry (blue, green, red, 0); empty above 8 bits.
-  [[nodiscard]] std::span<const std::uint8_t> Palette() const {
+  [[nodiscard]] std::span<const uint8_t> Palette() const {
     return {vx_bitmap_palette(bitmap_.get()), static_cast<std::size_t>(Describe().palette_count) * 4};
   }
   /// One row as red, green, blue, alpha. @param rgba 4 x width bytes
-  void ReadRgba(int row, std::uint8_t* rgba) const { Check(vx_bitmap_read_rgba(bitmap_.get(), row, rgba)); }
+  void ReadRgba(int row, uint8_t* rgba) const { Check(vx_bitmap_read_rgba(bitmap_.get(), row, rgba)); }
   /// All rows from the top as red, green, blue, alpha: 4 bytes a pixel, which the memory limit knows nothing
   /// of.
-  [[nodiscard]] std::vector<std::uint8_t> Rgba() const {
+  [[nodiscard]] std::vector<uint8_t> Rgba() const {
     const vx_bitmap_info info = Describe();
     const std::size_t rowBytes = static_cast<std::size_t>(info.width) * 4;
-    std::vector<std::uint8_t> pixels(rowBytes * static_cast<std::size_t>(info.height));
+    std::vector<uint8_t> pixels(rowBytes * static_cast<std::size_t>(info.height));
     for (int row = 0; row < info.height; ++row) {
       ReadRgba(row, pixels.data() + rowBytes * static_cast<std::size_t>(row));
     }
     return pixels;
   }
   [[nodiscard]] Buffer EncodePng() const {
-    std::uint8_t* png = nullptr;
+    uint8_t* png = nullptr;
     std::size_t size = 0;
     Check(vx_bitmap_encode_png(bitmap_.get(), &png, &size));
     return {png, size};
@@ -145,7 +145,7 @@ class Bitmap {
     Check(vx_save_file(bitmap_.get(), path.c_str(), &options));
   }
   [[nodiscard]] Buffer Save(const vx_save_options& options) const {
-    std::uint8_t* bytes = nullptr;
+    uint8_t* bytes = nullptr;
     std::size_t size = 0;
     Check(vx_save_memory(bitmap_.get(), &options, &bytes, &size));
     return {bytes, size};
@@ -176,8 +176,7 @@ class Source {
     return Source(source);
   }
   /// The bytes are not copied and must outlive the source. @param name for messages
-  [[nodiscard]] static Source Memory(std::span<const std::uint8_t> bytes,
-                                     const std::string& name = "memory") {
+  [[nodiscard]] static Source Memory(std::span<const uint8_t> bytes, const std::string& name = "memory") {
     vx_source* source = nullptr;
     Check(vx_open_memory(bytes.data(), bytes.size(), name.c_str(), &source));
     return Source(source);
@@ -221,8 +220,8 @@ class Source {
     return info;
   }
   /// Bytes of an icon or cursor file that belong to no page.
-  [[nodiscard]] std::uint64_t UnreferencedBytes() const {
-    std::uint64_t bytes = 0;
+  [[nodiscard]] uint64_t UnreferencedBytes() const {
+    uint64_t bytes = 0;
     Check(vx_unreferenced_bytes(source_.get(), &bytes));
     return bytes;
   }

@@ -64,9 +64,8 @@ int FailForPage(const vx_source& source, int page, int pageCount) {
 void CorrectPngDepth(const FilterCall& context, IMAGEINFO* info) {
   if (!context.sawPng || IsDepth(info->BitsPerPixel)) return;
   info->BitsPerPixel = context.png.bitsPerPixel;
-  const auto rowBytes = static_cast<std::uint64_t>(PixelBytes(info->Width, info->BitsPerPixel));
-  info->DataSize =
-      static_cast<int>(static_cast<std::uint32_t>(rowBytes * static_cast<std::uint64_t>(info->Height)));
+  const auto rowBytes = static_cast<uint64_t>(PixelBytes(info->Width, info->BitsPerPixel));
+  info->DataSize = static_cast<int>(static_cast<uint32_t>(rowBytes * static_cast<uint64_t>(info->Height)));
 }
 
 int CheckPicture(const vx_source& source, int page, const IMAGEINFO& info) {
@@ -161,7 +160,7 @@ int vx_describe(vx_source* source, int page, vx_info* info) {
     info->y_dpi = found.YResolution;
     info->page = page;
     info->page_count = vxkrn::PageCount(found);
-    info->data_size = static_cast<std::uint32_t>(found.DataSize);
+    info->data_size = static_cast<uint32_t>(found.DataSize);
     std::memcpy(info->compression, found.Compression, sizeof info->compression);
     return VX_OK;
   });

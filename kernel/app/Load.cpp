@@ -39,7 +39,7 @@ void DescribeRawTo(const vx_raw& raw, _LOADDISPATCH* dispatch) {
   if (raw.palette_count > 0) {
     dispatch->RawFlags |= RAW_HAS_PALETTE;
     for (int i = 0; i < raw.palette_count; ++i) {
-      const std::uint8_t* entry = raw.palette + std::ptrdiff_t{4} * i;
+      const uint8_t* entry = raw.palette + std::ptrdiff_t{4} * i;
       dispatch->RawPalette[i] = {entry[0], entry[1], entry[2], 0};
     }
   }

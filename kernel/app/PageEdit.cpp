@@ -230,7 +230,7 @@ int vx_edit_set_hot_spot(vx_edit* edit, int page, int x, int y) {
     if (!isInRange(x) || !isInRange(y)) {
       return FailForArgument("the hot spot is ", x, ", ", y, "; both must be 0 to ", vxkrn::kMostHotSpot);
     }
-    return vxkrn::SetHotSpot(edit, page, {static_cast<std::uint16_t>(x), static_cast<std::uint16_t>(y)});
+    return vxkrn::SetHotSpot(edit, page, {static_cast<uint16_t>(x), static_cast<uint16_t>(y)});
   });
 }
 

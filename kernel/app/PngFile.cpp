@@ -53,9 +53,9 @@ int DescribePngFile(vx_source& source, IMAGEINFO* info) {
   const int status =
       DescribePngPage(bytes, info, sizeof *info, static_cast<unsigned int>(source.memory.size), 0, 0);
   if (status != STATUS_OK) return status;
-  const std::uint64_t size = static_cast<std::uint64_t>(PixelBytes(info->Width, info->BitsPerPixel)) *
-                             static_cast<unsigned int>(info->Height);
-  info->DataSize = static_cast<int>(static_cast<std::uint32_t>(size));
+  const uint64_t size = static_cast<uint64_t>(PixelBytes(info->Width, info->BitsPerPixel)) *
+                        static_cast<unsigned int>(info->Height);
+  info->DataSize = static_cast<int>(static_cast<uint32_t>(size));
   return STATUS_OK;
 }
 

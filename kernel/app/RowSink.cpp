@@ -23,7 +23,7 @@ bool IsBlank(const unsigned char* row, std::size_t count) {
 int RowSink::Allocate(int bitsPerPixel) {
   _BITMAPHANDLE* record = &picture_->record;
   const int width = plan_.info.Width;
-  const std::uint64_t bytes = PictureBytes(width, plan_.bandCount, bitsPerPixel);
+  const uint64_t bytes = PictureBytes(width, plan_.bandCount, bitsPerPixel);
   if (!memory::Fits(bytes)) return FailForMemory("the picture", bytes);
   int status = VX_InitBitmap(record, sizeof(_BITMAPHANDLE), width, plan_.bandCount, bitsPerPixel);
   if (status == STATUS_OK) status = VX_AllocateBitmap(record, BITMAP_ALLOCATE_PIXELS);

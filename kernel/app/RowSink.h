@@ -32,7 +32,7 @@ class RowSink {
   const FilterCall& context_;
   vx_bitmap* picture_;
   std::size_t rowBytes_ = 0;
-  std::uint32_t fourthBytes_ = 0;
+  uint32_t fourthBytes_ = 0;
 };
 
 }  // namespace vxkrn

@@ -13,9 +13,9 @@ namespace vxkrn {
 namespace {
 
 /// Whether a picture can begin like this. Zeros alone begin no icon: anything endless would be one.
-bool MayBePicture(std::span<const std::uint8_t> bytes) {
+bool MayBePicture(std::span<const uint8_t> bytes) {
   struct Start {
-    std::array<std::uint8_t, 6> bytes;
+    std::array<uint8_t, 6> bytes;
     std::size_t count;
   };
   constexpr Start kStarts[] = {{{'B', 'M'}, 2},
@@ -55,9 +55,9 @@ class Reader {
  private:
   static constexpr std::size_t kFirst = std::size_t{64} * 1024;
 
-  int ReadTo(std::uint8_t* to, std::size_t room, std::size_t* got) const noexcept {
-    const auto count = static_cast<std::uint32_t>(std::min<std::size_t>(room, 1 << 30));
-    const std::int64_t answer = read_(user_, to, count);
+  int ReadTo(uint8_t* to, std::size_t room, std::size_t* got) const noexcept {
+    const auto count = static_cast<uint32_t>(std::min<std::size_t>(room, 1 << 30));
+    const int64_t answer = read_(user_, to, count);
     if (answer < 0 || answer > count)
       return Fail({STATUS_READ_ERROR, VX_REASON_SYSTEM_ERROR}, "it cannot be read");
     *got = static_cast<std::size_t>(answer);
@@ -68,23 +68,23 @@ class Reader {
                                       : memory::Resize(bytes_.get(), capacity);
     if (resized == nullptr) return false;
     (void)bytes_.release();  // resizing has it
-    bytes_.reset(static_cast<std::uint8_t*>(resized));
+    bytes_.reset(static_cast<uint8_t*>(resized));
     capacity_ = capacity;
     return true;
   }
   /// Makes room, as much as there is: none at the memory limit.
   int Grow() noexcept {
-    const std::uint64_t limit = memory::Limit();
-    const std::uint64_t left = limit - std::min(memory::InUse(), limit);
-    const std::uint64_t most = std::min<std::uint64_t>(kLastPosition, SIZE_MAX / 2);
-    const std::uint64_t wanted =
-        std::min({std::max<std::uint64_t>(kFirst, capacity_ * std::uint64_t{2}), capacity_ + left, most});
+    const uint64_t limit = memory::Limit();
+    const uint64_t left = limit - std::min(memory::InUse(), limit);
+    const uint64_t most = std::min<uint64_t>(kLastPosition, SIZE_MAX / 2);
+    const uint64_t wanted =
+        std::min({std::max<uint64_t>(kFirst, capacity_ * uint64_t{2}), capacity_ + left, most});
     if (wanted == capacity_ || Resize(static_cast<std::size_t>(wanted))) return STATUS_OK;
     return FailForMemory("reading it", memory::LastRefusal());
   }
   /// What fills the last byte of memory may be whole.
   int RequireEnd() const noexcept {
-    std::uint8_t next = 0;
+    uint8_t next = 0;
     std::size_t got = 0;
     const int status = ReadTo(&next, 1, &got);
     if (status != STATUS_OK || got == 0) return status;
@@ -106,7 +106,7 @@ class Reader {
 
 int OpenStream(vx_read_function read, void* user, unsigned int flags, vx_source* source) {
   Reader reader(read, user, &source->held);
-  const int status = reader.Run([flags](std::span<const std::uint8_t> bytes) {
+  const int status = reader.Run([flags](std::span<const uint8_t> bytes) {
     return (flags & VX_STREAM_HEADERLESS) != 0 || MayBePicture(bytes);
   });
   if (status != STATUS_OK) return Explain(status, *source, 0, {});

@@ -17,9 +17,9 @@ struct Backend {
 
 /// What the last read asked for and got; tells people where a file went wrong.
 struct ReadTrace {
-  std::uint64_t offset = 0;
-  std::uint32_t asked = 0;
-  std::uint32_t got = 0;
+  uint64_t offset = 0;
+  uint32_t asked = 0;
+  uint32_t got = 0;
 };
 
 /// How storing ended for the files that were closed since somebody asked last.

@@ -59,10 +59,10 @@ void BeginCall() noexcept {
   call.refusal = {};
 }
 
-int FailForMemory(std::string_view what, std::uint64_t needed) noexcept {
+int FailForMemory(std::string_view what, uint64_t needed) noexcept {
   const memory::Refusal& refusal = ThisCall().refusal;
-  const std::uint64_t used = refusal.bytes != 0 && refusal.bytes == needed ? refusal.inUse : memory::InUse();
-  const std::uint64_t limit = memory::Limit();
+  const uint64_t used = refusal.bytes != 0 && refusal.bytes == needed ? refusal.inUse : memory::InUse();
+  const uint64_t limit = memory::Limit();
   if (used <= limit && needed <= limit - used) {
     return Fail({STATUS_NO_MEMORY, VX_REASON_OUT_OF_MEMORY, needed}, what, " needs ", needed,
                 " bytes, which the system does not have left");
@@ -73,7 +73,7 @@ int FailForMemory(std::string_view what, std::uint64_t needed) noexcept {
 }
 
 int FailForException() noexcept {
-  const std::uint64_t refused = memory::LastRefusal();
+  const uint64_t refused = memory::LastRefusal();
   return refused != 0 ? FailForMemory("a buffer", refused)
                       : Fail({STATUS_NO_MEMORY, VX_REASON_OUT_OF_MEMORY}, "there is no memory left");
 }

@@ -40,13 +40,13 @@ class Text {
 struct Cause {
   template <std::integral First = int, std::integral Second = int>
   Cause(int status, vx_reason reason, First first = 0, Second second = 0) noexcept
-      : info{status, reason, 0, 0, -1, static_cast<std::int64_t>(first), static_cast<std::int64_t>(second)} {}
+      : info{status, reason, 0, 0, -1, static_cast<int64_t>(first), static_cast<int64_t>(second)} {}
 
   /// The byte of the file where it shows.
   template <std::integral Offset>
   [[nodiscard]] Cause At(Offset offset) const noexcept {
     Cause cause = *this;
-    cause.info.offset = static_cast<std::int64_t>(offset);
+    cause.info.offset = static_cast<int64_t>(offset);
     return cause;
   }
   /// The page of the file where it shows, from 1.
@@ -86,7 +86,7 @@ int FailForArgument(const Parts&... parts) noexcept {
 }
 
 /// STATUS_NO_MEMORY with what was needed, and whether the limit or the system had no more.
-int FailForMemory(std::string_view what, std::uint64_t needed) noexcept;
+int FailForMemory(std::string_view what, uint64_t needed) noexcept;
 
 /// STATUS_NO_MEMORY for want of memory that was noticed far from what it was for.
 int FailForException() noexcept;

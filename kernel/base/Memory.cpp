@@ -34,8 +34,8 @@ struct alignas(64) Shard {
 };
 
 std::array<Shard, 16> shards;
-std::atomic<std::uint64_t> inUse{0};
-std::atomic<std::uint64_t> limit{kDefaultLimit};
+std::atomic<uint64_t> inUse{0};
+std::atomic<uint64_t> limit{kDefaultLimit};
 
 Shard& ShardOf(const Header* header) noexcept {
   const auto address = reinterpret_cast<std::uintptr_t>(header);
@@ -62,8 +62,8 @@ void Unlink(Header* header) noexcept {
   if (header->next != nullptr) header->next->previous = header->previous;
 }
 
-bool Reserve(std::uint64_t bytes, std::uint64_t ceiling) noexcept {
-  std::uint64_t used = inUse.load(std::memory_order_relaxed);
+bool Reserve(uint64_t bytes, uint64_t ceiling) noexcept {
+  uint64_t used = inUse.load(std::memory_order_relaxed);
   do {
     if (used > ceiling || bytes > ceiling - used) return false;
   } while (!inUse.compare_exchange_weak(used, used + bytes, std::memory_order_relaxed));
@@ -96,7 +96,7 @@ void* Zeroed(std::size_t size) noexcept {
   return block;
 }
 
-void* Obtain(std::size_t size, Tag tag, Source source, std::uint64_t ceiling) noexcept {
+void* Obtain(std::size_t size, Tag tag, Source source, uint64_t ceiling) noexcept {
   if (size > kLargestBlock || !Reserve(size, ceiling)) return Refuse(size);
   auto* header = static_cast<Header*>(source(sizeof(Header) + size));
   if (header == nullptr) {
@@ -116,7 +116,7 @@ Tag TagOf(const char* file, int line) noexcept {
 
 /// The product of the services' two counts; SIZE_MAX, which no block can have, when it overflows.
 std::size_t Product(unsigned int count, unsigned int size) noexcept {
-  const std::uint64_t product = std::uint64_t{count} * size;
+  const uint64_t product = uint64_t{count} * size;
   return product > SIZE_MAX ? SIZE_MAX : static_cast<std::size_t>(product);
 }
 
@@ -160,25 +160,25 @@ void Free(void* block) noexcept {
   std::free(header);
 }
 
-std::uint64_t Limit() noexcept {
+uint64_t Limit() noexcept {
   return limit.load(std::memory_order_relaxed);
 }
 
-void SetLimit(std::uint64_t bytes) noexcept {
+void SetLimit(uint64_t bytes) noexcept {
   limit.store(bytes, std::memory_order_relaxed);
 }
 
-std::uint64_t InUse() noexcept {
+uint64_t InUse() noexcept {
   return inUse.load(std::memory_order_relaxed);
 }
 
-bool Fits(std::uint64_t bytes) noexcept {
-  const std::uint64_t used = InUse();
-  const std::uint64_t ceiling = Limit();
+bool Fits(uint64_t bytes) noexcept {
+  const uint64_t used = InUse();
+  const uint64_t ceiling = Limit();
   return used <= ceiling && bytes <= ceiling - used;
 }
 
-std::uint64_t LastRefusal() noexcept {
+uint64_t LastRefusal() noexcept {
   return ThisCall().refusal.bytes;
 }
 

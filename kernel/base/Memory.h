@@ -31,27 +31,27 @@ struct Tag {
 /// Frees what the others gave; null does nothing.
 void Free(void* block) noexcept;
 
-constexpr std::uint64_t kDefaultLimit = std::uint64_t{1} << 30;
-[[nodiscard]] std::uint64_t Limit() noexcept;
-void SetLimit(std::uint64_t bytes) noexcept;
-[[nodiscard]] std::uint64_t InUse() noexcept;
+constexpr uint64_t kDefaultLimit = uint64_t{1} << 30;
+[[nodiscard]] uint64_t Limit() noexcept;
+void SetLimit(uint64_t bytes) noexcept;
+[[nodiscard]] uint64_t InUse() noexcept;
 /// Whether `bytes` more would stay below the limit now.
-[[nodiscard]] bool Fits(std::uint64_t bytes) noexcept;
+[[nodiscard]] bool Fits(uint64_t bytes) noexcept;
 
 /// An allocation that failed, and what was in use when it did: much of that may be given back by the time
 /// that it is told.
 struct Refusal {
-  std::uint64_t bytes;
-  std::uint64_t inUse;
+  uint64_t bytes;
+  uint64_t inUse;
 };
 /// Bytes of this thread's last allocation that failed; 0 when none did since its call began.
-[[nodiscard]] std::uint64_t LastRefusal() noexcept;
+[[nodiscard]] uint64_t LastRefusal() noexcept;
 
 /// The blocks alive that one place asked for.
 struct Live {
   Tag tag;
   std::size_t blocks;
-  std::uint64_t bytes;
+  uint64_t bytes;
 };
 /// Everything alive, one element a place; empty when nothing leaked.
 [[nodiscard]] std::vector<Live> LiveByTag();
@@ -68,13 +68,13 @@ template <class T>
 using Owned = std::unique_ptr<T, Release>;
 
 struct FreeBytes {
-  void operator()(std::uint8_t* bytes) const noexcept { Free(bytes); }
+  void operator()(uint8_t* bytes) const noexcept { Free(bytes); }
 };
-using Bytes = std::unique_ptr<std::uint8_t[], FreeBytes>;
+using Bytes = std::unique_ptr<uint8_t[], FreeBytes>;
 
 /// @return `size` bytes held against the limit, or null.
 [[nodiscard]] inline Bytes MakeBytes(std::size_t size, Tag tag) noexcept {
-  return Bytes(static_cast<std::uint8_t*>(Allocate(size, tag)));
+  return Bytes(static_cast<uint8_t*>(Allocate(size, tag)));
 }
 
 /// Memory of a container's that is held against the limit. Throws std::bad_alloc.
@@ -101,7 +101,7 @@ using Vector = std::vector<T, Counted<T>>;
 /// @return a new T, or null when there is no memory. Throws what T's constructor throws.
 template <class T, class... Arguments>
 [[nodiscard]] Owned<T> Make(Tag tag, Arguments&&... arguments) {
-  Bytes block(static_cast<std::uint8_t*>(AllocateRecord(sizeof(T), tag)));
+  Bytes block(static_cast<uint8_t*>(AllocateRecord(sizeof(T), tag)));
   if (block == nullptr) return nullptr;
   Owned<T> object(::new (block.get()) T{std::forward<Arguments>(arguments)...});
   (void)block.release();

@@ -11,12 +11,12 @@ namespace vxkrn {
 
 /// A directory, read whole.
 struct IconDirectory {
-  std::uint64_t fileSize = 0;
+  uint64_t fileSize = 0;
   bool isCursor = false;
   std::vector<ICONDIRENTRY> entries;
 
   /// How long it is in the file.
-  [[nodiscard]] std::uint64_t Bytes() const noexcept;
+  [[nodiscard]] uint64_t Bytes() const noexcept;
 };
 
 /// The hot spot in a cursor's entry. It stands where an icon has planes and depth.
@@ -28,8 +28,8 @@ struct IconDirectory {
 
 /// A run of a file's bytes.
 struct Extent {
-  std::uint64_t begin;
-  std::uint64_t end;
+  uint64_t begin;
+  uint64_t end;
 };
 
 /// A file that is read in places.
@@ -50,21 +50,21 @@ class IconReader {
   [[nodiscard]] bool IsWithinReach(const ICONDIRENTRY& entry) const noexcept;
   /// The page's body as far as the file has it: what the directory says or, because readers go by that, what
   /// the body's own header says if it is more.
-  [[nodiscard]] Extent BodyOf(const ICONDIRENTRY& entry, std::uint64_t directoryBytes,
-                              std::uint64_t fileSize) const noexcept;
+  [[nodiscard]] Extent BodyOf(const ICONDIRENTRY& entry, uint64_t directoryBytes,
+                              uint64_t fileSize) const noexcept;
   /// All bodies in the order of the file; those that touch are one. What begins in the directory and is no
   /// picture is none. Throws std::bad_alloc.
   [[nodiscard]] std::vector<Extent> Bodies(const IconDirectory& directory) const;
 
  private:
-  [[nodiscard]] bool ReadAt(std::uint64_t position, void* bytes, std::uint32_t count) const noexcept;
+  [[nodiscard]] bool ReadAt(uint64_t position, void* bytes, uint32_t count) const noexcept;
 
   Backend backend_;
   void* file_;
 };
 
 /// Bytes of the file that are neither directory nor body.
-[[nodiscard]] std::uint64_t UnreferencedBytes(const IconReader& reader, const IconDirectory& directory);
+[[nodiscard]] uint64_t UnreferencedBytes(const IconReader& reader, const IconDirectory& directory);
 
 /// Leaves the directory and the bodies, in their order and unchanged. Entries without a body keep their
 /// distance from the file's beginning or end. Throws std::bad_alloc.

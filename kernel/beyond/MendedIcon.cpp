@@ -47,16 +47,16 @@ Backend MendedIcon::View() noexcept {
   return view;
 }
 
-std::int64_t MendedIcon::ReadAt(void* user, void* /*file*/, void* buffer, std::uint32_t count,
-                                std::uint64_t position) noexcept {
+int64_t MendedIcon::ReadAt(void* user, void* /*file*/, void* buffer, uint32_t count,
+                           uint64_t position) noexcept {
   const auto& self = *static_cast<MendedIcon*>(user);
   const Backend view = self.source_.View();
-  const std::int64_t got = view.functions.read_at(view.user, nullptr, buffer, count, position);
+  const int64_t got = view.functions.read_at(view.user, nullptr, buffer, count, position);
   if (got <= 0) return got;
-  const std::uint64_t entriesBegin = bmp::kDirectorySize;
-  const std::uint64_t entriesEnd = entriesBegin + self.entries_.size();
-  const std::uint64_t begin = std::max(position, entriesBegin);
-  const std::uint64_t end = std::min(position + static_cast<std::uint64_t>(got), entriesEnd);
+  const uint64_t entriesBegin = bmp::kDirectorySize;
+  const uint64_t entriesEnd = entriesBegin + self.entries_.size();
+  const uint64_t begin = std::max(position, entriesBegin);
+  const uint64_t end = std::min(position + static_cast<uint64_t>(got), entriesEnd);
   if (begin >= end) return got;
   std::memcpy(static_cast<unsigned char*>(buffer) + (begin - position),
               self.entries_.data() + (begin - entriesBegin), static_cast<std::size_t>(end - begin));

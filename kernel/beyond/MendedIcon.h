@@ -21,11 +21,10 @@ class MendedIcon {
   [[nodiscard]] Backend View() noexcept;
 
  private:
-  static std::int64_t ReadAt(void* user, void* file, void* buffer, std::uint32_t count,
-                             std::uint64_t position) noexcept;
+  static int64_t ReadAt(void* user, void* file, void* buffer, uint32_t count, uint64_t position) noexcept;
 
   vx_source& source_;
-  std::vector<std::uint8_t> entries_;  ///< their bytes as they would stand in the file
+  std::vector<uint8_t> entries_;  ///< their bytes as they would stand in the file
 };
 
 }  // namespace vxkrn

@@ -14,8 +14,8 @@ namespace {
 constexpr uint32_t kHeadSize = bmp::kMasksOffset + bmp::kMasksSize;
 using Head = bmp::Block<kHeadSize>;
 
-bool IsOneRun(std::uint32_t mask) noexcept {
-  return mask != 0 && std::has_single_bit((std::uint64_t{mask} >> std::countr_zero(mask)) + 1);
+bool IsOneRun(uint32_t mask) noexcept {
+  return mask != 0 && std::has_single_bit((uint64_t{mask} >> std::countr_zero(mask)) + 1);
 }
 
 /// One run of bits each, none of which two have.
@@ -25,14 +25,14 @@ bool AreClear(const bmp::ColorMasks& masks) noexcept {
          (green & blue) == 0;
 }
 
-WideFields::Channel ChannelOf(std::uint32_t mask) noexcept {
+WideFields::Channel ChannelOf(uint32_t mask) noexcept {
   return {static_cast<unsigned int>(std::countr_zero(mask)), static_cast<unsigned int>(std::popcount(mask))};
 }
 
 /// A channel of any width as 8 bits, rounded.
-unsigned char Extract(std::uint32_t pixel, WideFields::Channel channel) noexcept {
-  const std::uint64_t last = (std::uint64_t{1} << channel.bits) - 1;
-  const std::uint64_t value = pixel >> channel.shift & last;
+unsigned char Extract(uint32_t pixel, WideFields::Channel channel) noexcept {
+  const uint64_t last = (uint64_t{1} << channel.bits) - 1;
+  const uint64_t value = pixel >> channel.shift & last;
   return static_cast<unsigned char>((value * 255 + last / 2) / last);
 }
 
@@ -48,7 +48,7 @@ bool HasMasks(const Head& head) noexcept {
 template <class Extractor>
 void SortRow(const WideFields& fields, unsigned char* bytes, int width, Extractor extract) noexcept {
   for (int x = 0; x < width; ++x, bytes += 4) {
-    std::uint32_t pixel;
+    uint32_t pixel;
     std::memcpy(&pixel, bytes, sizeof pixel);
     bytes[0] = extract(pixel, fields.blue);
     bytes[1] = extract(pixel, fields.green);
@@ -72,7 +72,7 @@ std::optional<WideFields> FindWideFields(const vx_source& source, const IMAGEINF
 
 void SortChannels(const WideFields& fields, _BITMAPHANDLE* bitmap) noexcept {
   const bool areBytes = fields.blue.bits == 8 && fields.green.bits == 8 && fields.red.bits == 8;
-  const auto extractByte = [](std::uint32_t pixel, WideFields::Channel channel) {
+  const auto extractByte = [](uint32_t pixel, WideFields::Channel channel) {
     return static_cast<unsigned char>(pixel >> channel.shift);
   };
   for (int row = 0; row < bitmap->Height; ++row) {

@@ -16,7 +16,7 @@ struct WideFields {
     unsigned int bits = 0;
   };
 
-  std::uint32_t pixelOffset = 0;  ///< of the first pixel byte, from the start of the file
+  uint32_t pixelOffset = 0;  ///< of the first pixel byte, from the start of the file
   Channel blue, green, red;
 };
 

@@ -40,8 +40,7 @@ int VX_AllocateBitmap(_BITMAPHANDLE* bitmap, int option) {
       bitmap->Height < 1 || bitmap->BytesPerLine < 1) {
     return STATUS_BAD_PARAMETER;
   }
-  const auto bytes =
-      static_cast<std::uint64_t>(bitmap->BytesPerLine) * static_cast<std::uint64_t>(bitmap->Height);
+  const auto bytes = static_cast<uint64_t>(bitmap->BytesPerLine) * static_cast<uint64_t>(bitmap->Height);
   if (bytes > SIZE_MAX) return STATUS_NO_MEMORY;
   void* pixels = vxkrn::memory::AllocateZeroed(static_cast<std::size_t>(bytes), {"kernel/Bitmap", __LINE__});
   if (pixels == nullptr) return STATUS_NO_MEMORY;

@@ -6,8 +6,8 @@
 namespace vxkrn {
 
 struct HotSpot {
-  std::uint16_t x = 0;
-  std::uint16_t y = 0;
+  uint16_t x = 0;
+  uint16_t y = 0;
 };
 
 }  // namespace vxkrn

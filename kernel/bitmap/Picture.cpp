@@ -24,7 +24,7 @@ void vx_bitmap::PutColors(int row, int first, std::span<const vxkrn::Rgba> pixel
 }
 
 int vxkrn::MakePicture(int width, int height, memory::Owned<vx_bitmap>* picture) {
-  const std::uint64_t bytes = PictureBytes(width, height, 32);
+  const uint64_t bytes = PictureBytes(width, height, 32);
   if (!memory::Fits(bytes)) return FailForMemory("the picture", bytes);
   auto made = memory::Make<vx_bitmap>({"kernel/Picture", __LINE__});
   if (made == nullptr) return FailForMemory("a bitmap record", sizeof(vx_bitmap));
@@ -43,7 +43,7 @@ bool HasRow(const vx_bitmap* bitmap, int row) {
   return bitmap != nullptr && row >= 0 && row < bitmap->record.Height;
 }
 
-void ReadColors(const vx_bitmap& bitmap, int row, std::uint8_t* rgba) {
+void ReadColors(const vx_bitmap& bitmap, int row, uint8_t* rgba) {
   vxkrn::ReadRgba(bitmap.record, bitmap.colors, bitmap.Stored(row), rgba);
 }
 

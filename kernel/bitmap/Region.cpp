@@ -21,7 +21,7 @@ unsigned char LastByteBits(int width) {
 
 /// A region plane for bitmap, its bytes not set yet; null without memory.
 unsigned char* NewPlane(const _BITMAPHANDLE& bitmap, int bytesPerLine) {
-  const auto bytes = static_cast<std::uint64_t>(bytesPerLine) * static_cast<std::uint64_t>(bitmap.Height);
+  const auto bytes = static_cast<uint64_t>(bytesPerLine) * static_cast<uint64_t>(bitmap.Height);
   if (bytes > SIZE_MAX) return nullptr;
   return static_cast<unsigned char*>(
       vxkrn::memory::Allocate(static_cast<std::size_t>(bytes), {"kernel/Region", __LINE__}));

@@ -10,12 +10,12 @@ namespace {
 
 using Bytes = const unsigned char*;
 
-void Put(std::uint8_t* rgba, Rgba color) noexcept {
+void Put(uint8_t* rgba, Rgba color) noexcept {
   std::memcpy(rgba, &color, sizeof color);
 }
 
 template <int Depth>
-void ExpandIndices(Bytes row, int width, const Rgba* colors, std::uint8_t* rgba) noexcept {
+void ExpandIndices(Bytes row, int width, const Rgba* colors, uint8_t* rgba) noexcept {
   constexpr int kPerByte = 8 / Depth;
   constexpr unsigned int kLast = (1U << Depth) - 1;
   const int whole = width / kPerByte;
@@ -34,41 +34,41 @@ static_assert(std::endian::native == std::endian::little, "pixels are read and w
 
 /// A channel of `Bits` bits as 8, rounded. Without a division, so that loops over it can be vectorised.
 template <unsigned int Bits>
-constexpr std::uint32_t Scale(std::uint32_t channel) noexcept {
+constexpr uint32_t Scale(uint32_t channel) noexcept {
   return Bits == 5 ? (channel * 527 + 23) >> 6 : (channel * 259 + 33) >> 6;
 }
 
 template <unsigned int Bits>
 constexpr bool ScaleRounds() {
-  constexpr std::uint32_t kLast = (1U << Bits) - 1;
-  for (std::uint32_t i = 0; i <= kLast; ++i) {
+  constexpr uint32_t kLast = (1U << Bits) - 1;
+  for (uint32_t i = 0; i <= kLast; ++i) {
     if (Scale<Bits>(i) != (i * 255 * 2 + kLast) / (kLast * 2)) return false;
   }
   return true;
 }
 static_assert(ScaleRounds<5>() && ScaleRounds<6>());
 
-constexpr std::uint32_t kOpaque = 0xFF000000;
+constexpr uint32_t kOpaque = 0xFF000000;
 
 /// The colour of a pixel as the word that Rgba is in memory.
 template <unsigned int GreenBits>
-constexpr std::uint32_t Color16(std::uint32_t pixel) noexcept {
-  constexpr std::uint32_t kGreenLast = (1U << GreenBits) - 1;
-  const std::uint32_t red = Scale<5>((pixel >> (5 + GreenBits)) & 31);
-  const std::uint32_t green = Scale<GreenBits>((pixel >> 5) & kGreenLast);
+constexpr uint32_t Color16(uint32_t pixel) noexcept {
+  constexpr uint32_t kGreenLast = (1U << GreenBits) - 1;
+  const uint32_t red = Scale<5>((pixel >> (5 + GreenBits)) & 31);
+  const uint32_t green = Scale<GreenBits>((pixel >> 5) & kGreenLast);
   return red | green << 8 | Scale<5>(pixel & 31) << 16 | kOpaque;
 }
 
 template <unsigned int GreenBits>
-void Expand16(Bytes row, int width, std::uint8_t* rgba) noexcept {
+void Expand16(Bytes row, int width, uint8_t* rgba) noexcept {
   for (int x = 0; x < width; ++x, row += 2, rgba += 4) {
-    const std::uint32_t pixel = row[0] | static_cast<std::uint32_t>(row[1]) << 8;
-    const std::uint32_t color = Color16<GreenBits>(pixel);
+    const uint32_t pixel = row[0] | static_cast<uint32_t>(row[1]) << 8;
+    const uint32_t color = Color16<GreenBits>(pixel);
     std::memcpy(rgba, &color, sizeof color);
   }
 }
 
-void Expand24(Bytes row, int width, std::uint8_t* rgba) noexcept {
+void Expand24(Bytes row, int width, uint8_t* rgba) noexcept {
   for (int x = 0; x < width; ++x, row += 3, rgba += 4) {
     rgba[0] = row[2];
     rgba[1] = row[1];
@@ -78,24 +78,24 @@ void Expand24(Bytes row, int width, std::uint8_t* rgba) noexcept {
 }
 
 /// `fill` is set in every pixel: kOpaque, or 0 to keep the fourth byte.
-void Expand32(Bytes row, int width, std::uint32_t fill, std::uint8_t* rgba) noexcept {
+void Expand32(Bytes row, int width, uint32_t fill, uint8_t* rgba) noexcept {
   for (int x = 0; x < width; ++x, row += 4, rgba += 4) {
-    std::uint32_t pixel = 0;
+    uint32_t pixel = 0;
     std::memcpy(&pixel, row, sizeof pixel);
     pixel = (pixel & 0xFF00FF00) | (pixel >> 16 & 0xFF) | (pixel & 0xFF) << 16 | fill;
     std::memcpy(rgba, &pixel, sizeof pixel);
   }
 }
 
-void ApplyRegion(Bytes inside, int width, std::uint8_t* rgba) noexcept {
+void ApplyRegion(Bytes inside, int width, uint8_t* rgba) noexcept {
   for (int x = 0; x < width; ++x) {
     const unsigned int bit = (static_cast<unsigned int>(inside[x / 8]) >> (7 - x % 8)) & 1;
-    rgba[4 * static_cast<std::ptrdiff_t>(x) + 3] = static_cast<std::uint8_t>(bit * 255);
+    rgba[4 * static_cast<std::ptrdiff_t>(x) + 3] = static_cast<uint8_t>(bit * 255);
   }
 }
 
 void Expand(const _BITMAPHANDLE& bitmap, const ColorTable& colors, Bytes row, int width,
-            std::uint8_t* rgba) noexcept {
+            uint8_t* rgba) noexcept {
   switch (bitmap.BitsPerPixel) {
     case 1: ExpandIndices<1>(row, width, colors.data(), rgba); break;
     case 4: ExpandIndices<4>(row, width, colors.data(), rgba); break;
@@ -113,7 +113,7 @@ void Expand(const _BITMAPHANDLE& bitmap, const ColorTable& colors, Bytes row, in
 }
 
 /// The nearest of the levels that `bits` bits have.
-constexpr unsigned int Narrow(std::uint8_t level, unsigned int bits) noexcept {
+constexpr unsigned int Narrow(uint8_t level, unsigned int bits) noexcept {
   return (level * ((1U << bits) - 1) + 127) / 255;
 }
 
@@ -129,19 +129,18 @@ ColorTable ColorsOf(const _BITMAPHANDLE& bitmap) noexcept {
   return colors;
 }
 
-void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow,
-              std::uint8_t* rgba) noexcept {
+void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, uint8_t* rgba) noexcept {
   ReadRgba(bitmap, colors, storedRow, 0, bitmap.Width, rgba);
 }
 
 void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, int first, int count,
-              std::uint8_t* rgba) noexcept {
+              uint8_t* rgba) noexcept {
   Expand(bitmap, colors, StoredRow(bitmap, storedRow) + PixelBytes(first, bitmap.BitsPerPixel), count, rgba);
   const unsigned char* inside = StoredRegionRow(bitmap, storedRow);
   if (inside != nullptr && !HasAlpha(bitmap)) ApplyRegion(inside + first / 8, count, rgba);
 }
 
-void UnpackIndices(const std::uint8_t* row, int bitsPerPixel, std::span<std::uint8_t> indices) noexcept {
+void UnpackIndices(const uint8_t* row, int bitsPerPixel, std::span<uint8_t> indices) noexcept {
   if (bitsPerPixel == 8) {
     std::copy_n(row, indices.size(), indices.begin());
     return;
@@ -150,18 +149,18 @@ void UnpackIndices(const std::uint8_t* row, int bitsPerPixel, std::span<std::uin
   const unsigned int last = (1U << bitsPerPixel) - 1;
   for (std::size_t x = 0; x < indices.size(); ++x) {
     const std::size_t shift = 8 - static_cast<std::size_t>(bitsPerPixel) * (x % perByte + 1);
-    indices[x] = static_cast<std::uint8_t>(static_cast<unsigned int>(row[x / perByte]) >> shift & last);
+    indices[x] = static_cast<uint8_t>(static_cast<unsigned int>(row[x / perByte]) >> shift & last);
   }
 }
 
-void PackIndices(std::span<const std::uint8_t> indices, int bitsPerPixel, std::uint8_t* row) noexcept {
+void PackIndices(std::span<const uint8_t> indices, int bitsPerPixel, uint8_t* row) noexcept {
   const auto perByte = static_cast<std::size_t>(8 / bitsPerPixel);
   for (std::size_t x = 0; x < indices.size(); x += perByte) {
     unsigned int packed = 0;
     for (std::size_t i = 0; i < perByte; ++i) {
       packed = packed << bitsPerPixel | (x + i < indices.size() ? indices[x + i] : 0U);
     }
-    *row++ = static_cast<std::uint8_t>(packed);
+    *row++ = static_cast<uint8_t>(packed);
   }
 }
 
@@ -172,21 +171,21 @@ unsigned int Pixel16(Rgba color, bool is565) noexcept {
 }
 
 Rgba ColorOfPixel16(unsigned int pixel, bool is565) noexcept {
-  const std::uint32_t color = is565 ? Color16<6>(pixel) : Color16<5>(pixel);
+  const uint32_t color = is565 ? Color16<6>(pixel) : Color16<5>(pixel);
   Rgba rgba = {};
   std::memcpy(&rgba, &color, sizeof rgba);
   return rgba;
 }
 
-void Pack16(std::span<const Rgba> pixels, bool is565, std::uint8_t* row) noexcept {
+void Pack16(std::span<const Rgba> pixels, bool is565, uint8_t* row) noexcept {
   for (const Rgba color : pixels) {
     const unsigned int pixel = Pixel16(color, is565);
-    *row++ = static_cast<std::uint8_t>(pixel);
-    *row++ = static_cast<std::uint8_t>(pixel >> 8);
+    *row++ = static_cast<uint8_t>(pixel);
+    *row++ = static_cast<uint8_t>(pixel >> 8);
   }
 }
 
-void Pack24(std::span<const Rgba> pixels, std::uint8_t* row) noexcept {
+void Pack24(std::span<const Rgba> pixels, uint8_t* row) noexcept {
   for (const Rgba color : pixels) {
     *row++ = color.blue;
     *row++ = color.green;
@@ -194,7 +193,7 @@ void Pack24(std::span<const Rgba> pixels, std::uint8_t* row) noexcept {
   }
 }
 
-void Pack32(std::span<const Rgba> pixels, bool hasAlpha, std::uint8_t* row) noexcept {
+void Pack32(std::span<const Rgba> pixels, bool hasAlpha, uint8_t* row) noexcept {
   for (const Rgba color : pixels) {
     *row++ = color.blue;
     *row++ = color.green;

@@ -9,7 +9,7 @@
 namespace vxkrn {
 
 struct Rgba {
-  std::uint8_t red, green, blue, alpha;
+  uint8_t red, green, blue, alpha;
 };
 /// The colours of a palette; black beyond its end.
 using ColorTable = std::array<Rgba, 256>;
@@ -17,22 +17,21 @@ using ColorTable = std::array<Rgba, 256>;
 
 /// Writes a stored row as red, green, blue, alpha: 4 x width bytes. `colors` is the bitmap's; alpha comes
 /// from the bitmap's alpha channel, else from its region.
-void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow,
-              std::uint8_t* rgba) noexcept;
+void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, uint8_t* rgba) noexcept;
 
 /// The same for `count` pixels of the row from pixel `first` on, a multiple of 8.
 void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, int first, int count,
-              std::uint8_t* rgba) noexcept;
+              uint8_t* rgba) noexcept;
 
 /// Takes the indices of 1, 4 or 8 bits out of a row, one a byte.
-void UnpackIndices(const std::uint8_t* row, int bitsPerPixel, std::span<std::uint8_t> indices) noexcept;
+void UnpackIndices(const uint8_t* row, int bitsPerPixel, std::span<uint8_t> indices) noexcept;
 
 // Rows from colours or indices, without padding. The bits behind the last index of a byte are 0.
-void PackIndices(std::span<const std::uint8_t> indices, int bitsPerPixel, std::uint8_t* row) noexcept;
-void Pack16(std::span<const Rgba> pixels, bool is565, std::uint8_t* row) noexcept;
-void Pack24(std::span<const Rgba> pixels, std::uint8_t* row) noexcept;
+void PackIndices(std::span<const uint8_t> indices, int bitsPerPixel, uint8_t* row) noexcept;
+void Pack16(std::span<const Rgba> pixels, bool is565, uint8_t* row) noexcept;
+void Pack24(std::span<const Rgba> pixels, uint8_t* row) noexcept;
 /// The fourth byte is alpha, or 0.
-void Pack32(std::span<const Rgba> pixels, bool hasAlpha, std::uint8_t* row) noexcept;
+void Pack32(std::span<const Rgba> pixels, bool hasAlpha, uint8_t* row) noexcept;
 
 /// The pixel of 16 bits that is nearest to a colour, and the colour that a pixel of 16 bits shows.
 [[nodiscard]] unsigned int Pixel16(Rgba color, bool is565) noexcept;

@@ -21,23 +21,23 @@ class Light {
   }
 
   /// 0 to 65535.
-  [[nodiscard]] std::uint32_t operator[](std::uint8_t level) const noexcept { return light_[level]; }
+  [[nodiscard]] uint32_t operator[](uint8_t level) const noexcept { return light_[level]; }
   /// The nearest level.
-  [[nodiscard]] std::uint8_t LevelOf(double light) const noexcept {
+  [[nodiscard]] uint8_t LevelOf(double light) const noexcept {
     const auto* above = std::upper_bound(first_.begin(), first_.end(), light);
-    return static_cast<std::uint8_t>(above - first_.begin() - 1);
+    return static_cast<uint8_t>(above - first_.begin() - 1);
   }
 
  private:
   /// The curve of sRGB.
-  static std::uint32_t Of(double level) noexcept {
+  static uint32_t Of(double level) noexcept {
     const double coded = level / 255;
     const double light = coded <= 0.04045 ? coded / 12.92 : std::pow((coded + 0.055) / 1.055, 2.4);
-    return static_cast<std::uint32_t>(std::lround(light * 65535));
+    return static_cast<uint32_t>(std::lround(light * 65535));
   }
 
-  std::array<std::uint32_t, 256> light_{};
-  std::array<std::uint32_t, 256> first_{};  ///< the least light that is nearest to the level
+  std::array<uint32_t, 256> light_{};
+  std::array<uint32_t, 256> first_{};  ///< the least light that is nearest to the level
 };
 
 /// What a block of pixels adds up to, colours weighted by alpha. Exact for every block that is no larger than
@@ -46,14 +46,14 @@ struct Sum {
   double red, green, blue, alpha;
 
   void Add(std::span<const Rgba> pixels, const Light& light) noexcept {
-    std::uint64_t r = 0;
-    std::uint64_t g = 0;
-    std::uint64_t b = 0;
-    std::uint64_t a = 0;
+    uint64_t r = 0;
+    uint64_t g = 0;
+    uint64_t b = 0;
+    uint64_t a = 0;
     for (const Rgba pixel : pixels) {
-      r += std::uint64_t{light[pixel.red]} * pixel.alpha;
-      g += std::uint64_t{light[pixel.green]} * pixel.alpha;
-      b += std::uint64_t{light[pixel.blue]} * pixel.alpha;
+      r += uint64_t{light[pixel.red]} * pixel.alpha;
+      g += uint64_t{light[pixel.green]} * pixel.alpha;
+      b += uint64_t{light[pixel.blue]} * pixel.alpha;
       a += pixel.alpha;
     }
     red += static_cast<double>(r);
@@ -64,7 +64,7 @@ struct Sum {
   [[nodiscard]] Rgba Mean(double count, const Light& light) const noexcept {
     const double weight = std::max(alpha, 1.0);
     return {light.LevelOf(red / weight), light.LevelOf(green / weight), light.LevelOf(blue / weight),
-            static_cast<std::uint8_t>(std::lround(alpha / count))};
+            static_cast<uint8_t>(std::lround(alpha / count))};
   }
 };
 

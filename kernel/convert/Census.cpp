@@ -96,9 +96,9 @@ class Count {
   }
 
   void AddColors(std::span<const Rgba> row) noexcept {
-    std::uint32_t last = ~std::bit_cast<std::uint32_t>(row.front());  // neighbours are often alike
+    uint32_t last = ~std::bit_cast<uint32_t>(row.front());  // neighbours are often alike
     for (const Rgba pixel : row) {
-      const auto whole = std::bit_cast<std::uint32_t>(pixel);
+      const auto whole = std::bit_cast<uint32_t>(pixel);
       if (whole != last) (IsOpaque(pixel) ? opaque_ : others_).Add(ColorOf(pixel));
       last = whole;
     }
@@ -125,12 +125,12 @@ class Count {
   /// Which entries opaque and other pixels have is found out first: there are few.
   void AddIndices(const _BITMAPHANDLE& bitmap) {
     std::array<std::array<bool, 256>, 2> isSeen = {};
-    memory::Vector<std::uint8_t> indices(static_cast<std::size_t>(bitmap.Width));
+    memory::Vector<uint8_t> indices(static_cast<std::size_t>(bitmap.Width));
     for (int row = 0; row < bitmap.Height; ++row) {
       UnpackIndices(StoredRow(bitmap, row), bitmap.BitsPerPixel, indices);
       const unsigned char* inside = StoredRegionRow(bitmap, row);
       if (inside == nullptr) {
-        for (const std::uint8_t index : indices) isSeen[1][index] = true;
+        for (const uint8_t index : indices) isSeen[1][index] = true;
         continue;
       }
       for (std::size_t x = 0; x < indices.size(); ++x) {

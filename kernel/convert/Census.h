@@ -15,7 +15,7 @@ namespace vxkrn {
 }
 
 /// How much of a picture's pixels can be seen through.
-enum class Opacity : std::uint8_t { kWhole, kAllOrNothing, kSoft };
+enum class Opacity : uint8_t { kWhole, kAllOrNothing, kSoft };
 
 struct Census {
   static constexpr std::size_t kMost = 256;  ///< colours that are told one by one

@@ -11,7 +11,7 @@
 namespace vxkrn {
 
 /// A colour as 0xRRGGBB.
-using Color = std::uint32_t;
+using Color = uint32_t;
 
 constexpr Color ColorOf(Rgba pixel) noexcept {
   return Color{pixel.red} << 16 | Color{pixel.green} << 8 | pixel.blue;
@@ -45,6 +45,6 @@ class ColorRows {
 };
 
 /// Which pixels of a picture count.
-enum class Pixels : std::uint8_t { kAll, kOpaque };
+enum class Pixels : uint8_t { kAll, kOpaque };
 
 }  // namespace vxkrn

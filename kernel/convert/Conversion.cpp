@@ -50,9 +50,9 @@ int Save::Prepare(const RowTarget& target) {
   file.ColorCount = ColorCount = static_cast<int>(palette.size());
   std::transform(palette.begin(), palette.end(), file.Palette, QuadOf);
 
-  const auto bytes = static_cast<std::uint64_t>(BytesPerLine) * static_cast<std::uint64_t>(rowsPerCall);
+  const auto bytes = static_cast<uint64_t>(BytesPerLine) * static_cast<uint64_t>(rowsPerCall);
   if (bytes > SIZE_MAX) return STATUS_NO_MEMORY;
-  rowBuffer.reset(static_cast<std::uint8_t*>(
+  rowBuffer.reset(static_cast<uint8_t*>(
       memory::AllocateZeroed(static_cast<std::size_t>(bytes), {"kernel/Conversion", __LINE__})));
   return rowBuffer == nullptr ? STATUS_NO_MEMORY : STATUS_OK;
 }

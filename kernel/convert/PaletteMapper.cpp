@@ -51,11 +51,11 @@ void NearestColor::FindCandidates(Levels corner, Candidates* candidates) {
   };
   int bound = std::numeric_limits<int>::max();
   for (const Levels& entry : palette_) bound = std::min(bound, reachTo(entry).far);
-  candidates->first = static_cast<std::uint32_t>(entries_.size());
+  candidates->first = static_cast<uint32_t>(entries_.size());
   for (std::size_t i = 0; i < palette_.size(); ++i) {
-    if (reachTo(palette_[i]).near <= bound) entries_.push_back(static_cast<std::uint8_t>(i));
+    if (reachTo(palette_[i]).near <= bound) entries_.push_back(static_cast<uint8_t>(i));
   }
-  candidates->count = static_cast<std::uint32_t>(entries_.size()) - candidates->first;
+  candidates->count = static_cast<uint32_t>(entries_.size()) - candidates->first;
 }
 
 std::size_t NearestColor::Find(Levels wanted) {
@@ -68,7 +68,7 @@ std::size_t NearestColor::Find(Levels wanted) {
   }
   std::size_t nearest = 0;
   int least = std::numeric_limits<int>::max();
-  for (std::uint32_t i = 0; i < cell.count; ++i) {
+  for (uint32_t i = 0; i < cell.count; ++i) {
     const std::size_t entry = entries_[cell.first + i];
     const Levels& color = palette_[entry];
     const int distance = Square(wanted.red - color.red) + Square(wanted.green - color.green) +
@@ -88,34 +88,34 @@ PaletteMapper::PaletteMapper(std::span<const Color> palette, int width, bool dif
   owedNext_.resize(owed_.size());
 }
 
-void PaletteMapper::Map(int row, std::span<const Rgba> pixels, std::uint8_t* indices) {
+void PaletteMapper::Map(int row, std::span<const Rgba> pixels, uint8_t* indices) {
   if (!diffuses_) return MapNearest(pixels, indices);
   if (row != lastRow_ + 1 && row != lastRow_ - 1) std::fill(owed_.begin(), owed_.end(), Levels{});
   lastRow_ = row;
   MapDiffusing(pixels, indices);
 }
 
-void PaletteMapper::MapNearest(std::span<const Rgba> pixels, std::uint8_t* indices) {
+void PaletteMapper::MapNearest(std::span<const Rgba> pixels, uint8_t* indices) {
   Color last = ~Color{0};  // neighbours are often alike
-  std::uint8_t index = 0;
+  uint8_t index = 0;
   for (const Rgba pixel : pixels) {
     const Color color = ColorOf(pixel);
     if (color != last) {
-      index = static_cast<std::uint8_t>(nearest_.Find({pixel.red, pixel.green, pixel.blue}));
+      index = static_cast<uint8_t>(nearest_.Find({pixel.red, pixel.green, pixel.blue}));
       last = color;
     }
-    *indices++ = IsHidden(pixel) ? static_cast<std::uint8_t>(transparent_) : index;
+    *indices++ = IsHidden(pixel) ? static_cast<uint8_t>(transparent_) : index;
   }
 }
 
-void PaletteMapper::MapDiffusing(std::span<const Rgba> pixels, std::uint8_t* indices) {
+void PaletteMapper::MapDiffusing(std::span<const Rgba> pixels, uint8_t* indices) {
   std::fill(owedNext_.begin(), owedNext_.end(), Levels{});
   const std::ptrdiff_t step = leftward_ ? -1 : 1;
   std::ptrdiff_t x = leftward_ ? std::ssize(pixels) - 1 : 0;
   for (std::size_t n = 0; n < pixels.size(); ++n, x += step) {
     const Rgba pixel = pixels[static_cast<std::size_t>(x)];
     if (IsHidden(pixel)) {
-      indices[x] = static_cast<std::uint8_t>(transparent_);
+      indices[x] = static_cast<uint8_t>(transparent_);
       continue;
     }
     Levels* const here = &owed_[static_cast<std::size_t>(x) + 1];
@@ -124,7 +124,7 @@ void PaletteMapper::MapDiffusing(std::span<const Rgba> pixels, std::uint8_t* ind
     const Levels wanted = {withOwed(pixel.red, here->red), withOwed(pixel.green, here->green),
                            withOwed(pixel.blue, here->blue)};
     const std::size_t entry = nearest_.Find(wanted);
-    indices[x] = static_cast<std::uint8_t>(entry);
+    indices[x] = static_cast<uint8_t>(entry);
     const Levels& shown = nearest_.At(entry);
     const auto spread = [&](int Levels::*channel) {
       const int lost = wanted.*channel - shown.*channel;

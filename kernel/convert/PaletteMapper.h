@@ -24,14 +24,14 @@ class NearestColor {
  private:
   /// The entries that are the nearest to some colour of one cell of the colour cube.
   struct Candidates {
-    std::uint32_t first = 0;
-    std::uint32_t count = 0;  ///< 0: not looked for yet
+    uint32_t first = 0;
+    uint32_t count = 0;  ///< 0: not looked for yet
   };
   void FindCandidates(Levels corner, Candidates* candidates);
 
   std::vector<Levels> palette_;
   std::vector<Candidates> cells_;
-  std::vector<std::uint8_t> entries_;  ///< of all cells, one after the other
+  std::vector<uint8_t> entries_;  ///< of all cells, one after the other
 };
 
 /// Turns rows of colours into rows of palette indices.
@@ -42,13 +42,13 @@ class PaletteMapper {
 
   /// Maps one row, `row` being its number; indices takes a byte a pixel. What is lost is spread to the row
   /// asked for next when that is a neighbour of this one.
-  void Map(int row, std::span<const Rgba> pixels, std::uint8_t* indices);
+  void Map(int row, std::span<const Rgba> pixels, uint8_t* indices);
 
  private:
   using Levels = NearestColor::Levels;
 
-  void MapNearest(std::span<const Rgba> pixels, std::uint8_t* indices);
-  void MapDiffusing(std::span<const Rgba> pixels, std::uint8_t* indices);
+  void MapNearest(std::span<const Rgba> pixels, uint8_t* indices);
+  void MapDiffusing(std::span<const Rgba> pixels, uint8_t* indices);
   [[nodiscard]] bool IsHidden(Rgba pixel) const noexcept { return transparent_ >= 0 && !IsOpaque(pixel); }
 
   NearestColor nearest_;

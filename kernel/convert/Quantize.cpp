@@ -13,8 +13,8 @@ namespace {
 
 /// Pixels that are treated as one: how many, and the sums of their levels.
 struct Cell {
-  std::uint64_t count = 0;
-  std::array<std::uint64_t, 3> sum = {};
+  uint64_t count = 0;
+  std::array<uint64_t, 3> sum = {};
 
   void Add(const Cell& other) noexcept {
     count += other.count;
@@ -26,12 +26,12 @@ struct Cell {
   /// What the means explain of the squares of all levels: the more, the less is lost.
   [[nodiscard]] double Explained() const noexcept {
     double explained = 0;
-    for (const std::uint64_t each : sum) explained += static_cast<double>(each) * static_cast<double>(each);
+    for (const uint64_t each : sum) explained += static_cast<double>(each) * static_cast<double>(each);
     return explained / static_cast<double>(count);
   }
   [[nodiscard]] Color MeanColor() const noexcept {
     Color color = 0;
-    for (const std::uint64_t each : sum) color = color << 8 | static_cast<Color>((each + count / 2) / count);
+    for (const uint64_t each : sum) color = color << 8 | static_cast<Color>((each + count / 2) / count);
     return color;
   }
 };
@@ -47,7 +47,7 @@ Cell Total(std::span<const Cell> cells) {
 /// The cells that the picture has pixels in.
 Cells Gather(ColorRows& rows, Pixels which) {
   constexpr unsigned int kBits = 5;
-  constexpr auto kLevel = [](std::uint8_t level) { return std::size_t{level} >> (8 - kBits); };
+  constexpr auto kLevel = [](uint8_t level) { return std::size_t{level} >> (8 - kBits); };
   Cells cells(std::size_t{1} << 3 * kBits);
   for (int row = 0; row < rows.Bitmap().Height; ++row) {
     for (const Rgba pixel : rows.Read(row)) {

@@ -76,7 +76,7 @@ bool RowConverter::TakeOwnPalette(LazyCensus& census) {
   return true;
 }
 
-void RowConverter::Convert(int storedRow, std::uint8_t* converted) {
+void RowConverter::Convert(int storedRow, uint8_t* converted) {
   const _BITMAPHANDLE& bitmap = rows_.Bitmap();
   if (copies_) {
     std::memcpy(converted, StoredRow(bitmap, storedRow),
@@ -88,7 +88,7 @@ void RowConverter::Convert(int storedRow, std::uint8_t* converted) {
   }
 }
 
-void RowConverter::PackColors(std::span<const Rgba> pixels, std::uint8_t* converted) const {
+void RowConverter::PackColors(std::span<const Rgba> pixels, uint8_t* converted) const {
   switch (target_.bitsPerPixel) {
     case 16: Pack16(pixels, target_.is565, converted); break;
     case 24: Pack24(pixels, converted); break;
@@ -96,7 +96,7 @@ void RowConverter::PackColors(std::span<const Rgba> pixels, std::uint8_t* conver
   }
 }
 
-void RowConverter::ConvertToIndices(int storedRow, std::uint8_t* converted) {
+void RowConverter::ConvertToIndices(int storedRow, uint8_t* converted) {
   if (mapper_) {
     mapper_->Map(storedRow, rows_.Read(storedRow), indices_.data());
   } else {

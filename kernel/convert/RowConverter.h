@@ -30,7 +30,7 @@ class RowConverter {
   RowConverter(LazyCensus& census, const RowTarget& target);
 
   /// Writes one stored row of the bitmap. Bits behind its last pixel, up to a whole byte, are 0.
-  void Convert(int storedRow, std::uint8_t* converted);
+  void Convert(int storedRow, uint8_t* converted);
 
   /// The entries in use, up to 8 bits.
   [[nodiscard]] std::span<const Color> Palette() const noexcept { return palette_; }
@@ -40,8 +40,8 @@ class RowConverter {
  private:
   void ChooseIndices(LazyCensus& census);
   [[nodiscard]] bool TakeOwnPalette(LazyCensus& census);
-  void PackColors(std::span<const Rgba> pixels, std::uint8_t* converted) const;
-  void ConvertToIndices(int storedRow, std::uint8_t* converted);
+  void PackColors(std::span<const Rgba> pixels, uint8_t* converted) const;
+  void ConvertToIndices(int storedRow, uint8_t* converted);
 
   ColorRows rows_;
   RowTarget target_;
@@ -49,7 +49,7 @@ class RowConverter {
   std::vector<Color> palette_;
   int transparentEntry_ = -1;
   std::optional<PaletteMapper> mapper_;  ///< none: indices stay what they are
-  memory::Vector<std::uint8_t> indices_;
+  memory::Vector<uint8_t> indices_;
 };
 
 /// Whether every pixel keeps its colour when the picture is converted so, but those that get the entry of

@@ -80,8 +80,8 @@ int CheckOptions(const vx_save_options& options, DepthSet depths) {
 
 /// Files are read and written up to one position; run-length coded ones are nearly always far smaller.
 int CheckFileSize(const _BITMAPHANDLE& picture, int format, int bitsPerPixel) {
-  constexpr std::uint64_t kRoomForHeaders = 2048;
-  const std::uint64_t bytes = PictureBytes(picture.Width, picture.Height, bitsPerPixel);
+  constexpr uint64_t kRoomForHeaders = 2048;
+  const uint64_t bytes = PictureBytes(picture.Width, picture.Height, bitsPerPixel);
   if (format == FMT_BMP_RLE || IsPngCoded(format) || bytes <= kLastPosition - kRoomForHeaders)
     return STATUS_OK;
   return Fail({STATUS_BAD_DIMENSIONS, VX_REASON_FILE_TOO_LARGE, bytes}, "at ", bitsPerPixel,
@@ -90,7 +90,7 @@ int CheckFileSize(const _BITMAPHANDLE& picture, int format, int bitsPerPixel) {
 }
 
 int CopyPixels(const _BITMAPHANDLE& from, _BITMAPHANDLE* copy) {
-  const std::uint64_t bytes = PictureBytes(from.Width, from.Height, from.BitsPerPixel);
+  const uint64_t bytes = PictureBytes(from.Width, from.Height, from.BitsPerPixel);
   int status = VX_InitBitmap(copy, sizeof *copy, from.Width, from.Height, from.BitsPerPixel);
   if (status == STATUS_OK) status = VX_AllocateBitmap(copy, BITMAP_ALLOCATE_PIXELS);
   if (status == STATUS_NO_MEMORY) return FailForMemory("a copy of the picture", bytes);

@@ -16,7 +16,7 @@ void* OpenMemory(void* user, const char* /*name*/, int flags) {
 int64_t ReadMemory(void* /*user*/, void* file, void* buffer, uint32_t count, uint64_t position) {
   const auto* memory = static_cast<const MemoryFile*>(file);
   if (position >= memory->size) return 0;
-  const auto available = static_cast<std::size_t>(std::min<std::uint64_t>(count, memory->size - position));
+  const auto available = static_cast<std::size_t>(std::min<uint64_t>(count, memory->size - position));
   if (available > 0) std::memcpy(buffer, memory->bytes + position, available);
   return static_cast<int64_t>(available);
 }

@@ -30,7 +30,7 @@ class BackendScope {
 /// A block of memory as a read-only file; `user` of its backend.
 struct MemoryFile {
   const unsigned char* bytes;
-  std::uint64_t size;
+  uint64_t size;
 };
 /// A backend whose every open gives `file`, which must outlive it.
 [[nodiscard]] Backend MemoryBackend(MemoryFile* file) noexcept;

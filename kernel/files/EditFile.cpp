@@ -16,22 +16,22 @@ namespace {
 /// FNV-1a, as far as it has come.
 class Checksum {
  public:
-  void Add(const std::uint8_t* bytes, std::size_t size) noexcept {
-    constexpr std::uint64_t kPrime = 0x100000001B3;
-    std::uint64_t sum = sum_;
+  void Add(const uint8_t* bytes, std::size_t size) noexcept {
+    constexpr uint64_t kPrime = 0x100000001B3;
+    uint64_t sum = sum_;
     for (std::size_t i = 0; i < size; ++i) sum = (sum ^ bytes[i]) * kPrime;
     sum_ = sum;
   }
-  [[nodiscard]] std::uint64_t Sum() const noexcept { return sum_; }
+  [[nodiscard]] uint64_t Sum() const noexcept { return sum_; }
 
  private:
-  std::uint64_t sum_ = 0xCBF29CE484222325;
+  uint64_t sum_ = 0xCBF29CE484222325;
 };
 
 /// @return false where it cannot be read
-bool SumUp(int file, std::uint64_t* sum) {
+bool SumUp(int file, uint64_t* sum) {
   Checksum checksum;
-  std::uint8_t bytes[16 * 1024];
+  uint8_t bytes[16 * 1024];
   ssize_t got = 0;
   off_t at = 0;
   while ((got = Uninterrupted([&] { return pread(file, bytes, sizeof bytes, at); })) > 0) {
@@ -116,7 +116,7 @@ int EditFile::CheckIsUnchanged() const {
   }
   const struct stat& opened = lock_.Locked();
   if (!AreSameFile(named, opened)) return FailAsChanged(path, "replaced");
-  std::uint64_t sum = checksum_;
+  uint64_t sum = checksum_;
   const bool isReadable = fstat(lock_.Number(), &held) == 0 && (isNew_ || SumUp(lock_.Number(), &sum));
   if (!isReadable)
     return Fail(SystemCause(STATUS_READ_ERROR, errno), path, " cannot be compared: ", std::strerror(errno));

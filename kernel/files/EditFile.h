@@ -33,7 +33,7 @@ struct EditFile {
   [[nodiscard]] int CheckIsUnchanged() const;
 
   bool isNew_ = false;
-  std::uint64_t checksum_ = 0;  ///< of what was copied
+  uint64_t checksum_ = 0;  ///< of what was copied
   Place place_;
   FileLock lock_;
   Replacement replacement_;  // gone before the lock and the place

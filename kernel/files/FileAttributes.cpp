@@ -86,7 +86,7 @@ void DropGroup(std::string* list) {
     if (tag == ACL_GROUP_OBJ) entry.e_perm = 0;
   });
   each([&] {
-    if (le16toh(entry.e_tag) == ACL_OTHER) entry.e_perm &= htole16(static_cast<std::uint16_t>(ofGroup));
+    if (le16toh(entry.e_tag) == ACL_OTHER) entry.e_perm &= htole16(static_cast<uint16_t>(ofGroup));
   });
 }
 

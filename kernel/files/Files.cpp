@@ -46,20 +46,20 @@ HANDLE VX_RedirectedOpen(const char* fileName, int flags, int /*permission*/) {
 
 int VX_RedirectedRead(HANDLE file, void* buffer, unsigned int count) {
   if (!IsUsable(file) || (buffer == nullptr && count > 0)) return -1;
-  return file->Read(static_cast<std::uint8_t*>(buffer), count);
+  return file->Read(static_cast<uint8_t*>(buffer), count);
 }
 
 int VX_RedirectedWrite(HANDLE file, const void* buffer, unsigned int count) {
   if (!IsUsable(file) || (buffer == nullptr && count > 0)) return -1;
-  return file->Write(static_cast<const std::uint8_t*>(buffer), count);
+  return file->Write(static_cast<const uint8_t*>(buffer), count);
 }
 
 int VX_RedirectedSeek(HANDLE file, int offset, int origin) {
   if (!IsUsable(file)) return -1;
-  std::int64_t target = -1;
+  int64_t target = -1;
   switch (origin) {
     case VX_SEEK_START: target = static_cast<unsigned int>(offset); break;
-    case VX_SEEK_CURRENT: target = static_cast<std::int64_t>(file->Position()) + offset; break;
+    case VX_SEEK_CURRENT: target = static_cast<int64_t>(file->Position()) + offset; break;
     case VX_SEEK_END:
       target = file->Size();
       if (target >= 0 && target <= INT64_MAX - INT_MAX) target += offset;

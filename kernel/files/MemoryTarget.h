@@ -16,12 +16,12 @@ class MemoryTarget {
   [[nodiscard]] Backend AsBackend() noexcept;
 
   /// Takes `size` bytes in place of its own. @return whether there was memory
-  [[nodiscard]] bool Assign(const std::uint8_t* bytes, std::size_t size) noexcept;
+  [[nodiscard]] bool Assign(const uint8_t* bytes, std::size_t size) noexcept;
   /// Reads a whole file in place of its own bytes. @return STATUS_OK, STATUS_NO_MEMORY or STATUS_READ_ERROR
   [[nodiscard]] int ReadFrom(const Backend& backend, void* file) noexcept;
 
   [[nodiscard]] std::size_t Size() const noexcept { return size_; }
-  [[nodiscard]] const std::uint8_t* Data() const noexcept { return bytes_.get(); }
+  [[nodiscard]] const uint8_t* Data() const noexcept { return bytes_.get(); }
   /// Hands the bytes over; the target is empty then.
   [[nodiscard]] memory::Bytes Take() noexcept;
 
@@ -29,9 +29,9 @@ class MemoryTarget {
   static MemoryTarget& Of(void* file) { return *static_cast<MemoryTarget*>(file); }
   [[nodiscard]] bool Reserve(std::size_t capacity) noexcept;
   /// Makes the file longer with zeros, or shorter. @return whether there was memory
-  [[nodiscard]] bool Resize(std::uint64_t size) noexcept;
-  std::int64_t ReadAt(void* buffer, std::uint32_t count, std::uint64_t position) const noexcept;
-  std::int64_t WriteAt(const void* buffer, std::uint32_t count, std::uint64_t position) noexcept;
+  [[nodiscard]] bool Resize(uint64_t size) noexcept;
+  int64_t ReadAt(void* buffer, uint32_t count, uint64_t position) const noexcept;
+  int64_t WriteAt(const void* buffer, uint32_t count, uint64_t position) noexcept;
 
   memory::Bytes bytes_;
   std::size_t size_ = 0;

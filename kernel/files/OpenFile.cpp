@@ -8,9 +8,9 @@
 namespace vxkrn {
 namespace {
 
-constexpr std::uint32_t kWindowSize = 16 * 1024;
+constexpr uint32_t kWindowSize = 16 * 1024;
 // Few bytes are read ahead after a jump, more the longer a caller reads on: directories are hopped through.
-constexpr std::uint32_t kFirstReadAhead = 512;
+constexpr uint32_t kFirstReadAhead = 512;
 
 }  // namespace
 
@@ -19,23 +19,22 @@ bool OpenFile::HasWindow() noexcept {
   return window_ != nullptr;
 }
 
-std::uint32_t OpenFile::TakeFromWindow(std::uint8_t* destination, std::uint32_t count) noexcept {
+uint32_t OpenFile::TakeFromWindow(uint8_t* destination, uint32_t count) noexcept {
   if (position_ < windowStart_ || position_ - windowStart_ >= windowFill_) return 0;
-  const auto start = static_cast<std::uint32_t>(position_ - windowStart_);
-  const std::uint32_t taken = std::min(count, windowFill_ - start);
+  const auto start = static_cast<uint32_t>(position_ - windowStart_);
+  const uint32_t taken = std::min(count, windowFill_ - start);
   std::memcpy(destination, window_.get() + start, taken);
   return taken;
 }
 
-std::int64_t OpenFile::ReadBackend(std::uint8_t* destination, std::uint32_t count,
-                                   std::uint64_t offset) noexcept {
-  const std::int64_t got = backend_.functions.read_at(backend_.user, file_, destination, count, offset);
+int64_t OpenFile::ReadBackend(uint8_t* destination, uint32_t count, uint64_t offset) noexcept {
+  const int64_t got = backend_.functions.read_at(backend_.user, file_, destination, count, offset);
   return got > count ? -1 : got;
 }
 
 /// Reads some of the bytes wanted: from the window, around it, or after filling it.
-std::int64_t OpenFile::ReadStep(std::uint8_t* destination, std::uint32_t count) noexcept {
-  const std::uint32_t taken = TakeFromWindow(destination, count);
+int64_t OpenFile::ReadStep(uint8_t* destination, uint32_t count) noexcept {
+  const uint32_t taken = TakeFromWindow(destination, count);
   if (taken > 0) return taken;
   const bool readsOn = position_ == windowStart_ + windowFill_;
   readAhead_ = readsOn && readAhead_ > 0 ? std::min(readAhead_ * 4, kWindowSize) : kFirstReadAhead;
@@ -43,24 +42,24 @@ std::int64_t OpenFile::ReadStep(std::uint8_t* destination, std::uint32_t count) 
 
   windowFill_ = 0;
   windowStart_ = position_;
-  const auto ahead = static_cast<std::uint32_t>(
-      std::min<std::uint64_t>(std::max(readAhead_, count), kLastPosition - position_));
-  const std::int64_t got = ReadBackend(window_.get(), ahead, position_);
+  const auto ahead =
+      static_cast<uint32_t>(std::min<uint64_t>(std::max(readAhead_, count), kLastPosition - position_));
+  const int64_t got = ReadBackend(window_.get(), ahead, position_);
   if (got <= 0) return got;
-  windowFill_ = static_cast<std::uint32_t>(got);
+  windowFill_ = static_cast<uint32_t>(got);
   return TakeFromWindow(destination, count);
 }
 
-int OpenFile::Read(std::uint8_t* destination, std::uint32_t count) noexcept {
+int OpenFile::Read(uint8_t* destination, uint32_t count) noexcept {
   trace_ = {position_, count, 0};
   if (waiting_ && !Flush()) return -1;
-  const auto wanted = static_cast<std::uint32_t>(
-      std::min<std::uint64_t>({count, std::uint64_t{INT_MAX}, kLastPosition - position_}));
-  std::uint32_t done = 0;
-  std::int64_t step = 0;
+  const auto wanted =
+      static_cast<uint32_t>(std::min<uint64_t>({count, uint64_t{INT_MAX}, kLastPosition - position_}));
+  uint32_t done = 0;
+  int64_t step = 0;
   while (done < wanted && (step = ReadStep(destination + done, wanted - done)) > 0) {
-    done += static_cast<std::uint32_t>(step);
-    position_ += static_cast<std::uint64_t>(step);
+    done += static_cast<uint32_t>(step);
+    position_ += static_cast<uint64_t>(step);
   }
   trace_.got = done;
   return step < 0 && done == 0 ? -1 : static_cast<int>(done);
@@ -71,30 +70,30 @@ void OpenFile::NoteWriteFailure() noexcept {
   writeFailed_ = true;
 }
 
-bool OpenFile::WriteBackend(const std::uint8_t* source, std::size_t count, std::uint64_t offset) noexcept {
+bool OpenFile::WriteBackend(const uint8_t* source, std::size_t count, uint64_t offset) noexcept {
   while (count > 0) {
     errno = 0;
-    const std::int64_t stored =
-        backend_.functions.write_at(backend_.user, file_, source, static_cast<std::uint32_t>(count), offset);
-    if (stored <= 0 || static_cast<std::uint64_t>(stored) > count) {
+    const int64_t stored =
+        backend_.functions.write_at(backend_.user, file_, source, static_cast<uint32_t>(count), offset);
+    if (stored <= 0 || static_cast<uint64_t>(stored) > count) {
       NoteWriteFailure();
       return false;
     }
     source += stored;
     count -= static_cast<std::size_t>(stored);
-    offset += static_cast<std::uint64_t>(stored);
+    offset += static_cast<uint64_t>(stored);
   }
   return true;
 }
 
 bool OpenFile::Flush() noexcept {
-  const std::uint32_t count = waiting_ ? windowFill_ : 0;
+  const uint32_t count = waiting_ ? windowFill_ : 0;
   waiting_ = false;
   windowFill_ = 0;
   return WriteBackend(window_.get(), count, windowStart_) && !writeFailed_;
 }
 
-int OpenFile::Write(const std::uint8_t* source, std::uint32_t count) noexcept {
+int OpenFile::Write(const uint8_t* source, uint32_t count) noexcept {
   if (count == 0) return EndHere();
   if (!writable_ || writeFailed_ || count > INT_MAX || count > kLastPosition - position_) return -1;
 
@@ -125,16 +124,16 @@ int OpenFile::EndHere() noexcept {
   return 0;
 }
 
-bool OpenFile::MoveTo(std::int64_t target) noexcept {
-  if (target < 0 || static_cast<std::uint64_t>(target) > kLastPosition) return false;
-  position_ = static_cast<std::uint64_t>(target);
+bool OpenFile::MoveTo(int64_t target) noexcept {
+  if (target < 0 || static_cast<uint64_t>(target) > kLastPosition) return false;
+  position_ = static_cast<uint64_t>(target);
   return true;
 }
 
-std::int64_t OpenFile::Size() const noexcept {
-  const std::int64_t stored = backend_.functions.size(backend_.user, file_);
+int64_t OpenFile::Size() const noexcept {
+  const int64_t stored = backend_.functions.size(backend_.user, file_);
   if (stored < 0 || !waiting_) return stored;
-  return std::max(stored, static_cast<std::int64_t>(windowStart_ + windowFill_));
+  return std::max(stored, static_cast<int64_t>(windowStart_ + windowFill_));
 }
 
 bool OpenFile::Close() noexcept {

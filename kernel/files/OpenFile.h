@@ -11,7 +11,7 @@
 namespace vxkrn {
 
 /// The highest position a file can have; one more is how a failed seek looks.
-constexpr std::uint64_t kLastPosition = 0xFFFFFFFE;
+constexpr uint64_t kLastPosition = 0xFFFFFFFE;
 
 class OpenFile {
  public:
@@ -22,41 +22,40 @@ class OpenFile {
   ~OpenFile() = default;
 
   /// Reads until count bytes arrived, the file ends or an error comes. @return bytes, or -1 for an error.
-  int Read(std::uint8_t* destination, std::uint32_t count) noexcept;
+  int Read(uint8_t* destination, uint32_t count) noexcept;
   /// Stores count bytes, perhaps later. @return count, or -1.
-  int Write(const std::uint8_t* source, std::uint32_t count) noexcept;
+  int Write(const uint8_t* source, uint32_t count) noexcept;
   /// Ends the file at the position. @return 0, or -1.
   int EndHere() noexcept;
   /// Moves to `base + offset`. @return whether that is a position a file can have.
-  [[nodiscard]] bool MoveTo(std::int64_t target) noexcept;
+  [[nodiscard]] bool MoveTo(int64_t target) noexcept;
   /// Stores what waits and closes. @return whether everything written was kept.
   [[nodiscard]] bool Close() noexcept;
 
-  [[nodiscard]] std::uint64_t Position() const noexcept { return position_; }
+  [[nodiscard]] uint64_t Position() const noexcept { return position_; }
   /// Bytes of the file with what still waits in memory; below 0 when it cannot be told.
-  [[nodiscard]] std::int64_t Size() const noexcept;
+  [[nodiscard]] int64_t Size() const noexcept;
   [[nodiscard]] const ReadTrace& Trace() const noexcept { return trace_; }
   /// The error number of the first write that failed; 0 when the backend gave none.
   [[nodiscard]] int WriteError() const noexcept { return writeError_; }
 
  private:
   [[nodiscard]] bool HasWindow() noexcept;
-  std::uint32_t TakeFromWindow(std::uint8_t* destination, std::uint32_t count) noexcept;
-  std::int64_t ReadStep(std::uint8_t* destination, std::uint32_t count) noexcept;
-  std::int64_t ReadBackend(std::uint8_t* destination, std::uint32_t count, std::uint64_t offset) noexcept;
-  [[nodiscard]] bool WriteBackend(const std::uint8_t* source, std::size_t count,
-                                  std::uint64_t offset) noexcept;
+  uint32_t TakeFromWindow(uint8_t* destination, uint32_t count) noexcept;
+  int64_t ReadStep(uint8_t* destination, uint32_t count) noexcept;
+  int64_t ReadBackend(uint8_t* destination, uint32_t count, uint64_t offset) noexcept;
+  [[nodiscard]] bool WriteBackend(const uint8_t* source, std::size_t count, uint64_t offset) noexcept;
   [[nodiscard]] bool Flush() noexcept;
   void NoteWriteFailure() noexcept;
 
   Backend backend_;
   void* file_;
-  std::uint64_t position_ = 0;
+  uint64_t position_ = 0;
   memory::Bytes window_;
-  std::uint64_t windowStart_ = 0;  // file offset of the window's first byte
-  std::uint32_t windowFill_ = 0;   // bytes in it
-  std::uint32_t readAhead_ = 0;    // bytes the next fill asks for
-  bool waiting_ = false;           // the window's bytes are not in the file yet
+  uint64_t windowStart_ = 0;  // file offset of the window's first byte
+  uint32_t windowFill_ = 0;   // bytes in it
+  uint32_t readAhead_ = 0;    // bytes the next fill asks for
+  bool waiting_ = false;      // the window's bytes are not in the file yet
   bool writable_;
   bool writeFailed_ = false;
   int writeError_ = 0;

@@ -72,7 +72,7 @@ std::string LinkTo(int descriptor) {
 }
 
 template <class Write>
-bool WriteAll(const std::uint8_t* bytes, std::size_t size, const Write& write) {
+bool WriteAll(const uint8_t* bytes, std::size_t size, const Write& write) {
   for (std::size_t done = 0; done < size;) {
     const ssize_t stored = Uninterrupted([&] { return write(bytes + done, size - done, done); });
     if (stored < 0) return false;
@@ -81,8 +81,8 @@ bool WriteAll(const std::uint8_t* bytes, std::size_t size, const Write& write) {
   return true;
 }
 
-bool WriteAt(int file, const std::uint8_t* bytes, std::size_t size) {
-  return WriteAll(bytes, size, [file](const std::uint8_t* from, std::size_t count, std::size_t at) {
+bool WriteAt(int file, const uint8_t* bytes, std::size_t size) {
+  return WriteAll(bytes, size, [file](const uint8_t* from, std::size_t count, std::size_t at) {
     return pwrite(file, from, count, static_cast<off_t>(at));
   });
 }
@@ -175,7 +175,7 @@ Backend Replacement::AsBackend() noexcept {
   return backend;
 }
 
-int Replacement::Fill(const std::uint8_t* bytes, std::size_t size) {
+int Replacement::Fill(const uint8_t* bytes, std::size_t size) {
   return WriteAt(file_.descriptor, bytes, size) ? STATUS_OK : FailToWrite(errno);
 }
 
@@ -264,20 +264,20 @@ int Replacement::CommitOver(const FileLock& lock, const std::function<int()>& ch
               " was made by somebody else since the edit began, and is not overwritten");
 }
 
-int WriteOver(const char* path, int file, const std::uint8_t* bytes, std::size_t size) {
+int WriteOver(const char* path, int file, const uint8_t* bytes, std::size_t size) {
   const bool isStored = WriteAt(file, bytes, size) &&
                         Uninterrupted([&] { return ftruncate(file, static_cast<off_t>(size)); }) == 0 &&
                         Uninterrupted([&] { return fsync(file); }) == 0;
   return isStored ? STATUS_OK : FailToWriteTo(path, errno);
 }
 
-int WriteToStream(const char* path, const Place& place, const std::uint8_t* bytes, std::size_t size) {
+int WriteToStream(const char* path, const Place& place, const uint8_t* bytes, std::size_t size) {
   const int stream = place.OpenStream();
   if (stream < 0) {
     return Fail(SystemCause(STATUS_OPEN_WRITE_ERROR, errno), path,
                 " cannot be opened for writing: ", std::strerror(errno));
   }
-  const auto put = [stream](const std::uint8_t* from, std::size_t count, std::size_t /*at*/) {
+  const auto put = [stream](const uint8_t* from, std::size_t count, std::size_t /*at*/) {
     return write(stream, from, count);
   };
   bool isWritten = WriteAll(bytes, size, put);

@@ -27,7 +27,7 @@ class Replacement {
   /// messages. Throws std::bad_alloc. @return STATUS_OK, or STATUS_OPEN_WRITE_ERROR with its detail set
   [[nodiscard]] int Open(const char* path, const Place& place);
   /// Writes the whole content. @return STATUS_OK, or STATUS_WRITE_ERROR with its detail set
-  [[nodiscard]] int Fill(const std::uint8_t* bytes, std::size_t size);
+  [[nodiscard]] int Fill(const uint8_t* bytes, std::size_t size);
   /// A backend whose every open gives the new file, for reading and writing.
   [[nodiscard]] Backend AsBackend() noexcept;
 
@@ -61,9 +61,8 @@ class Replacement {
 
 /// Writes bytes to a stream from where it stands. What a file behind a descriptor has beyond them is cut off.
 /// @return STATUS_OK, or a failure with its detail set
-[[nodiscard]] int WriteToStream(const char* path, const Place& place, const std::uint8_t* bytes,
-                                std::size_t size);
+[[nodiscard]] int WriteToStream(const char* path, const Place& place, const uint8_t* bytes, std::size_t size);
 /// Writes over the whole of a file that is open for writing. @return as WriteToStream
-[[nodiscard]] int WriteOver(const char* path, int file, const std::uint8_t* bytes, std::size_t size);
+[[nodiscard]] int WriteOver(const char* path, int file, const uint8_t* bytes, std::size_t size);
 
 }  // namespace vxkrn

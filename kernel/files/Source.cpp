@@ -42,7 +42,7 @@ vxkrn::memory::Owned<vx_source> vxkrn::NewSource(const char* name) {
   auto source = memory::Make<vx_source>({"kernel/Source", __LINE__});
   if (source == nullptr) return source;
   const std::size_t size = std::strlen(name) + 1;
-  source->name.reset(static_cast<std::uint8_t*>(memory::AllocateRecord(size, {"kernel/Source", __LINE__})));
+  source->name.reset(static_cast<uint8_t*>(memory::AllocateRecord(size, {"kernel/Source", __LINE__})));
   if (source->name == nullptr) return nullptr;
   std::memcpy(source->name.get(), name, size);
   return source;
@@ -62,24 +62,24 @@ const char* vx_source::Name() const noexcept {
 void vx_source::KeepHead() noexcept {
   head = vxkrn::memory::Make<Head>({"kernel/Source", __LINE__});
   if (head == nullptr) return;
-  const auto size = static_cast<std::uint32_t>(head->bytes.size());
-  const std::int64_t got = ReadAt(head->bytes.data(), size, 0);
-  if (got > 0 && got <= size) head->fill = static_cast<std::uint32_t>(got);
+  const auto size = static_cast<uint32_t>(head->bytes.size());
+  const int64_t got = ReadAt(head->bytes.data(), size, 0);
+  if (got > 0 && got <= size) head->fill = static_cast<uint32_t>(got);
 }
 
 void vx_source::HoldIfSmallIcon() noexcept {
-  constexpr std::int64_t kSmall = 4 << 20;  // bytes
-  const std::int64_t size = Size();
-  std::uint16_t signature = 1;
+  constexpr int64_t kSmall = 4 << 20;  // bytes
+  const int64_t size = Size();
+  uint16_t signature = 1;
   if (size < 2 || size > kSmall || Peek(&signature, 2, 0) != 2 || signature != 0) return;
   (void)Hold();
 }
 
 bool vx_source::Hold() noexcept {
   if (file == &memory) return true;
-  const std::int64_t size = Size();
-  if (size < 0 || size > static_cast<std::int64_t>(vxkrn::kLastPosition)) return false;
-  const auto count = static_cast<std::uint32_t>(size);
+  const int64_t size = Size();
+  if (size < 0 || size > static_cast<int64_t>(vxkrn::kLastPosition)) return false;
+  const auto count = static_cast<uint32_t>(size);
   vxkrn::memory::Bytes bytes = vxkrn::memory::MakeBytes(count, {"kernel/Source", __LINE__});
   if (bytes == nullptr || Peek(bytes.get(), count, 0) != count) return false;
   (void)backend.functions.close(backend.user, file);
@@ -94,25 +94,25 @@ void vx_source::ReadFromMemory(const unsigned char* bytes, std::size_t size) noe
   file = &memory;
 }
 
-std::int64_t vx_source::Size() const noexcept {
+int64_t vx_source::Size() const noexcept {
   return backend.functions.size(backend.user, file);
 }
 
-std::int64_t vx_source::ReadAt(void* buffer, std::uint32_t count, std::uint64_t position) const noexcept {
-  const std::uint32_t fill = head == nullptr ? 0 : head->fill;
+int64_t vx_source::ReadAt(void* buffer, uint32_t count, uint64_t position) const noexcept {
+  const uint32_t fill = head == nullptr ? 0 : head->fill;
   if (position >= fill) return backend.functions.read_at(backend.user, file, buffer, count, position);
-  const std::uint32_t kept = std::min(count, fill - static_cast<std::uint32_t>(position));
+  const uint32_t kept = std::min(count, fill - static_cast<uint32_t>(position));
   std::memcpy(buffer, head->bytes.data() + position, kept);
   return kept;
 }
 
-std::uint32_t vx_source::Peek(void* buffer, std::uint32_t count, std::uint64_t offset) const noexcept {
+uint32_t vx_source::Peek(void* buffer, uint32_t count, uint64_t offset) const noexcept {
   if (offset > vxkrn::kLastPosition) return 0;
-  std::uint32_t done = 0;
+  uint32_t done = 0;
   while (done < count) {
-    const std::int64_t got = ReadAt(static_cast<std::uint8_t*>(buffer) + done, count - done, offset + done);
+    const int64_t got = ReadAt(static_cast<uint8_t*>(buffer) + done, count - done, offset + done);
     if (got <= 0 || got > count - done) break;
-    done += static_cast<std::uint32_t>(got);
+    done += static_cast<uint32_t>(got);
   }
   return done;
 }

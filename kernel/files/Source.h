@@ -12,10 +12,10 @@
 struct vx_source {
   /// What was found out about a file and holds until it is closed, whoever writes to it.
   struct Head {
-    std::array<std::uint8_t, 4096> bytes;  ///< headers, a palette and a usual directory lie there
-    std::uint32_t fill = 0;                ///< bytes that were read
-    IMAGEINFO described = {};              ///< the page that was described last
-    int describedPage = 0;                 ///< which that is, from 1; 0: none yet
+    std::array<uint8_t, 4096> bytes;  ///< headers, a palette and a usual directory lie there
+    uint32_t fill = 0;                ///< bytes that were read
+    IMAGEINFO described = {};         ///< the page that was described last
+    int describedPage = 0;            ///< which that is, from 1; 0: none yet
   };
 
   vxkrn::Backend backend;           ///< what the file came from
@@ -41,14 +41,14 @@ struct vx_source {
   /// and over.
   void HoldIfSmallIcon() noexcept;
   /// Bytes, or below 0 when that cannot be told.
-  [[nodiscard]] std::int64_t Size() const noexcept;
+  [[nodiscard]] int64_t Size() const noexcept;
   /// Reads some bytes at position, at most count. @return how many; 0 at the end, below 0 for an error
-  std::int64_t ReadAt(void* buffer, std::uint32_t count, std::uint64_t position) const noexcept;
+  int64_t ReadAt(void* buffer, uint32_t count, uint64_t position) const noexcept;
   /// Reads up to count bytes at offset, as many as there are. @return how many.
-  std::uint32_t Peek(void* buffer, std::uint32_t count, std::uint64_t offset) const noexcept;
+  uint32_t Peek(void* buffer, uint32_t count, uint64_t offset) const noexcept;
   /// The Size bytes at offset; those beyond the end are 0.
-  template <std::uint32_t Size>
-  [[nodiscard]] bmp::Block<Size> BlockAt(std::uint64_t offset) const noexcept {
+  template <uint32_t Size>
+  [[nodiscard]] bmp::Block<Size> BlockAt(uint64_t offset) const noexcept {
     bmp::Block<Size> block{};
     (void)Peek(block.data(), Size, offset);
     return block;

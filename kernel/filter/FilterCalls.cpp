@@ -58,7 +58,7 @@ _SAVEDISPATCH DispatchOf(const char* name, SavePlan* plan) {
 }
 
 /// Opens a file, writes, and closes it.
-int WriteFile(const char* name, int flags, std::uint64_t position, const void* bytes, std::uint64_t count) {
+int WriteFile(const char* name, int flags, uint64_t position, const void* bytes, uint64_t count) {
   HANDLE file = VX_RedirectedOpen(name, flags, 0);
   if (file == InvalidHandle()) return STATUS_OPEN_WRITE_ERROR;
   const bool fits = position + count <= kLastPosition;
@@ -111,8 +111,8 @@ int DeletePage(const Backend& backend, const char* name, int page) {
   return Watched(backend, name, [&] { return filter->deletePage(&dispatch); });
 }
 
-int Overwrite(const Backend& backend, const char* name, std::uint64_t position, const void* bytes,
-              std::uint32_t count) {
+int Overwrite(const Backend& backend, const char* name, uint64_t position, const void* bytes,
+              uint32_t count) {
   return Watched(backend, name, [&] { return WriteFile(name, VX_OPEN_UPDATE, position, bytes, count); });
 }
 

@@ -16,8 +16,8 @@ namespace vxkrn {
 [[nodiscard]] int SavePng(const Backend& backend, const char* name, SavePlan* plan);
 [[nodiscard]] int DeletePage(const Backend& backend, const char* name, int page);
 /// Writes bytes into a file that exists.
-[[nodiscard]] int Overwrite(const Backend& backend, const char* name, std::uint64_t position,
-                            const void* bytes, std::uint32_t count);
+[[nodiscard]] int Overwrite(const Backend& backend, const char* name, uint64_t position, const void* bytes,
+                            uint32_t count);
 
 /// No page of anything: a new file.
 [[nodiscard]] SAVEOPTIONS NewFile() noexcept;

@@ -23,7 +23,7 @@ constexpr const char* kFilterName = "vxfbmp.so.18";
 /// GetDisplayDispatch(_DISDISPATCH*, tagHANDLE*&), the one entry point with a C++ name
 constexpr const char* kDisplayEntry = "_Z18GetDisplayDispatchP12_DISDISPATCHRP9tagHANDLE";
 
-enum class Kind : std::uint8_t { kNothing, kFile, kFolder };
+enum class Kind : uint8_t { kNothing, kFile, kFolder };
 
 Kind KindOf(const std::string& path) {
   struct stat status = {};

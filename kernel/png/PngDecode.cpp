@@ -42,7 +42,7 @@ void ReadStream(png_structp png, png_bytep destination, std::size_t count) {
 
 /// Pixels per metre to dots per inch; 96 where that gives nothing.
 int DpiOf(png_uint_32 perMetre) {
-  const std::uint64_t dpi = (std::uint64_t{perMetre} * 254 + 5000) / 10000;
+  const uint64_t dpi = (uint64_t{perMetre} * 254 + 5000) / 10000;
   return dpi == 0 ? kDefaultDpi : static_cast<int>(dpi);
 }
 
@@ -152,7 +152,7 @@ int FailForStream(const PngSession& session, int status) {
 
 /// Makes bitmap ready to take the pixels.
 int Prepare(const PngDescription& description, int depth, _BITMAPHANDLE* bitmap) {
-  const std::uint64_t bytes = PictureBytes(description.width, description.height, depth);
+  const uint64_t bytes = PictureBytes(description.width, description.height, depth);
   if (!memory::Fits(bytes)) return FailForMemory("the PNG picture", bytes);
   int status = VX_InitBitmap(bitmap, sizeof *bitmap, description.width, description.height, depth);
   if (status == STATUS_OK) status = VX_AllocateBitmap(bitmap, BITMAP_ALLOCATE_PIXELS);

@@ -40,7 +40,7 @@ void WriteToSink(png_structp png, png_bytep source, std::size_t count) {
 void FlushSink(png_structp /*png*/) {}
 
 png_uint_32 PerMetre(int dpi) {
-  return static_cast<png_uint_32>((std::int64_t{dpi} * 10000 + 127) / 254);
+  return static_cast<png_uint_32>((int64_t{dpi} * 10000 + 127) / 254);
 }
 
 /// Fully transparent from one entry or colour on; there is no half.

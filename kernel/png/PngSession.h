@@ -12,7 +12,7 @@ namespace vxkrn {
 
 class PngSession {
  public:
-  enum class Direction : std::uint8_t { kRead, kWrite };
+  enum class Direction : uint8_t { kRead, kWrite };
   using Step = void (*)(PngSession& session, void* argument);
 
   explicit PngSession(Direction direction) noexcept;

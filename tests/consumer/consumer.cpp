@@ -7,7 +7,7 @@ namespace {
 
 vx::Bitmap Mirrored(const vx::Bitmap& bitmap) {
   const vx_bitmap_info info = bitmap.Describe();
-  std::vector<std::uint8_t> pixels = bitmap.Rgba();
+  std::vector<uint8_t> pixels = bitmap.Rgba();
   const auto pixelAt = [&](int x, int y) { return pixels.begin() + (y * info.width + x) * 4; };
   for (int y = 0; y < info.height; ++y) {
     for (int x = 0; x < info.width / 2; ++x) {

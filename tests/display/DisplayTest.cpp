@@ -12,7 +12,7 @@
 
 namespace {
 
-using Rgba = std::vector<std::uint8_t>;
+using Rgba = std::vector<uint8_t>;
 
 vx::Bitmap Picture(int width, int height, const Rgba& pixel) {
   Rgba pixels;
@@ -101,7 +101,7 @@ TEST_F(DisplayTest, ColoursAndNothingWhereNothingIs) {
 
 TEST_F(DisplayTest, RowsRunFromTheTop) {
   Rgba pixels;
-  for (int i = 0; i < 64; ++i) pixels.insert(pixels.end(), {std::uint8_t(i < 32 ? 250 : 10), 20, 30, 255});
+  for (int i = 0; i < 64; ++i) pixels.insert(pixels.end(), {uint8_t(i < 32 ? 250 : 10), 20, 30, 255});
   const std::string text = vx::Bitmap::FromRgba(8, 8, pixels.data()).Draw(In(80, 24));
   EXPECT_LT(text.find("2;250;20;30"), text.find("2;10;20;30")) << text;
 }

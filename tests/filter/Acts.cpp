@@ -134,7 +134,7 @@ int Display(Rig& rig, const std::string&) {
   HANDLE library = &unasked;  // must not be taken for an answer
   const int status = GetDisplayDispatch(&dispatch, library);
   EXPECT_EQ(dispatch.Reserved1, 1U);
-  rig.kernel.stream = {static_cast<std::uint8_t>(library == nullptr ? 0 : library == &unasked ? 2 : 1)};
+  rig.kernel.stream = {static_cast<uint8_t>(library == nullptr ? 0 : library == &unasked ? 2 : 1)};
   return status;
 }
 
@@ -158,7 +158,7 @@ int VerifyMasks(Rig& rig,
   int conversion = 7;
   int is565 = 7;
   const int status = VerifyColorMasks(masks, &conversion, &is565, numbers.at(0));
-  rig.kernel.stream = {static_cast<std::uint8_t>(conversion), static_cast<std::uint8_t>(is565)};
+  rig.kernel.stream = {static_cast<uint8_t>(conversion), static_cast<uint8_t>(is565)};
   return status;
 }
 

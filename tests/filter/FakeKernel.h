@@ -16,11 +16,11 @@
 #include <utility>
 #include <vector>
 
-using Bytes = std::vector<std::uint8_t>;
+using Bytes = std::vector<uint8_t>;
 
 /** Bytes of a stored row, padded to a multiple of 4. */
 inline int RowSize(int width, int bits) {
-  return static_cast<int>((std::int64_t{width} * bits + 31) / 32 * 4);
+  return static_cast<int>((int64_t{width} * bits + 31) / 32 * 4);
 }
 /** A record as the kernel makes it: bottom-up, without pixels. */
 _BITMAPHANDLE Record(int width, int height, int bits, int order = ORDER_RGB);
@@ -64,19 +64,19 @@ struct Saved {
   Bytes png = {1, 2, 3, 4, 5};
   int globals = 0;  // blocks handed out and not yet freed
 
-  static std::uint8_t PixelAt(int row, int i) {
+  static uint8_t PixelAt(int row, int i) {
     switch (row) {
-      case 2: return static_cast<std::uint8_t>(i / 300);
-      case 3: return static_cast<std::uint8_t>(i % 11 < 4 ? 7 : i);
-      case 4: return static_cast<std::uint8_t>(i % 5 < 2 ? 7 : i);
-      default: return static_cast<std::uint8_t>((37 * row + i * i / 7) / 3);
+      case 2: return static_cast<uint8_t>(i / 300);
+      case 3: return static_cast<uint8_t>(i % 11 < 4 ? 7 : i);
+      case 4: return static_cast<uint8_t>(i % 5 < 2 ? 7 : i);
+      default: return static_cast<uint8_t>((37 * row + i * i / 7) / 3);
     }
   }
-  static std::uint8_t MaskAt(int row, int i) { return static_cast<std::uint8_t>(91 * row + 7 * i); }
+  static uint8_t MaskAt(int row, int i) { return static_cast<uint8_t>(91 * row + 7 * i); }
 };
 
 struct tagHANDLE {
-  std::uint32_t position = 0;
+  uint32_t position = 0;
   bool open = true;
   bool handedOver = false;
 };
@@ -127,7 +127,7 @@ class FakeKernel {
     Bytes pixels;
     bool accessed = false;
   };
-  using Numbers = std::initializer_list<std::int64_t>;
+  using Numbers = std::initializer_list<int64_t>;
   /** Logs and counts an event; gives the injected answer when it is this event's turn to fail. */
   std::optional<int> Happens(const std::string& kind, Numbers numbers = {}, const std::string& what = "");
   void Complain(const std::string& problem) { problems_.push_back(problem); }

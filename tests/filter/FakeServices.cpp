@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr std::uint64_t kMemoryLimit = 1U << 20U;
-constexpr std::int64_t kHighestPosition = 0xFFFFFFFE;
+constexpr uint64_t kMemoryLimit = 1U << 20U;
+constexpr int64_t kHighestPosition = 0xFFFFFFFE;
 constexpr int kGarbage = 0xA5;  // what fresh memory holds
 
 FakeKernel& Kernel() {
@@ -25,7 +25,7 @@ std::ptrdiff_t Offset(std::size_t index) {
 }
 
 /// Gives a bitmap pixels: byte i of a row is at(row, i).
-void Fill(_BITMAPHANDLE* bitmap, std::uint8_t (*at)(int, int)) {
+void Fill(_BITMAPHANDLE* bitmap, uint8_t (*at)(int, int)) {
   Bytes& pixels = Kernel().bitmaps[bitmap].pixels;
   for (int row = 0; row < bitmap->Height; ++row) {
     for (int i = 0; i < bitmap->BytesPerLine; ++i) pixels.push_back(at(row, i));
@@ -68,8 +68,8 @@ int VX_RedirectedRead(HANDLE file, void* buffer, unsigned int count) {
   const std::size_t start = std::min<std::size_t>(file->position, bytes.size());
   std::size_t arrived = std::min<std::size_t>(count, bytes.size() - start);
   if (failure) arrived /= 2;
-  std::copy_n(bytes.begin() + Offset(start), arrived, static_cast<std::uint8_t*>(buffer));
-  file->position += static_cast<std::uint32_t>(arrived);
+  std::copy_n(bytes.begin() + Offset(start), arrived, static_cast<uint8_t*>(buffer));
+  file->position += static_cast<uint32_t>(arrived);
   return static_cast<int>(arrived);
 }
 
@@ -77,12 +77,12 @@ int VX_RedirectedSeek(HANDLE file, int offset, int origin) {
   if (!Kernel().Usable(file)) return -1;
   const auto failure = Kernel().Happens("seek", {offset, origin});
   if (failure && *failure != Fault::kElsewhere) return -1;
-  std::int64_t position = static_cast<std::uint32_t>(offset);
-  if (origin == VX_SEEK_CURRENT) position = std::int64_t{file->position} + offset;
-  if (origin == VX_SEEK_END) position = static_cast<std::int64_t>(Kernel().file.size()) + offset;
+  int64_t position = static_cast<uint32_t>(offset);
+  if (origin == VX_SEEK_CURRENT) position = int64_t{file->position} + offset;
+  if (origin == VX_SEEK_END) position = static_cast<int64_t>(Kernel().file.size()) + offset;
   if (failure) ++position;
   if (position < 0 || position > kHighestPosition) return -1;
-  file->position = static_cast<std::uint32_t>(position);
+  file->position = static_cast<uint32_t>(position);
   return static_cast<int>(file->position);
 }
 
@@ -98,11 +98,11 @@ int VX_RedirectedClose(HANDLE file) {
 void* VX_LocalAlloc(unsigned int count, unsigned int size, int line, const char* file) {
   CheckTag(line, file);
   if (size != 1 && size != 3 && size != 4 && size != 216) Kernel().Complain("strange element size");
-  const std::uint64_t bytes = std::uint64_t{count} * size;
+  const uint64_t bytes = uint64_t{count} * size;
   const std::string number = "#" + std::to_string(Kernel().blocksMade + 1);
-  const auto failure = Kernel().Happens("alloc", {static_cast<std::int64_t>(bytes)}, number);
+  const auto failure = Kernel().Happens("alloc", {static_cast<int64_t>(bytes)}, number);
   if (failure || bytes > kMemoryLimit) return nullptr;
-  void* memory = std::malloc(static_cast<std::size_t>(std::max<std::uint64_t>(bytes, 1)));
+  void* memory = std::malloc(static_cast<std::size_t>(std::max<uint64_t>(bytes, 1)));
   if (bytes != 0) std::memset(memory, kGarbage, static_cast<std::size_t>(bytes));
   Kernel().blocks[memory] = ++Kernel().blocksMade;
   return memory;
@@ -194,7 +194,7 @@ int VX_PutBitmapRow(_BITMAPHANDLE* bitmap, const unsigned char* buffer, int row,
 void VX_GetFixedPalette(RGBQUAD* palette, int bitsPerPixel) {
   (void)Kernel().Happens("fixed-palette", {bitsPerPixel});
   for (int i = 0; i < 1 << bitsPerPixel; ++i)
-    palette[i] = {static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(bitsPerPixel), 0xEE, 0};
+    palette[i] = {static_cast<uint8_t>(i), static_cast<uint8_t>(bitsPerPixel), 0xEE, 0};
 }
 
 int VX_SetBitmapNewPalette(_BITMAPHANDLE* bitmap, const RGBQUAD* palette, int count) {
@@ -222,11 +222,11 @@ int VX_RedirectedWrite(HANDLE file, const void* buffer, unsigned int count) {
   if (!Kernel().Usable(file)) return -1;
   const auto failure = Kernel().Happens("write", {file->position, count});
   if (failure && *failure != Fault::kHalf) return *failure;
-  const std::uint32_t stored = failure ? count / 2 : count;
+  const uint32_t stored = failure ? count / 2 : count;
   Bytes& bytes = Kernel().file;
   const std::size_t end = std::size_t{file->position} + stored;
   bytes.resize(count == 0 && !failure ? end : std::max(bytes.size(), end));
-  std::copy_n(static_cast<const std::uint8_t*>(buffer), stored,
+  std::copy_n(static_cast<const uint8_t*>(buffer), stored,
               bytes.begin() + static_cast<std::ptrdiff_t>(file->position));
   file->position += stored;
   return static_cast<int>(stored);
@@ -320,7 +320,7 @@ int FakeLoadPng(unsigned char* buffer, _BITMAPHANDLE* bitmap, unsigned int bitma
   bitmap->YResolution = 144;
   if (!kernel.png.allocated) return STATUS_OK;
   bitmap->Flags = BITMAP_ALLOCATED;
-  Fill(bitmap, [](int row, int i) { return static_cast<std::uint8_t>(16 * row + i); });
+  Fill(bitmap, [](int row, int i) { return static_cast<uint8_t>(16 * row + i); });
   return STATUS_OK;
 }
 

@@ -111,7 +111,7 @@ Bytes Hex(std::string_view digits) {
   for (const char c : digits) {
     if (c != ' ') pair += c;
     if (pair.size() < 2) continue;
-    bytes.push_back(static_cast<std::uint8_t>(std::stoi(pair, nullptr, 16)));
+    bytes.push_back(static_cast<uint8_t>(std::stoi(pair, nullptr, 16)));
     pair.clear();
   }
   return bytes;
@@ -126,8 +126,8 @@ std::string ToHex(const Bytes& bytes) {
   return text;
 }
 
-void Put(Bytes& bytes, std::uint64_t value, int size) {
-  for (int i = 0; i < size; ++i) bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+void Put(Bytes& bytes, uint64_t value, int size) {
+  for (int i = 0; i < size; ++i) bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
 }
 
 void Append(Bytes& bytes, const Bytes& more) {

@@ -50,7 +50,7 @@ class Rig {
 /** The bytes written as hexadecimal digits; blanks are for the reader. */
 Bytes Hex(std::string_view digits);
 std::string ToHex(const Bytes& bytes);
-void Put(Bytes& bytes, std::uint64_t value, int size);
+void Put(Bytes& bytes, uint64_t value, int size);
 void Append(Bytes& bytes, const Bytes& more);
 /** Those bytes; none where they are not all there. */
 Bytes Part(const Bytes& bytes, std::size_t at, std::size_t count);

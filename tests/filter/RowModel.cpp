@@ -13,7 +13,7 @@ class Stream {
   Stream(const Bytes& data, int bufferSize, const std::vector<Fault>& readFaults)
       : bytes(data), faults(readFaults), fill(bufferSize), position(bufferSize + 1) {}
 
-  void Skip(std::int64_t distance) {
+  void Skip(int64_t distance) {
     if (distance >= 0) filePosition += static_cast<std::size_t>(distance);
   }
 
@@ -66,7 +66,7 @@ class RunLength {
       : stream(source), elementsPerByte(nibbles ? 2 : 1), limit(static_cast<int>(stride) * elementsPerByte) {}
 
   void Row(Bytes& row) {
-    std::fill(row.begin(), row.end(), std::uint8_t{0});
+    std::fill(row.begin(), row.end(), uint8_t{0});
     if (ended) return;
     if (rowsToSkip > 0) {
       --rowsToSkip;
@@ -113,11 +113,11 @@ class RunLength {
   void Store(Bytes& row, int value, int k) {
     if (x >= limit) return;
     if (elementsPerByte == 1) {
-      row[static_cast<std::size_t>(x)] = static_cast<std::uint8_t>(value);
+      row[static_cast<std::size_t>(x)] = static_cast<uint8_t>(value);
     } else {
       const int nibble = k % 2 == 0 ? value / 16 : value % 16;
-      std::uint8_t& byte = row[static_cast<std::size_t>(x / 2)];
-      byte = static_cast<std::uint8_t>(x % 2 == 0 ? nibble * 16 : byte + nibble);
+      uint8_t& byte = row[static_cast<std::size_t>(x / 2)];
+      byte = static_cast<uint8_t>(x % 2 == 0 ? nibble * 16 : byte + nibble);
     }
     ++x;
   }
@@ -141,8 +141,8 @@ void Normalise(Bytes& row, const _LOADDISPATCH& load) {
     const unsigned pixel = row[i] + 256U * row[i + 1];
     const unsigned converted = Component(pixel, load.RedMask) * 1024 + Component(pixel, load.GreenMask) * 32 +
                                Component(pixel, load.BlueMask);
-    row[i] = static_cast<std::uint8_t>(converted % 256);
-    row[i + 1] = static_cast<std::uint8_t>(converted / 256);
+    row[i] = static_cast<uint8_t>(converted % 256);
+    row[i + 1] = static_cast<uint8_t>(converted / 256);
   }
 }
 
@@ -176,7 +176,7 @@ RowResult ModelRows(const RowImage& image, const Bytes& data, const _LOADDISPATC
   }
 
   Stream stream(data, load.ReadBufferSize, faults);
-  stream.Skip(std::int64_t{firstRow} * stride);
+  stream.Skip(int64_t{firstRow} * stride);
   Bytes row(static_cast<std::size_t>(stride));
   RunLength decoder(stream, coding == Coding::kRle4, row.size());
   RowResult result;

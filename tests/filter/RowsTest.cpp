@@ -47,14 +47,14 @@ class Dice {
   explicit Dice(unsigned seed) : engine(seed) {}
   int Upto(int highest) { return static_cast<int>(engine() % (static_cast<unsigned>(highest) + 1)); }
   bool OneIn(int n) { return Upto(n - 1) == 0; }
-  std::uint32_t Word() { return static_cast<std::uint32_t>(engine()); }
+  uint32_t Word() { return static_cast<uint32_t>(engine()); }
   template <class T, std::size_t N>
   const T& Of(const T (&choices)[N]) {
     return choices[engine() % N];
   }
   Bytes Data(int length) {
     Bytes bytes;
-    for (int i = 0; i < length; ++i) bytes.push_back(static_cast<std::uint8_t>(engine()));
+    for (int i = 0; i < length; ++i) bytes.push_back(static_cast<uint8_t>(engine()));
     return bytes;
   }
 
@@ -66,10 +66,10 @@ class Dice {
 Bytes CodeStream(Dice& dice, int codes) {
   Bytes stream;
   for (int i = 0; i < codes; ++i) {
-    const auto any = static_cast<std::uint8_t>(dice.Upto(255));
-    const auto small = static_cast<std::uint8_t>(dice.Upto(20));
-    const auto few = static_cast<std::uint8_t>(dice.Upto(3));
-    Bytes literal = {0, static_cast<std::uint8_t>(3 + small)};
+    const auto any = static_cast<uint8_t>(dice.Upto(255));
+    const auto small = static_cast<uint8_t>(dice.Upto(20));
+    const auto few = static_cast<uint8_t>(dice.Upto(3));
+    Bytes literal = {0, static_cast<uint8_t>(3 + small)};
     Append(literal, dice.Data(small + 3));
     const Bytes end = dice.OneIn(8) ? Bytes{0, 1} : Bytes{0, 0};
     const Bytes choices[] = {{small, any}, {small, any},       literal,       literal, {0, 0},
@@ -94,8 +94,8 @@ void RandomFault(Dice& dice, Rig& rig) {
 }
 
 void RandomMasks(Dice& dice, Rig& rig) {
-  static constexpr std::uint32_t kMasks[] = {0x7C00, 0x3E0,  0x1F,       0xF800,     0x7E0, 0xF00,  0xF0,
-                                             0xF,    0x8001, 0xFFFFFFFF, 0x80000001, 0,     0x1C000};
+  static constexpr uint32_t kMasks[] = {0x7C00, 0x3E0,  0x1F,       0xF800,     0x7E0, 0xF00,  0xF0,
+                                        0xF,    0x8001, 0xFFFFFFFF, 0x80000001, 0,     0x1C000};
   for (auto* mask : {&rig.load.RedMask, &rig.load.GreenMask, &rig.load.BlueMask})
     *mask = dice.OneIn(5) ? dice.Word() : dice.Of(kMasks);
 }

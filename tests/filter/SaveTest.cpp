@@ -38,7 +38,7 @@ void PutCodes(Bytes& file, const Bytes& row, int bits) {
     for (std::size_t n = 0; at < start; at += n) {
       n = std::min(start - at, longestLiteral);
       if (n * pixels <= 2) n = 1;  // the least literal is of three
-      Append(file, {static_cast<std::uint8_t>(n == 1 ? pixels : 0)});
+      Append(file, {static_cast<uint8_t>(n == 1 ? pixels : 0)});
       if (n > 1) Put(file, n * pixels, 1);
       Append(file, Part(row, at, n));
       if (n > 1 && n % 2 != 0) Put(file, 0, 1);
@@ -46,7 +46,7 @@ void PutCodes(Bytes& file, const Bytes& row, int bits) {
     const std::size_t end = start < row.size() ? start + runAt(start) : start;
     for (std::size_t n = 0; at < end; at += n) {
       n = std::min(end - at, longestRun);
-      Append(file, {static_cast<std::uint8_t>(n * pixels), row[at]});
+      Append(file, {static_cast<uint8_t>(n * pixels), row[at]});
     }
   }
   Put(file, 0, 2);
@@ -59,7 +59,7 @@ Bytes ModelRows(const Rig& rig) {
   const bool coded = rig.save.Format == FMT_BMP_RLE;
   const bool hasMask = rig.save.Format == FMT_ICO || rig.save.Format == FMT_CUR;
   const int codedSize = bits == 8 ? rig.bitmap.Width : (rig.bitmap.Width + 1) / 2;
-  const auto rowOf = [&](int fromBottom, int size, int have, std::uint8_t (*at)(int, int), int flip) {
+  const auto rowOf = [&](int fromBottom, int size, int have, uint8_t (*at)(int, int), int flip) {
     const int row = rig.bitmap.Orientation == ORIENT_BOTTOM_UP ? fromBottom : height - 1 - fromBottom;
     Bytes bytes;
     for (int i = 0; i < size; ++i) Put(bytes, i < have ? static_cast<unsigned>(at(row, i) ^ flip) : 0U, 1);
@@ -83,21 +83,21 @@ Bytes ModelRows(const Rig& rig) {
 
 Bytes ModelFile(const Rig& rig) {
   const int format = rig.save.Format;  // as the save left it
-  const auto bits = static_cast<std::uint32_t>(rig.save.BitsPerPixel);
-  const auto width = static_cast<std::uint32_t>(rig.bitmap.Width);
-  const auto height = static_cast<std::uint32_t>(rig.bitmap.Height);
+  const auto bits = static_cast<uint32_t>(rig.save.BitsPerPixel);
+  const auto width = static_cast<uint32_t>(rig.bitmap.Width);
+  const auto height = static_cast<uint32_t>(rig.bitmap.Height);
   const bool isIcon = format == FMT_ICO || format == FMT_CUR;
   const bool isLong = format == FMT_OS2_2 || format == kAnyFormat;
   const bool masks = !isLong && format != FMT_OS2 && bits == 16 && rig.bitmap.ColorOrder == ORDER_565;
-  const std::uint32_t entries = bits <= 8 ? 1U << bits : 0;
-  const std::uint32_t colors = masks ? 12 : entries * (format == FMT_OS2 ? 3 : 4);
-  const std::uint32_t header = format == FMT_OS2 ? 12 : isLong ? 64 : 40;
+  const uint32_t entries = bits <= 8 ? 1U << bits : 0;
+  const uint32_t colors = masks ? 12 : entries * (format == FMT_OS2 ? 3 : 4);
+  const uint32_t header = format == FMT_OS2 ? 12 : isLong ? 64 : 40;
   const Bytes rows = ModelRows(rig);
-  const auto size = static_cast<std::uint32_t>(rows.size());
+  const auto size = static_cast<uint32_t>(rows.size());
 
   Bytes file;
   if (isIcon) {
-    Append(file, {0, 0, static_cast<std::uint8_t>(format == FMT_CUR ? 2 : 1), 0, 1, 0});
+    Append(file, {0, 0, static_cast<uint8_t>(format == FMT_CUR ? 2 : 1), 0, 1, 0});
     for (const auto byte : {width, height, bits < 8 ? 1U << bits : 0U}) Put(file, byte, 1);
     Put(file, 0, 5);
     Put(file, 40 + colors + size, 4);
@@ -106,7 +106,7 @@ Bytes ModelFile(const Rig& rig) {
     Append(file, {'B', 'M'});
     for (const auto word : {14 + header + colors + size, 0U, 14 + header + colors}) Put(file, word, 4);
   }
-  const std::uint32_t coding = bits == 8 ? 1 : 2;
+  const uint32_t coding = bits == 8 ? 1 : 2;
   Append(file, Header{.size = header,
                       .width = width,
                       .height = height * (isIcon ? 2 : 1),
@@ -119,7 +119,7 @@ Bytes ModelFile(const Rig& rig) {
                       .yPixelsPerMetre = isIcon ? 0U : 11811U}
                    .Encode());
   if (masks) Append(file, Data("F800. 7E0. 1F."));
-  for (std::uint32_t i = 0; i < entries; ++i) {
+  for (uint32_t i = 0; i < entries; ++i) {
     const RGBQUAD& entry = rig.kernel.saved.saveFile.Palette[i];
     Append(file, {entry.Blue, entry.Green, entry.Red});
     if (format != FMT_OS2) Put(file, 0, 1);
@@ -235,7 +235,7 @@ TEST(Pages, LongChainsOfEditsAgreeWithAPlainList) {
       rig.bitmap.Orientation = below(2) == 0 ? ORIENT_BOTTOM_UP : ORIENT_TOP_DOWN;
       rig.kernel.saved.converted.BytesPerLine += below(3) * 4;
       rig.kernel.saved.maskBytesPerLine += below(2);
-      rig.kernel.saved.png = Bytes(1 + static_cast<std::size_t>(below(90)), static_cast<std::uint8_t>(step));
+      rig.kernel.saved.png = Bytes(1 + static_cast<std::size_t>(below(90)), static_cast<uint8_t>(step));
       const Page made = AsNew(rig);
       const bool replaces = edit <= 3;
       const bool isAtEnd = below(4) == 0;

@@ -90,7 +90,7 @@ std::vector<Story> ReadStories(const std::string& path) {
 Keys::Keys(const std::string& text) {
   for (const auto& word : Split(text)) {
     const std::size_t equals = word.find('=');
-    left_[word.substr(0, equals)] = static_cast<std::uint32_t>(Number(word.substr(equals + 1)));
+    left_[word.substr(0, equals)] = static_cast<uint32_t>(Number(word.substr(equals + 1)));
   }
 }
 
@@ -98,9 +98,9 @@ Keys::~Keys() {
   for (const auto& key : left_) ADD_FAILURE() << "nobody knows " << key.first;
 }
 
-std::uint32_t Keys::Take(const std::string& key, std::size_t otherwise) {
+uint32_t Keys::Take(const std::string& key, std::size_t otherwise) {
   const auto node = left_.extract(key);
-  return node ? node.mapped() : static_cast<std::uint32_t>(otherwise);
+  return node ? node.mapped() : static_cast<uint32_t>(otherwise);
 }
 
 Bytes Data(const std::string& text) {
@@ -115,7 +115,7 @@ Bytes Data(const std::string& text) {
       const int step = word[times] == '+' ? 7 : 0;
       for (int i = 0; i < std::stoi(word); ++i) {
         Append(bytes, Hex(word.substr(times + 1)));
-        bytes.back() = static_cast<std::uint8_t>(bytes.back() + step * i + i / 256 * step);
+        bytes.back() = static_cast<uint8_t>(bytes.back() + step * i + i / 256 * step);
       }
     }
   }
@@ -169,7 +169,7 @@ Bytes BitmapOf(const std::string& text) {
 }
 
 Bytes BodyOf(Keys& keys, const std::string& data) {
-  const std::uint32_t png = keys.Take("png");
+  const uint32_t png = keys.Take("png");
   Bytes body = png != 0 ? Hex("89504e470d0a1a0a") : keys.Take("raw") != 0 ? Bytes{} : HeaderOf(keys);
   if (png != 0) body.resize(png, 0x33);
   Append(body, Data(data));
@@ -222,8 +222,8 @@ bool Build(Bytes& file, const Clause& clause) {
   return true;
 }
 
-std::uint32_t NumberAt(const Bytes& bytes, std::size_t at, std::size_t count) {
-  std::uint32_t number = 0;
+uint32_t NumberAt(const Bytes& bytes, std::size_t at, std::size_t count) {
+  uint32_t number = 0;
   for (std::size_t i = count; i-- > 0;) number = number << 8 | (at + i < bytes.size() ? bytes[at + i] : 0U);
   return number;
 }

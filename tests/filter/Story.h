@@ -47,10 +47,10 @@ class Keys {
   ~Keys();
   Keys(const Keys&) = delete;
   Keys& operator=(const Keys&) = delete;
-  std::uint32_t Take(const std::string& key, std::size_t otherwise = 0);
+  uint32_t Take(const std::string& key, std::size_t otherwise = 0);
 
  private:
-  std::map<std::string, std::uint32_t> left_;
+  std::map<std::string, uint32_t> left_;
 };
 
 Bytes Data(const std::string& text);
@@ -59,15 +59,15 @@ bool Build(Bytes& file, const Clause& clause);
 
 /** An image header. */
 struct Header {
-  std::uint32_t size = 40;
-  std::uint32_t width = 4;
-  std::uint32_t height = 2;
-  std::uint32_t bits = 24;
-  std::uint32_t compression = 0;
-  std::uint32_t imageSize = 0;
-  std::uint32_t xPixelsPerMetre = 0;
-  std::uint32_t yPixelsPerMetre = 0;
-  std::uint32_t colorsUsed = 0;
+  uint32_t size = 40;
+  uint32_t width = 4;
+  uint32_t height = 2;
+  uint32_t bits = 24;
+  uint32_t compression = 0;
+  uint32_t imageSize = 0;
+  uint32_t xPixelsPerMetre = 0;
+  uint32_t yPixelsPerMetre = 0;
+  uint32_t colorsUsed = 0;
 
   /** The header's bytes; of a size above 128 only the first 128. */
   [[nodiscard]] Bytes Encode() const;
@@ -83,7 +83,7 @@ std::vector<Page> PagesOf(const Bytes& file);
 /** What the rig's picture is as the page of a new file. */
 Page AsNew(Rig& rig);
 /** A little-endian number in a file, whose missing bytes are 0. */
-std::uint32_t NumberAt(const Bytes& bytes, std::size_t at, std::size_t count);
+uint32_t NumberAt(const Bytes& bytes, std::size_t at, std::size_t count);
 
 /** A number that a set-up may set and a query may ask for. */
 int& Field(Rig& rig, const std::string& name);

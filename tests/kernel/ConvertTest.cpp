@@ -41,9 +41,9 @@ void Make(OwnedBitmap* bitmap, Depth depth, int width, int height, int colors,
   std::vector<Rgba> table;
   for (int i = 0; i < colors; ++i) {
     const auto level = [&random](unsigned int limit) {
-      return static_cast<std::uint8_t>((random() % limit * 255 * 2 + limit - 1) / (limit - 1) / 2);
+      return static_cast<uint8_t>((random() % limit * 255 * 2 + limit - 1) / (limit - 1) / 2);
     };
-    table.push_back({level(32), i % 2 == 0 ? std::uint8_t{0} : std::uint8_t{255}, level(32), 255});
+    table.push_back({level(32), i % 2 == 0 ? uint8_t{0} : uint8_t{255}, level(32), 255});
   }
   if (depth.bits <= 8) {
     RGBQUAD palette[256] = {};
@@ -51,10 +51,10 @@ void Make(OwnedBitmap* bitmap, Depth depth, int width, int height, int colors,
     ASSERT_EQ(VX_SetBitmapNewPalette(bitmap, palette, 1 << depth.bits), STATUS_OK);
   }
   for (int row = 0; row < height; ++row) {
-    std::vector<std::uint8_t> indices;
+    std::vector<uint8_t> indices;
     std::vector<Rgba> pixels;
     for (int x = 0; x < width; ++x) {
-      indices.push_back(static_cast<std::uint8_t>(random() % table.size()));
+      indices.push_back(static_cast<uint8_t>(random() % table.size()));
       pixels.push_back(table[indices.back()]);
     }
     unsigned char* stored = vxkrn::StoredRow(*bitmap, row);
@@ -172,7 +172,7 @@ vxkrn::Census NaiveCensus(const _BITMAPHANDLE& bitmap) {
       census.hasTransparent |= pixel.alpha < 128;
       if (pixel.alpha == 0) census.opacity = std::max(census.opacity, vxkrn::Opacity::kAllOrNothing);
       if (pixel.alpha % 255 != 0) census.opacity = vxkrn::Opacity::kSoft;
-      std::uint8_t word[2];
+      uint8_t word[2];
       for (const bool is565 : {false, true}) {
         vxkrn::Pack16({&pixel, 1}, is565, word);
         const Rgba shown = vxkrn::ColorOfPixel16(word[0] + 256U * word[1], is565);
@@ -225,7 +225,7 @@ TEST_F(ConvertTest, TheCensusIsWhatAllPixelsTell) {
             std::copy_n(std::begin({color.blue, color.green, color.red}), 3, pixel);
           }
           const bool isOdd = pixel == last || (i == 1200 && many == 255);
-          if (isSpecial && isOdd) std::fill_n(pixel, 3, std::uint8_t{9});
+          if (isSpecial && isOdd) std::fill_n(pixel, 3, uint8_t{9});
           const bool isOfFew = isSpecial ? pixel == last : pixel[0] < 20;
           if (depth.bits == 32) pixel[3] = static_cast<unsigned char>(isOfFew ? few : many);
         }
@@ -260,11 +260,11 @@ TEST_F(ConvertTest, ColoursThatDoNotFitBecomeTheNearest) {
   OwnedBitmap bitmap;
   Make(&bitmap, {24}, 60, 40, 1500);
   const std::vector<Color> before = ColorsIn(bitmap);
-  std::int64_t lossOfBest[9] = {};
+  int64_t lossOfBest[9] = {};
   for (const int arg1 : {CONVERT_PALETTE_BEST, CONVERT_PALETTE_FIXED}) {
     for (const int bits : {1, 4, 8}) {
       const Converted after = Convert(bitmap, {bits}, arg1, CONVERT_NEAREST);
-      std::int64_t loss = 0;
+      int64_t loss = 0;
       for (std::size_t i = 0; i < before.size(); ++i) {
         int least = INT_MAX;
         for (int entry = 0; entry < after.entries; ++entry) {
@@ -406,7 +406,7 @@ TEST_F(ConvertTest, PngStreamsInGlobalMemoryKeepWhatTheirDepthCan) {
   Make(&bitmap, {32}, 9, 5, 12);
   bitmap.Flags |= vxkrn::kBitmapHasAlpha;
   for (int x = 0; x < 9; ++x) bitmap.Pixels[4 * x + 3] = static_cast<unsigned char>(30 * x);
-  std::fill_n(bitmap.Pixels, 4 * 4, std::uint8_t{77});  // hidden pixels of a colour of their own
+  std::fill_n(bitmap.Pixels, 4 * 4, uint8_t{77});  // hidden pixels of a colour of their own
   vxkrn::ColorRows source(bitmap);
   int count = 0;
   int sums[3] = {};

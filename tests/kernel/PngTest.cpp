@@ -188,7 +188,7 @@ Bytes Chunk(const std::string& type, const Bytes& data) {
 constexpr std::ptrdiff_t kHeaderEnd = 33;  // of the signature and the first chunk
 
 /// The stream with other sides in its header.
-Bytes WithSides(Bytes stream, std::uint32_t width, std::uint32_t height) {
+Bytes WithSides(Bytes stream, uint32_t width, uint32_t height) {
   png_save_uint_32(&stream[16], width);
   png_save_uint_32(&stream[20], height);
   const Bytes header = Chunk("IHDR", {stream.begin() + 16, stream.begin() + 29});
@@ -213,11 +213,11 @@ TEST_F(Png, SizesOverTheLimitAreRefusedBeforeAllocating) {
 TEST_F(Png, SidesAreThoseOfEveryPicture) {
   const Bytes stream = MakePng(kKinds[12], false);
   vxkrn::PngDescription description = {};
-  const auto describe = [&](std::uint32_t width, std::uint32_t height) {
+  const auto describe = [&](uint32_t width, uint32_t height) {
     const Bytes changed = WithSides(stream, width, height);
     return vxkrn::DescribePng(changed.data(), changed.size(), &description);
   };
-  constexpr std::uint32_t kLongest = (1U << 28) - 1;
+  constexpr uint32_t kLongest = (1U << 28) - 1;
   EXPECT_EQ(describe(kLongest, 1), STATUS_OK);
   EXPECT_EQ(describe(1, kLongest), STATUS_OK);
   EXPECT_EQ(describe(kLongest + 1, 1), STATUS_BAD_FORMAT);
@@ -227,7 +227,7 @@ TEST_F(Png, SidesAreThoseOfEveryPicture) {
   const Bytes rgba(std::size_t{4} * kWide, 255);
   vx_bitmap* wide = nullptr;
   ASSERT_EQ(vx_bitmap_from_rgba(kWide, 1, rgba.data(), &wide), VX_OK);
-  std::uint8_t* png = nullptr;
+  uint8_t* png = nullptr;
   std::size_t size = 0;
   EXPECT_EQ(vx_bitmap_encode_png(wide, &png, &size), VX_OK) << vxkrn::Detail().CString();
   vx_free(png);
@@ -264,7 +264,7 @@ TEST_F(Png, EveryAllocationMayFail) {
 }
 
 std::string Encoded(const vx_bitmap& bitmap) {
-  std::uint8_t* png = nullptr;
+  uint8_t* png = nullptr;
   std::size_t size = 0;
   EXPECT_EQ(vx_bitmap_encode_png(&bitmap, &png, &size), VX_OK);
   std::string stream(png, png + size);
