@@ -52,6 +52,13 @@ inline constexpr uint32_t kFileSize = 2;
 inline constexpr uint32_t kDataOffset = 10;
 }  // namespace file_at
 
+/// Where the fields lie that open an element of an OS/2 array.
+namespace array_at {
+inline constexpr uint32_t kSignature = 0;
+inline constexpr uint32_t kNext =
+    6;  // of the next element, from the start of the file; 0 behind the last one
+}  // namespace array_at
+
 /// Where the fields of a core header lie.
 namespace core_at {
 inline constexpr uint32_t kSize = 0;

@@ -127,7 +127,19 @@ typedef enum vx_reason {
   VX_REASON_NO_DISPLAY = 48,     /**< the display library cannot be loaded */
   VX_REASON_BAD_DISPLAY = 49,    /**< the display library does not work */
   VX_REASON_FILTER_GAVE_UP = 50, /**< the filter failed for no reason that is known; first: its status */
-  VX_REASON_INTERNAL = 51        /**< a fault of this library, or of functions that an application gave it */
+  VX_REASON_INTERNAL = 51,       /**< a fault of this library, or of functions that an application gave it */
+  /* what only the library's own readers know of */
+  VX_REASON_CODING_NOT_AT_DEPTH = 52, /**< a coding that there is, at other depths; first: the compression;
+                                         second: bits per pixel */
+  VX_REASON_HEADER_CUT = 53,          /**< the file ends inside an image header; first: where that begins;
+                                         second: the length that it says */
+  VX_REASON_TABLE_CUT = 54,           /**< or inside a colour table; the same numbers */
+  VX_REASON_TOO_LITTLE_DATA = 55,    /**< no row of the picture is there; first, second: bytes of pixels there
+                                        are, and that a row needs */
+  VX_REASON_JPEG_DAMAGED = 56,       /**< a JPEG stream is damaged */
+  VX_REASON_NO_JPEG = 57,            /**< this library was built without a reader for JPEG streams */
+  VX_REASON_PROFILE_DAMAGED = 58,    /**< a colour profile that cannot be used */
+  VX_REASON_NO_COLOR_MANAGEMENT = 59 /**< this library was built without what applies colour profiles */
 } vx_reason;
 
 /** What this thread's last failed call found wrong, in numbers. */
@@ -166,6 +178,55 @@ VX_API const char* vx_reason_advice(int reason);
  */
 VX_API int vx_error_rows_missing(void);
 
+/* ---- Remarks ------------------------------------------------------------------------------------- */
+
+/** What went well, but not whole or not as the file says. first and second are numbers of vx_remark. */
+typedef enum vx_remark_code {
+  VX_REMARK_NONE = 0,
+  /* loading */
+  VX_REMARK_ROWS_MISSING = 1,    /**< first: rows that are there; second: rows of the picture */
+  VX_REMARK_OFFSET_MENDED = 2,   /**< no pixels can be where the file says; first: what it says; second: where
+                                    they were taken from */
+  VX_REMARK_NO_FILE_HEADER = 3,  /**< a bitmap that begins with its image header; first: that one's length */
+  VX_REMARK_ALPHA_TAKEN = 4,     /**< the fourth bytes are in use, and were taken as alpha */
+  VX_REMARK_ALPHA_IGNORED = 5,   /**< the fourth bytes are in use, and were not taken as alpha */
+  VX_REMARK_ALPHA_EMPTY = 6,     /**< alpha that would hide every pixel was not believed */
+  VX_REMARK_PROFILE_LINKED = 7,  /**< the colour profile is another file, which is never opened */
+  VX_REMARK_PROFILE_DAMAGED = 8, /**< the colour profile cannot be used, and was not */
+  VX_REMARK_MASK_MISSING = 9,    /**< first: mask rows that are there; second: mask rows of the page */
+  VX_REMARK_ENTRY_SIZE = 10,   /**< the directory says another size; first, second: width and height there */
+  VX_REMARK_ENTRY_DEPTH = 11,  /**< the directory says another depth; first: that; second: the page's own */
+  VX_REMARK_ENTRY_LENGTH = 12, /**< the directory says another length; first: that; second: the page's own */
+  VX_REMARK_BODIES_OVERLAP = 13,     /**< the page shares bytes with another; first: the other page */
+  VX_REMARK_PNG_IN_CURSOR = 14,      /**< a page of a cursor file is a PNG stream */
+  VX_REMARK_HEIGHT_NOT_DOUBLED = 15, /**< the page's header leaves out the mask; first: the height it says */
+  VX_REMARK_HEADER_IN_ICON = 16,     /**< the page's header is not the usual one; first: its length */
+  VX_REMARK_CHUNK_SIZE =
+      17, /**< an animated cursor's size field lies; first: its byte; second: what it says */
+  /* saving */
+  VX_REMARK_ALPHA_HARDENED = 18, /**< half opaque and more became opaque, the rest transparent */
+  VX_REMARK_ALPHA_DROPPED = 19,  /**< everything is opaque in the file */
+  VX_REMARK_COLORS_LOST = 20,    /**< some pixels changed their colour; first: bits per pixel written */
+  VX_REMARK_PROFILE_DROPPED = 21 /**< the format has no place for the colour profile */
+} vx_remark_code;
+
+typedef struct vx_remark {
+  int code;       /**< vx_remark_code */
+  int page;       /**< the page of the file, from 1; 0 where it has one only */
+  int64_t first;  /**< what vx_remark_code says; else 0 */
+  int64_t second; /**< what vx_remark_code says; else 0 */
+} vx_remark;
+
+/**
+ * What this thread's last call that loaded or saved has to remark, in the order in which it was noticed.
+ * @param count receives how many there are, at most 16 @return the first; valid until the thread's next call
+ */
+VX_API const vx_remark* vx_remarks(int* count);
+/** @return the code's name, such as "rows-missing"; "unknown" for any other number. */
+VX_API const char* vx_remark_name(int code);
+/** @return one sentence that says what it means; "" for other numbers. */
+VX_API const char* vx_remark_text(int code);
+
 /* ---- What a file holds --------------------------------------------------------------------------- */
 
 typedef enum vx_format {
@@ -180,7 +241,12 @@ typedef enum vx_format {
   VX_FORMAT_RAW_RLE4 = 157,
   VX_FORMAT_RAW_RLE8 = 158,
   VX_FORMAT_RAW_BITFIELDS = 159,
-  VX_FORMAT_VISTA_ICO = 321 /**< icon with a PNG page or a page of 256 pixels */
+  VX_FORMAT_VISTA_ICO = 321, /**< icon with a PNG page or a page of 256 pixels */
+  /* what the library reads beside the filter */
+  VX_FORMAT_DIB = 1000,         /**< bitmap without a file header, as clipboards have them */
+  VX_FORMAT_OS2_ICON = 1001,    /**< OS/2 icon */
+  VX_FORMAT_OS2_POINTER = 1002, /**< OS/2 pointer */
+  VX_FORMAT_ANI = 1003          /**< animated cursor */
 } vx_format;
 
 /** @return a short name for people, such as "Windows bitmap"; "unknown" for any other number. */
@@ -200,7 +266,7 @@ typedef struct vx_info {
   int format;         /**< vx_format */
   int width;          /**< pixels */
   int height;         /**< pixels */
-  int bits_per_pixel; /**< 1, 4, 8, 16, 24 or 32 */
+  int bits_per_pixel; /**< of the file: 1, 4, 8, 16, 24 or 32; of bitmap files also 2 and 64 */
   int orientation;    /**< vx_orientation: the order of the rows in the file */
   int color_order;    /**< vx_order */
   int x_dpi;          /**< dots per inch; 96 where the file names none */
@@ -272,6 +338,18 @@ typedef struct vx_raw {
   uint32_t blue_mask;
 } vx_raw;
 
+typedef enum vx_load_flags {
+  VX_LOAD_AS_FILTER = 1, /**< exactly what the filter gives: what its contract refuses or flattens stays so */
+  VX_LOAD_TO_SRGB = 2    /**< colours by a profile, or calibrated ones, become sRGB */
+} vx_load_flags;
+
+/** What the fourth bytes of a bitmap file's 32-bit pixels are where nothing in the file says so. */
+typedef enum vx_alpha {
+  VX_ALPHA_IGNORE = 0, /**< nothing */
+  VX_ALPHA_AUTO = 1,   /**< alpha where some of them is not 0, as in icons */
+  VX_ALPHA_FORCE = 2   /**< alpha */
+} vx_alpha;
+
 /** How to load. Start from VX_LOAD_OPTIONS_DEFAULT; passing null means just that. */
 typedef struct vx_load_options {
   int page;             /**< from 1 */
@@ -281,10 +359,12 @@ typedef struct vx_load_options {
   int band_count;       /**< rows in the band; 0: the whole picture, if band_first is 0 */
   int read_buffer_size; /**< bytes the decoder reads at once, even, 2 and more; 0: a good size */
   const vx_raw* raw;    /**< not null: the source is headerless data of this description */
+  unsigned int flags;   /**< vx_load_flags */
+  int alpha;            /**< vx_alpha */
 } vx_load_options;
 
 #define VX_LOAD_OPTIONS_DEFAULT \
-  { 1, 0, VX_ORDER_FILE, 0, 0, 0, NULL }
+  { 1, 0, VX_ORDER_FILE, 0, 0, 0, NULL, 0, VX_ALPHA_IGNORE }
 
 /** A picture in memory. */
 typedef struct vx_bitmap vx_bitmap;
@@ -311,6 +391,7 @@ typedef struct vx_bitmap_info {
   int has_region;    /**< nonzero: some pixels may be outside (transparent) */
   int hot_x;         /**< the pixel that points, of a whole page of a cursor; else 0 */
   int hot_y;
+  int rows_present; /**< rows, of the bitmap's, that the file really had; the others are made up */
 } vx_bitmap_info;
 
 /**

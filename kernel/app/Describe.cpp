@@ -8,6 +8,7 @@
 #include "app/PngFile.h"
 #include "base/CallRecord.h"
 #include "base/Errors.h"
+#include "beyond/BitmapFile.h"
 #include "beyond/MendedIcon.h"
 #include "bitmap/Bitmap.h"
 #include "files/Files.h"
@@ -93,7 +94,15 @@ bool IsIcon(const IMAGEINFO& info) noexcept {
 
 namespace {
 
-int LookAtPage(vx_source& source, int page, IMAGEINFO* info) {
+int DescribeOwn(const vx_source& source, const BitmapImage& image, IMAGEINFO* info) {
+  if (const int status = CheckBitmap(image); status != STATUS_OK) return Explain(status, source, 0, {});
+  DescribeBitmap(image, info);
+  info->XResolution = DpiOrDefault(info->XResolution);
+  info->YResolution = DpiOrDefault(info->YResolution);
+  return STATUS_OK;
+}
+
+int LookAtPage(vx_source& source, int page, bool asFilter, IMAGEINFO* info) {
   if (page < 1) {
     return Fail({STATUS_BAD_PAGE, VX_REASON_NO_SUCH_PAGE, page}, "page ", page,
                 " was asked for; pages count from 1");
@@ -103,8 +112,12 @@ int LookAtPage(vx_source& source, int page, IMAGEINFO* info) {
     const int described = DescribePngFile(source, info);
     return described == STATUS_OK ? described : Explain(described, source, 0, {});
   }
+  std::optional<BitmapImage> image;
+  int status = asFilter ? int{STATUS_OK} : FindBitmap(source, page, &image);
+  if (status != STATUS_OK) return Explain(status, source, 0, {});
+  if (image && !image->isFilters) return DescribeOwn(source, *image, info);
   const Filter* filter = nullptr;
-  int status = LoadFilter(&filter);
+  status = LoadFilter(&filter);
   if (status != STATUS_OK) return status;
 
   FilterCall context;
@@ -120,22 +133,24 @@ int LookAtPage(vx_source& source, int page, IMAGEINFO* info) {
 
   info->XResolution = DpiOrDefault(info->XResolution);
   info->YResolution = DpiOrDefault(info->YResolution);
+  if (image) info->TotalPages = image->pageCount;
   CorrectPngDepth(context, info);
   return CheckPicture(source, pageWorthSaying, *info);
 }
 
 }  // namespace
 
-int Identify(vx_source& source, int page, IMAGEINFO* info) {
+int Identify(vx_source& source, int page, bool asFilter, IMAGEINFO* info) {
   vx_source::Head* const head = source.head.get();
-  if (head != nullptr && page >= 1 && page == head->describedPage) {
+  if (head != nullptr && page >= 1 && page == head->describedPage && asFilter == head->describedAsFilter) {
     *info = head->described;
     return STATUS_OK;
   }
-  const int status = LookAtPage(source, page, info);
+  const int status = LookAtPage(source, page, asFilter, info);
   if (status != STATUS_OK || head == nullptr) return status;
   head->described = *info;
   head->describedPage = page;
+  head->describedAsFilter = asFilter;
   return STATUS_OK;
 }
 
@@ -148,7 +163,7 @@ int vx_describe(vx_source* source, int page, vx_info* info) {
     }
     *info = vx_info{};
     IMAGEINFO found;
-    const int status = vxkrn::Identify(*source, page, &found);
+    const int status = vxkrn::Identify(*source, page, false, &found);
     if (status != STATUS_OK) return status;
     info->format = found.Format;
     info->width = found.Width;

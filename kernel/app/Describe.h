@@ -6,9 +6,9 @@
 
 namespace vxkrn {
 
-/// Fills info for one page. @return STATUS_OK with a size, depth and resolution that hold, or a failure with
-/// its detail set.
-[[nodiscard]] int Identify(vx_source& source, int page, IMAGEINFO* info);
+/// Fills info for one page, as the library sees it or as the filter does. @return STATUS_OK with a size,
+/// depth and resolution that hold, or a failure with its detail set.
+[[nodiscard]] int Identify(vx_source& source, int page, bool asFilter, IMAGEINFO* info);
 
 /// A resolution as applications see it: 96 where the file names none.
 [[nodiscard]] constexpr int DpiOrDefault(int dpi) noexcept {

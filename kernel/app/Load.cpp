@@ -3,10 +3,12 @@
 
 #include "app/Describe.h"
 #include "app/Explain.h"
+#include "app/LoadOwn.h"
 #include "app/LoadPlan.h"
 #include "app/PngFile.h"
 #include "app/RowSink.h"
 #include "base/Errors.h"
+#include "base/Remarks.h"
 #include "beyond/IconFile.h"
 #include "bitmap/Region.h"
 #include "files/Files.h"
@@ -26,7 +28,7 @@ int PrepareTarget(const LoadPlan& plan, _BITMAPHANDLE* target) {
   if (status != STATUS_OK)
     return Fail({status, VX_REASON_BAD_SIZE, info.Width, info.Height}, "no bitmap can hold the page");
   target->Orientation = info.Orientation;
-  target->ColorOrder = plan.options.raw != nullptr ? info.ColorOrder : kOrderOfTheFile;
+  target->ColorOrder = plan.options.raw != nullptr || plan.IsOwn() ? info.ColorOrder : kOrderOfTheFile;
   target->XResolution = info.XResolution;
   target->YResolution = info.YResolution;
   target->ColorCount = info.BitsPerPixel <= 8 ? 1 << info.BitsPerPixel : 0;
@@ -51,11 +53,18 @@ void DescribeRawTo(const vx_raw& raw, _LOADDISPATCH* dispatch) {
   }
 }
 
-/// Has the filter deliver the pixels as they are, as if they had no header.
-void TakeAsHeaderless(const WideFields& fields, _LOADDISPATCH* dispatch) {
-  dispatch->FileInfo->Format = FMT_RAW_BITFIELDS;
+/// Has the filter decode run-length data that was found here as if it had no header.
+int TakeAsHeaderless(const vx_source& source, const bmp::BitmapLayout& layout, _LOADDISPATCH* dispatch) {
+  if (layout.pixelOffset > INT32_MAX) {
+    return Fail({STATUS_SEEK_ERROR, VX_REASON_OUT_OF_REACH}, "its run-length data begins beyond byte ",
+                INT32_MAX);
+  }
+  const bool isRle4 = layout.compression == bmp::kCompressionRle4;
+  dispatch->FileInfo->Format = isRle4 ? FMT_RAW_RLE4 : FMT_RAW_RLE8;
   dispatch->RawHasOffset = 1;
-  dispatch->RawOffset = static_cast<int>(fields.pixelOffset);
+  dispatch->RawOffset = static_cast<int>(layout.pixelOffset);
+  dispatch->RawFlags |= RAW_HAS_PALETTE;
+  return ReadPalette(source, layout, dispatch->RawPalette);
 }
 
 int RunFilter(const Filter& filter, vx_source& source, LoadPlan* plan, _BITMAPHANDLE* target, RowSink* sink) {
@@ -79,7 +88,10 @@ int RunFilter(const Filter& filter, vx_source& source, LoadPlan* plan, _BITMAPHA
     dispatch.BandRowCount = plan->bandCount;
   }
   if (plan->options.raw != nullptr) DescribeRawTo(*plan->options.raw, &dispatch);
-  if (plan->wideFields) TakeAsHeaderless(*plan->wideFields, &dispatch);
+  if (plan->IsOwn()) {
+    const int status = TakeAsHeaderless(source, plan->image->layout, &dispatch);
+    if (status != STATUS_OK) return status;
+  }
   const Backend view = source.View();
   const BackendScope scope(view);
   return filter.load(&dispatch);
@@ -111,18 +123,14 @@ int Finish(const LoadPlan& plan, const _BITMAPHANDLE& target, vx_bitmap* picture
   int status = TakePalette(target, record);
   const int firstStored = FirstStoredRow(plan.bandFirst, plan.bandCount, target.Height, record->Orientation);
   if (status == STATUS_OK) status = CopyRegionRows(target, firstStored, record);
-  if (status != STATUS_OK) return status;
-  if (plan.wideFields) SortChannels(*plan.wideFields, record);
-  picture->TakeColors();
-  if (plan.options.color_order != VX_ORDER_FILE) picture->ConvertOrder(plan.options.color_order);
-  return STATUS_OK;
+  return status;
 }
 
 /// Whether the filter failed within the rows, which it can do without: it sets the order of the colours once
 /// headers and palette are read, and headerless data is all rows.
 bool MissesRowsAlone(const LoadPlan& plan, const _BITMAPHANDLE& target, int status) {
   const bool tookHeaders =
-      plan.options.raw != nullptr || plan.wideFields || target.ColorOrder != kOrderOfTheFile;
+      plan.options.raw != nullptr || plan.IsOwn() || target.ColorOrder != kOrderOfTheFile;
   return status == STATUS_READ_ERROR && tookHeaders && plan.options.allow_truncated == 0;
 }
 
@@ -133,39 +141,94 @@ HotSpot FindHotSpot(vx_source& source, int page) {
   return IconReader(view, source.Name()).ReadEntry(page, &entry) ? HotSpotOf(entry) : HotSpot{};
 }
 
+/// The rows, decoded by the filter. @return STATUS_OK, or a failure with its detail set that names the file
+int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t* fourthBytes) {
+  const Filter* filter = nullptr;
+  int status = LoadFilter(&filter);
+  if (status != STATUS_OK) return status;
+  FilterCall context;
+  context.toleratesMissingMask = plan->options.allow_truncated != 0;
+  const FilterCallScope scope(&context);
+  RowSink sink(*plan, context, picture);
+  OwnedBitmap target;
+  status = PrepareTarget(*plan, &target);
+  if (status == STATUS_OK && !plan->isPng) status = sink.Allocate(plan->info.BitsPerPixel);
+  if (status == STATUS_OK) status = RunFilter(*filter, source, plan, &target, &sink);
+  if (status == STATUS_OK) status = Finish(*plan, target, picture);
+  const int pageWorthSaying = plan->info.TotalPages > 1 ? plan->options.page : 0;
+  if (status != STATUS_OK) {
+    Explain(status, source, pageWorthSaying, ThisCall().lastRead);
+    if (MissesRowsAlone(*plan, target, status)) Failure().reason = VX_REASON_ROWS_MISSING;
+    return status;
+  }
+  if (plan->isPng && context.png.hasAlpha) picture->record.Flags |= kBitmapHasAlpha;
+  *fourthBytes = sink.FourthBytes();
+  const bool isWhole = picture->record.Height == target.Height;
+  if (plan->info.Format == FMT_CUR && isWhole) picture->hotSpot = FindHotSpot(source, plan->options.page);
+  return STATUS_OK;
+}
+
+/// What the fourth bytes of 32-bit pixels mean. Icons say nothing of it: there any that is not 0 makes all of
+/// them alpha. Bitmap files say so by a mask; many writers leave 0 everywhere all the same, and every reader
+/// that people use shows such a picture.
+void SettleAlpha(const LoadPlan& plan, uint32_t fourthBytes, _BITMAPHANDLE* record) {
+  if (record->BitsPerPixel != 32 || plan.isPng) return;
+  const bool isInUse = fourthBytes != 0;
+  const bool isWhole = record->Height == plan.info.Height;
+  if (HasAlpha(*record)) {
+    if (isInUse || !isWhole) return;
+    record->Flags &= ~kBitmapHasAlpha;
+    return AddRemark(VX_REMARK_ALPHA_EMPTY);
+  }
+  const bool isAsked =
+      plan.options.alpha == VX_ALPHA_FORCE || (plan.options.alpha == VX_ALPHA_AUTO && isInUse);
+  if (plan.isIcon ? isInUse : isAsked) record->Flags |= kBitmapHasAlpha;
+  if (!plan.isIcon && isInUse) AddRemark(HasAlpha(*record) ? VX_REMARK_ALPHA_TAKEN : VX_REMARK_ALPHA_IGNORED);
+}
+
+/// What is said of a picture that is there, but not as its file says.
+void RemarkOn(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture) {
+  if (plan.image) {
+    const bmp::BitmapLayout& layout = plan.image->layout;
+    const auto file = bmp::DecodeFileHeader(
+        source.BlockAt<bmp::kFileHeaderSize>(layout.headerOffset - bmp::kFileHeaderSize));
+    if (layout.isOffsetMended) {
+      AddRemark(VX_REMARK_OFFSET_MENDED, file.dataOffset, static_cast<int64_t>(layout.pixelOffset));
+    }
+    if (!layout.hasFileHeader) AddRemark(VX_REMARK_NO_FILE_HEADER, layout.headerSize);
+    if (!plan.IsDecodedHere() && IsPlain(layout, plan.image->decoder)) {
+      const int first =
+          FirstStoredRow(plan.bandFirst, plan.bandCount, plan.info.Height, plan.info.Orientation);
+      picture->rowsPresent = std::clamp(RowsThere(source, layout) - first, 0, plan.bandCount);
+    }
+  }
+  if (picture->rowsPresent < picture->record.Height) {
+    AddRemark(VX_REMARK_ROWS_MISSING, picture->rowsPresent, picture->record.Height);
+  }
+}
+
 int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bitmap>* loaded) {
   LoadPlan plan;
   int status = PlanLoad(source, options, &plan);
   if (status != STATUS_OK) return status;
   auto picture = memory::Make<vx_bitmap>({"kernel/Load", __LINE__});
   if (picture == nullptr) return FailForMemory("a bitmap record", sizeof(vx_bitmap));
+  uint32_t fourthBytes = 0;
   if (plan.info.Format == FMT_PNG) {
     status = LoadPngFile(source, plan.bandFirst, plan.bandCount, picture.get());
     if (status != STATUS_OK) return Explain(status, source, 0, {});
-    *loaded = std::move(picture);
-    return STATUS_OK;
+  } else if (plan.IsDecodedHere()) {
+    status = LoadOwn(source, plan, picture.get(), &fourthBytes);
+    if (status != STATUS_OK)
+      return Explain(status, source, plan.info.TotalPages > 1 ? plan.options.page : 0, {});
+  } else {
+    status = LoadByFilter(source, &plan, picture.get(), &fourthBytes);
+    if (status != STATUS_OK) return status;
   }
-  const Filter* filter = nullptr;
-  status = LoadFilter(&filter);
-  if (status != STATUS_OK) return status;
-  FilterCall context;
-  context.toleratesMissingMask = plan.options.allow_truncated != 0;
-  const FilterCallScope scope(&context);
-  RowSink sink(plan, context, picture.get());
-  OwnedBitmap target;
-  status = PrepareTarget(plan, &target);
-  if (status == STATUS_OK && !plan.isPng) status = sink.Allocate(plan.info.BitsPerPixel);
-  if (status == STATUS_OK) status = RunFilter(*filter, source, &plan, &target, &sink);
-  if (status == STATUS_OK) status = Finish(plan, target, picture.get());
-  const int pageWorthSaying = plan.info.TotalPages > 1 ? plan.options.page : 0;
-  if (status != STATUS_OK) {
-    Explain(status, source, pageWorthSaying, ThisCall().lastRead);
-    if (MissesRowsAlone(plan, target, status)) Failure().reason = VX_REASON_ROWS_MISSING;
-    return status;
-  }
-  if (plan.isPng ? context.png.hasAlpha : sink.SawFourthByte()) picture->record.Flags |= kBitmapHasAlpha;
-  const bool isWhole = picture->record.Height == target.Height;
-  if (plan.info.Format == FMT_CUR && isWhole) picture->hotSpot = FindHotSpot(source, plan.options.page);
+  if (plan.info.Format != FMT_PNG) SettleAlpha(plan, fourthBytes, &picture->record);
+  picture->TakeColors();
+  if (plan.options.color_order != VX_ORDER_FILE) picture->ConvertOrder(plan.options.color_order);
+  RemarkOn(source, plan, picture.get());
   *loaded = std::move(picture);
   return STATUS_OK;
 }

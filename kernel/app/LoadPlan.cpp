@@ -1,6 +1,8 @@
 // Checks load options, for files and for headerless data. Opens and decodes nothing but the description.
 #include "app/LoadPlan.h"
 
+#include <algorithm>
+
 #include "app/Describe.h"
 #include "base/Errors.h"
 #include "bitmap/Bitmap.h"
@@ -17,6 +19,9 @@ int CheckOptions(vx_load_options* options) {
                            "; it must be even and 2 or more, or 0");
   }
   const int order = options->color_order;
+  if (options->alpha < VX_ALPHA_IGNORE || options->alpha > VX_ALPHA_FORCE) {
+    return FailForArgument("alpha is ", options->alpha, "; it must be VX_ALPHA_IGNORE, AUTO or FORCE");
+  }
   if (order != VX_ORDER_FILE && order != VX_ORDER_BGR && order != VX_ORDER_565) {
     return FailForArgument("color_order is ", order,
                            "; it must be VX_ORDER_FILE, VX_ORDER_BGR or VX_ORDER_565");
@@ -102,6 +107,34 @@ bool IsWithinReach(const LoadPlan& plan) {
   return first * Stride(info.Width, info.BitsPerPixel) <= INT32_MAX;
 }
 
+/// Which rows of the band the file has, before memory is taken for any.
+int CheckRowsThere(const vx_source& source, const LoadPlan& plan, int there) {
+  const bmp::BitmapLayout& layout = plan.image->layout;
+  const int first = FirstStoredRow(plan.bandFirst, plan.bandCount, plan.info.Height, plan.info.Orientation);
+  const int inBand = std::clamp(there - first, 0, plan.bandCount);
+  // The last row may be cut off: old writers leave out what shows nowhere.
+  if (inBand >= plan.bandCount - 1 && inBand + 1 > 0 && there > 0) return STATUS_OK;
+  if (plan.options.allow_truncated != 0 && there > 0) return STATUS_OK;
+  const auto size = static_cast<uint64_t>(std::max<int64_t>(source.Size(), 0));
+  const auto needed = PixelBytes(layout.width, layout.depth);
+  if (there == 0) {
+    const uint64_t bytes = size - std::min(size, layout.pixelOffset);
+    return Fail(Cause(STATUS_READ_ERROR, VX_REASON_TOO_LITTLE_DATA, bytes, needed).At(size), "of its ",
+                layout.height, " rows, ", needed, " bytes each from byte ", layout.pixelOffset,
+                " on, not one is there: the file ends at byte ", size);
+  }
+  return Fail(Cause(STATUS_READ_ERROR, VX_REASON_ROWS_MISSING, layout.pixelOffset).At(size),
+              "the file ends at byte ", size, ": ", there, " of its ", layout.height, " rows are there");
+}
+
+/// Decides who finds the rows and refuses a picture that the file cannot hold.
+int PlanRows(const vx_source& source, LoadPlan* plan) {
+  BitmapImage& image = *plan->image;
+  if (!IsPlain(image.layout, image.decoder)) return STATUS_OK;
+  if (plan->bandCount < plan->info.Height && !IsWithinReach(*plan)) image.isFilters = false;
+  return CheckRowsThere(source, *plan, RowsThere(source, image.layout));
+}
+
 }  // namespace
 
 int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) {
@@ -109,13 +142,16 @@ int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) 
   const vx_raw* raw = plan->options.raw;
   int status = CheckOptions(&plan->options);
   if (status != STATUS_OK) return status;
+  const bool asFilter = (plan->options.flags & VX_LOAD_AS_FILTER) != 0;
   status = raw != nullptr ? DescribeRaw(*raw, plan->options.page, &plan->info)
-                          : Identify(source, plan->options.page, &plan->info);
+                          : Identify(source, plan->options.page, asFilter, &plan->info);
   if (status == STATUS_OK) status = PlanBand(plan);
   if (status != STATUS_OK) return status;
+  if (raw == nullptr && !asFilter) status = FindBitmap(source, plan->options.page, &plan->image);
+  if (status == STATUS_OK && plan->image) status = PlanRows(source, plan);
+  if (status != STATUS_OK) return NameFailure(status, source.Name());
   plan->isIcon = IsIcon(plan->info);
   plan->isPng = IsPngPage(plan->info);
-  if (raw == nullptr) plan->wideFields = FindWideFields(source, plan->info);
   // An icon's mask follows its last row, and a run cannot be started in the middle.
   plan->filterCutsBand = plan->bandCount < plan->info.Height && !plan->isIcon &&
                          plan->info.Compression[0] == '\0' && IsWithinReach(*plan);

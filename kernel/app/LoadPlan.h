@@ -1,20 +1,29 @@
 // What a load was asked to do, checked and complete: nothing later has to look at the options again.
 #pragma once
 
+#include <optional>
 #include "base/Contract.h"
-#include "beyond/WideFields.h"
+
+#include "beyond/BitmapFile.h"
 #include "files/Source.h"
 
 namespace vxkrn {
 
 struct LoadPlan {
+  /// Whether the rows are found here, and not by the filter.
+  [[nodiscard]] bool IsOwn() const noexcept { return image && !image->isFilters; }
+  /// Whether they are decoded here, too.
+  [[nodiscard]] bool IsDecodedHere() const noexcept {
+    return IsOwn() && (image->decoder != bmp::Decoder::kFilter || IsPlain(image->layout, image->decoder));
+  }
+
   vx_load_options options;  ///< with every default filled in
   IMAGEINFO info;           ///< the page, or the headerless data's description
   int bandFirst;            ///< rows wanted, from the top
   int bandCount;
   bool isIcon;
   bool isPng;
-  std::optional<WideFields> wideFields;  ///< the pixels' channels have to be sorted here
+  std::optional<BitmapImage> image;  ///< of a bitmap file: what the library makes of it
   bool filterCutsBand;  ///< the filter is asked for the band's rows alone (and says in its flags if it was)
 };
 

@@ -21,13 +21,8 @@ bool IsBlank(const unsigned char* row, std::size_t count) {
 }  // namespace
 
 int RowSink::Allocate(int bitsPerPixel) {
-  _BITMAPHANDLE* record = &picture_->record;
   const int width = plan_.info.Width;
-  const uint64_t bytes = PictureBytes(width, plan_.bandCount, bitsPerPixel);
-  if (!memory::Fits(bytes)) return FailForMemory("the picture", bytes);
-  int status = VX_InitBitmap(record, sizeof(_BITMAPHANDLE), width, plan_.bandCount, bitsPerPixel);
-  if (status == STATUS_OK) status = VX_AllocateBitmap(record, BITMAP_ALLOCATE_PIXELS);
-  if (status == STATUS_NO_MEMORY) return FailForMemory("the picture", bytes);
+  const int status = AllocatePixels(width, plan_.bandCount, bitsPerPixel, picture_);
   rowBytes_ = static_cast<std::size_t>(PixelBytes(width, bitsPerPixel));
   return status;
 }
@@ -56,7 +51,7 @@ bool RowSink::MayRunShortAfter(int rowNumber) const noexcept {
 }
 
 void RowSink::NoteFourthBytes(const unsigned char* row) noexcept {
-  for (std::size_t i = 3; i < rowBytes_; i += 4) fourthBytes_ |= row[i];
+  fourthBytes_ |= vxkrn::FourthBytes(row, rowBytes_ / 4);
 }
 
 int RowSink::Take(int orientation, unsigned char* row, bool isUncompressed, int rowNumber) {
@@ -67,7 +62,7 @@ int RowSink::Take(int orientation, unsigned char* row, bool isUncompressed, int 
   const int count = plan_.bandCount;
   const bool isCut = plan_.filterCutsBand && isUncompressed;
   if (rowNumber < 0 || rowNumber >= (isCut ? count : height)) return FailForChange();
-  if (plan_.isIcon && !plan_.isPng && picture_->record.BitsPerPixel == 32) NoteFourthBytes(row);
+  if (!plan_.isPng && picture_->record.BitsPerPixel == 32) NoteFourthBytes(row);
 
   // Rows of a band that the filter cut start at the band's first stored row.
   const int inBand = isCut ? FlipRow(rowNumber, count, orientation)

@@ -15,8 +15,8 @@ class RowSink {
 
   /// Gives the picture its pixels. @return STATUS_OK, or a failure with its detail set.
   [[nodiscard]] int Allocate(int bitsPerPixel);
-  /// Whether some row, wanted or not, had a fourth byte that is not 0 (32-bit icon pages).
-  [[nodiscard]] bool SawFourthByte() const noexcept { return fourthBytes_ != 0; }
+  /// The fourth bytes of 32-bit pixels, wanted or not, all of them or-ed together.
+  [[nodiscard]] uint32_t FourthBytes() const noexcept { return fourthBytes_; }
 
   /// ROWCALLBACK; userData is the sink.
   static int Callback(IMAGEINFO* info, _BITMAPHANDLE* bitmap, unsigned char* row, unsigned int flags,

@@ -2,6 +2,8 @@
 // the contract's services and callbacks have no argument that could bring it.
 #pragma once
 
+#include <array>
+
 #include "base/Errors.h"
 #include "base/Memory.h"
 #include "base/PngDescription.h"
@@ -40,9 +42,16 @@ struct FilterCall {
   LazyCensus* census = nullptr;  ///< of the picture that is saved
 };
 
+/// What a call did that went well but not whole.
+struct Remarks {
+  std::array<vx_remark, 16> all = {};
+  int count = 0;
+};
+
 struct CallRecord {
   vx_error_info error = {};  ///< of the last call that failed, its sentence in `detail`
   Text detail;
+  Remarks remarks;
   memory::Refusal refusal = {};  ///< the last allocation that failed
   ReadTrace lastRead;            ///< of the handle that was closed last
   LateWrite lateWrite;

@@ -57,6 +57,7 @@ void BeginCall() noexcept {
   call.detail.Clear();
   call.error = {VX_OK, VX_REASON_NONE, 0, 0, -1, 0, 0};
   call.refusal = {};
+  call.remarks.count = 0;
 }
 
 int FailForMemory(std::string_view what, uint64_t needed) noexcept {

@@ -12,7 +12,7 @@ struct ReasonEntry {
   const char* advice;
 };
 
-constexpr std::array<ReasonEntry, 52> kReasons = {{
+constexpr std::array<ReasonEntry, 60> kReasons = {{
     {VX_REASON_NONE, "none", ""},
     {VX_REASON_BAD_ARGUMENT, "bad-argument", "Correct the calling program; the detail names the argument."},
     {VX_REASON_EDIT_IS_OVER, "edit-is-over", "Close the edit and open the file again."},
@@ -80,6 +80,17 @@ constexpr std::array<ReasonEntry, 52> kReasons = {{
     {VX_REASON_FILTER_GAVE_UP, "filter-gave-up",
      "See what the status means; report it if the file is whole."},
     {VX_REASON_INTERNAL, "internal", "Report it, with the file and the detail."},
+    {VX_REASON_CODING_NOT_AT_DEPTH, "coding-not-at-depth",
+     "Take another copy; VX_LOAD_AS_FILTER (--as-filter) may make something of it."},
+    {VX_REASON_HEADER_CUT, "header-cut", "Get a whole copy of the file."},
+    {VX_REASON_TABLE_CUT, "table-cut", "Get a whole copy of the file."},
+    {VX_REASON_TOO_LITTLE_DATA, "too-little-data",
+     "Get a whole copy of the file: of this one nothing can be shown."},
+    {VX_REASON_JPEG_DAMAGED, "jpeg-damaged", "Take another copy; the JPEG stream in it is damaged."},
+    {VX_REASON_NO_JPEG, "no-jpeg", "Build the library with libjpeg, which reads such streams."},
+    {VX_REASON_PROFILE_DAMAGED, "profile-damaged", "Load it without VX_LOAD_TO_SRGB (--srgb)."},
+    {VX_REASON_NO_COLOR_MANAGEMENT, "no-color-management",
+     "Build the library with liblcms2, which applies colour profiles."},
 }};
 
 const ReasonEntry* FindReason(int reason) {

@@ -23,16 +23,22 @@ void vx_bitmap::PutColors(int row, int first, std::span<const vxkrn::Rgba> pixel
   if (!isOpaque) record.Flags |= vxkrn::kBitmapHasAlpha;
 }
 
-int vxkrn::MakePicture(int width, int height, memory::Owned<vx_bitmap>* picture) {
-  const uint64_t bytes = PictureBytes(width, height, 32);
+int vxkrn::AllocatePixels(int width, int height, int bitsPerPixel, vx_bitmap* picture) {
+  const uint64_t bytes = PictureBytes(width, height, bitsPerPixel);
   if (!memory::Fits(bytes)) return FailForMemory("the picture", bytes);
+  _BITMAPHANDLE* record = &picture->record;
+  int status = VX_InitBitmap(record, sizeof *record, width, height, bitsPerPixel);
+  if (status == STATUS_OK) status = VX_AllocateBitmap(record, BITMAP_ALLOCATE_PIXELS);
+  picture->rowsPresent = height;
+  return status == STATUS_NO_MEMORY ? FailForMemory("the picture", bytes) : status;
+}
+
+int vxkrn::MakePicture(int width, int height, memory::Owned<vx_bitmap>* picture) {
   auto made = memory::Make<vx_bitmap>({"kernel/Picture", __LINE__});
   if (made == nullptr) return FailForMemory("a bitmap record", sizeof(vx_bitmap));
-  _BITMAPHANDLE* record = &made->record;
-  int status = VX_InitBitmap(record, sizeof *record, width, height, 32);
-  if (status == STATUS_OK) status = VX_AllocateBitmap(record, BITMAP_ALLOCATE_PIXELS);
-  if (status != STATUS_OK) return FailForMemory("the picture", bytes);
-  record->Orientation = ORIENT_TOP_DOWN;
+  const int status = AllocatePixels(width, height, 32, made.get());
+  if (status != STATUS_OK) return status;
+  made->record.Orientation = ORIENT_TOP_DOWN;
   *picture = std::move(made);
   return STATUS_OK;
 }
@@ -89,7 +95,8 @@ int vx_bitmap_describe(const vx_bitmap* bitmap, vx_bitmap_info* info) {
            vxkrn::HasAlpha(record) ? 1 : 0,
            record.Region != nullptr ? 1 : 0,
            bitmap->hotSpot.x,
-           bitmap->hotSpot.y};
+           bitmap->hotSpot.y,
+           bitmap->rowsPresent};
   return VX_OK;
 }
 

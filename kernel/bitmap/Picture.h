@@ -14,6 +14,7 @@ struct vx_bitmap {
   vxkrn::OwnedBitmap record;
   vxkrn::ColorTable colors = {};  ///< of the palette
   vxkrn::HotSpot hotSpot = {};
+  int rowsPresent = 0;  ///< rows that the file had; all of them unless something said otherwise
 
   /// The stored row that is `row` from the top.
   [[nodiscard]] int Stored(int row) const noexcept {
@@ -28,6 +29,9 @@ struct vx_bitmap {
 };
 
 namespace vxkrn {
+
+/// Gives an empty picture pixels, all 0, bottom-up. @return STATUS_OK, or a failure with its detail set
+[[nodiscard]] int AllocatePixels(int width, int height, int bitsPerPixel, vx_bitmap* picture);
 
 /// Makes a picture of 32 bits from the top down, without alpha until a pixel is put that is not opaque.
 /// @return STATUS_OK, or STATUS_NO_MEMORY with its detail set

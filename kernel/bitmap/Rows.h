@@ -23,6 +23,13 @@ void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedR
 void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, int first, int count,
               uint8_t* rgba) noexcept;
 
+/// The fourth bytes of 32-bit pixels, all of them or-ed together.
+[[nodiscard]] inline uint32_t FourthBytes(const uint8_t* row, std::size_t pixels) noexcept {
+  uint32_t seen = 0;
+  for (std::size_t i = 0; i < pixels; ++i) seen |= row[4 * i + 3];
+  return seen;
+}
+
 /// Takes the indices of 1, 4 or 8 bits out of a row, one a byte.
 void UnpackIndices(const uint8_t* row, int bitsPerPixel, std::span<uint8_t> indices) noexcept;
 

@@ -16,6 +16,7 @@ struct vx_source {
     uint32_t fill = 0;                ///< bytes that were read
     IMAGEINFO described = {};         ///< the page that was described last
     int describedPage = 0;            ///< which that is, from 1; 0: none yet
+    bool describedAsFilter = false;   ///< and whether the filter alone had its say
   };
 
   vxkrn::Backend backend;           ///< what the file came from

@@ -1,0 +1,46 @@
+// Which reader decodes what. The rules are format/Decoders.h's; here are the readers.
+#include "beyond/RowReader.h"
+
+#include "base/Errors.h"
+#include "beyond/FieldsReader.h"
+#include "beyond/PixelReaders.h"
+
+namespace vxkrn {
+namespace {
+
+template <class Reader>
+int Make(const vx_source& source, const bmp::BitmapLayout& layout, memory::Owned<RowReader>* reader) {
+  auto made = memory::Make<Reader>({"kernel/RowReader", __LINE__}, source, layout);
+  if (made == nullptr) return FailForMemory("a reader", sizeof(Reader));
+  reader->reset(made.release());
+  return STATUS_OK;
+}
+
+int FailForMasks(const bmp::BitmapLayout& layout) {
+  return Fail(Cause(STATUS_BAD_FORMAT, VX_REASON_BAD_MASKS, layout.depth).At(layout.headerOffset),
+              "the image header at byte ", layout.headerOffset, " (", layout.headerSize, " bytes) says ",
+              layout.depth, " bits per pixel in bit fields, but no mask has a bit of them");
+}
+
+}  // namespace
+
+int MakeRowReader(vx_source& source, const BitmapImage& image, memory::Owned<RowReader>* reader) {
+  const bmp::BitmapLayout& layout = image.layout;
+  const bmp::ColorMasks& masks = layout.masks.color;
+  const uint32_t whole = layout.depth == 16 ? 0xFFFF : UINT32_MAX;
+  switch (image.decoder) {
+    case bmp::Decoder::kFields:
+      if (((masks.red | masks.green | masks.blue) & whole) == 0) return FailForMasks(layout);
+      return Make<FieldsReader>(source, layout, reader);
+    case bmp::Decoder::kFilter:
+      if (IsPlain(layout, image.decoder)) return Make<CopyReader>(source, layout, reader);
+      break;
+    case bmp::Decoder::kTwoBits: return Make<TwoBitReader>(source, layout, reader);
+    case bmp::Decoder::kWide: return Make<WideReader>(source, layout, reader);
+    default: break;
+  }
+  return Fail({STATUS_BAD_FORMAT, VX_REASON_UNSUPPORTED_CODING, layout.compression, layout.depth},
+              "nobody reads coding ", layout.compression, " at ", layout.depth, " bits per pixel");
+}
+
+}  // namespace vxkrn
