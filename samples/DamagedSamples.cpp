@@ -76,13 +76,11 @@ Sample CodesEndEarly() {
   return sample;
 }
 
-Sample OverlappingMasks() {
-  ImageHeader header = HeaderFor(32, Compression::BitFields);
-  const Masks overlapping{kMasks888.red, kMasks888.red | kMasks888.green, kMasks888.blue};
-  return Broken(
-      "bad-32bit-masks.bmp", "32 bits with red and green masks that share bits",
-      BitmapFile(Encode(header), Encode(overlapping), Rows32(Sunset(kWidth, kHeight, "BGR"), false)),
-      Outcome::Refused);
+Sample EmptyMasks() {
+  const ImageHeader header = HeaderFor(32, Compression::BitFields);
+  return Broken("bad-32bit-masks.bmp", "32 bits with masks in which no bit is set",
+                BitmapFile(Encode(header), Encode(Masks{}), Rows32(Sunset(kWidth, kHeight, "BGR"), false)),
+                Outcome::Refused);
 }
 
 Bytes WithEntryPastTheEnd() {
@@ -95,7 +93,7 @@ Bytes WithEntryPastTheEnd() {
 }  // namespace
 
 std::vector<Sample> DamagedSamples() {
-  ImageHeader twoBits = HeaderFor(2);
+  const ImageHeader threeBits = HeaderFor(3);
   ImageHeader oddHeader = HeaderFor(8);
   oddHeader.size = 13;
   const Bytes icon = IconFile(IconType::Icon, {IndexedPage(MoonBadge(48), 8)});
@@ -110,9 +108,12 @@ std::vector<Sample> DamagedSamples() {
              Outcome::NeedsAllowTruncated),
       RunsPastTheRow(),
       CodesEndEarly(),
-      OverlappingMasks(),
-      Broken("bad-2bit.bmp", "2 bits a pixel, which no reader of this family takes",
-             BitmapFile(Encode(twoBits), {}, Bytes(16 * kHeight, 0x1B)), Outcome::Refused),
+      EmptyMasks(),
+      Broken("bad-3bit.bmp", "3 bits a pixel, which no reader of this family takes",
+             BitmapFile(Encode(threeBits), {}, Bytes(24 * kHeight, 0x1B)), Outcome::Refused),
+      Broken("bad-rle4-at-8-bits.bmp", "RLE4 codes at a depth of 8 bits",
+             BitmapFile(Encode(HeaderFor(8, Compression::Rle4)), Bytes(1024), {2, 0, 0, 1}),
+             Outcome::Refused),
       Broken("bad-header-13.bmp", "An image header of 13 bytes", BitmapFile(Encode(oddHeader), {}, {}),
              Outcome::Refused),
       Broken("bad-entry-past-end.ico", "Icon whose only page is said to lie past the end of the file",

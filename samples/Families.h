@@ -9,6 +9,8 @@
 namespace samples {
 
 std::vector<Sample> BitmapSamples();
+/// What the library reads beside the filter.
+std::vector<Sample> BeyondSamples();
 std::vector<Sample> IconSamples();
 std::vector<Sample> RawSamples();
 std::vector<Sample> DamagedSamples();

@@ -29,6 +29,7 @@ Bytes Encode(const Masks& masks) {
   Append32(bytes, masks.red);
   Append32(bytes, masks.green);
   Append32(bytes, masks.blue);
+  if (masks.alpha != 0) Append32(bytes, masks.alpha);
   return bytes;
 }
 
@@ -46,11 +47,10 @@ Bytes Encode(const ImageHeader& header) {
   Append32(bytes, PixelsPerMetre(header.dpi));
   Append32(bytes, header.colorsUsed);
   Append32(bytes, 0);
-  Append(bytes, Encode(header.masks));
-  if (header.size >= kV4HeaderSize) {
-    Append32(bytes, 0);           // alpha mask
-    Append32(bytes, 0x73524742);  // colour space: sRGB
+  for (const uint32_t mask : {header.masks.red, header.masks.green, header.masks.blue, header.masks.alpha}) {
+    Append32(bytes, mask);
   }
+  if (header.size >= kV4HeaderSize) Append32(bytes, 0x73524742);  // colour space: sRGB
   bytes.resize(header.size);
   return bytes;
 }

@@ -7,19 +7,20 @@
 
 namespace samples {
 
-enum class Compression : uint32_t { None = 0, Rle8 = 1, Rle4 = 2, BitFields = 3 };
+enum class Compression : uint32_t { None = 0, Rle8 = 1, Rle4 = 2, BitFields = 3, AlphaFields = 6 };
 
-/// Three channel masks.
+/// Channel masks.
 struct Masks {
   uint32_t red = 0;
   uint32_t green = 0;
   uint32_t blue = 0;
+  uint32_t alpha = 0;  ///< 0: none
 };
 
 constexpr Masks MasksOf(const Layout16& layout) {
-  return {Mask(layout.red), Mask(layout.green), Mask(layout.blue)};
+  return {Mask(layout.red), Mask(layout.green), Mask(layout.blue), 0};
 }
-constexpr Masks kMasks888{0x00FF0000, 0x0000FF00, 0x000000FF};
+constexpr Masks kMasks888{0x00FF0000, 0x0000FF00, 0x000000FF, 0};
 
 struct ImageHeader {
   uint32_t size = 40;  ///< 12, or 16 and more
@@ -35,6 +36,7 @@ struct ImageHeader {
 
 /// @return the `size` bytes of the header.
 Bytes Encode(const ImageHeader& header);
+/// @return the masks as they follow a header of 40 bytes: three, or four where there is one for alpha.
 Bytes Encode(const Masks& masks);
 
 /// @return `count` entries of `entrySize` (3 or 4) bytes: the palette's colours, then black.

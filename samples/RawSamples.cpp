@@ -47,7 +47,7 @@ std::vector<Sample> RawSamples() {
           MakeSample("raw-rle8.raw", "RLE8 codes with a palette file", RunLength(many, 8), ToPicture(many)),
           "--raw 61x48x8:rle8", many.palette, 8),
       WithArguments(MakeSample("raw-16bit-444.raw", "16 bits, masks 4-4-4", Rows16(wheel, kLayout444),
-                               As16(wheel, kLayout444)),
+                               As16(wheel, kLayout444, true)),
                     "--raw 61x48x16:bitfields --masks 0xF00,0xF0,0xF"),
       WithArguments(MakeSample("raw-16bit-565.raw", "16 bits, masks 5-6-5", Rows16(wheel, kLayout565),
                                As16(wheel, kLayout565)),

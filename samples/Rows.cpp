@@ -42,8 +42,8 @@ unsigned Pack16(const Color& color, const Layout16& layout) {
   return place(color.red, layout.red) | place(color.green, layout.green) | place(color.blue, layout.blue);
 }
 
-uint8_t NarrowAndBack(uint8_t value, int width) {
-  const int kept = width < 5 ? 5 : width;
+uint8_t NarrowAndBack(uint8_t value, int width, bool asFilter) {
+  const int kept = asFilter && width < 5 ? 5 : width;
   const unsigned stored = Narrow(value, width) << static_cast<unsigned>(kept - width);
   return static_cast<uint8_t>(std::lround(stored * 255.0 / ((1 << kept) - 1)));
 }
@@ -63,12 +63,12 @@ Bytes Rows16(const Picture& picture, const Layout16& layout, RowOrder order) {
   });
 }
 
-Picture As16(const Picture& picture, const Layout16& layout) {
+Picture As16(const Picture& picture, const Layout16& layout, bool asFilter) {
   Picture result = picture;
   for (Color& pixel : result.Pixels()) {
-    pixel.red = NarrowAndBack(pixel.red, layout.red.width);
-    pixel.green = NarrowAndBack(pixel.green, layout.green.width);
-    pixel.blue = NarrowAndBack(pixel.blue, layout.blue.width);
+    pixel.red = NarrowAndBack(pixel.red, layout.red.width, asFilter);
+    pixel.green = NarrowAndBack(pixel.green, layout.green.width, asFilter);
+    pixel.blue = NarrowAndBack(pixel.blue, layout.blue.width, asFilter);
   }
   return result;
 }

@@ -11,7 +11,7 @@ namespace samples {
 
 enum class RowOrder { BottomUp, TopDown };
 
-/// 1, 4 or 8 bits a pixel.
+/// 1, 2, 4 or 8 bits a pixel.
 Bytes IndexRows(const Indexed& indexed, int bits, RowOrder order = RowOrder::BottomUp);
 
 /// The place of a channel in a 16-bit pixel.
@@ -37,9 +37,9 @@ constexpr uint32_t Mask(Channel16 channel) {
 }
 
 Bytes Rows16(const Picture& picture, const Layout16& layout, RowOrder order = RowOrder::BottomUp);
-/// What is left of the picture after Rows16 with channels of 5 or 6 bits; 4-bit channels are widened to 5
-/// bits by a zero bit below, as the filter does.
-Picture As16(const Picture& picture, const Layout16& layout);
+/// What is left of the picture after Rows16. With `asFilter` 4-bit channels are widened to 5 bits by a zero
+/// bit below, as the filter does.
+Picture As16(const Picture& picture, const Layout16& layout, bool asFilter = false);
 
 Bytes Rows24(const Picture& picture, RowOrder order = RowOrder::BottomUp);
 /// The fourth byte is the pixel's alpha where `withAlpha`, else 0.

@@ -83,7 +83,8 @@ typedef enum vx_reason {
   /* files that are not whole */
   VX_REASON_EMPTY_FILE = 10, /**< the file has no bytes */
   VX_REASON_ENDS_EARLY = 11, /**< the file ends at the record's offset; first: where what is cut off begins */
-  VX_REASON_ROWS_MISSING = 12,       /**< the same, among the rows: allow_truncated takes the others */
+  VX_REASON_ROWS_MISSING = 12,       /**< the same, among the rows: allow_truncated takes the others; first:
+                                        rows that are there; second: rows of the picture */
   VX_REASON_BEHIND_END = 13,         /**< the offset lies behind the end; first: the file's length */
   VX_REASON_OUT_OF_REACH = 14,       /**< the headers speak of a place where no file reaches */
   VX_REASON_CHANGED_WHILE_READ = 15, /**< the file changed, or contradicts itself */

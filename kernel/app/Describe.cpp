@@ -94,8 +94,7 @@ bool IsIcon(const IMAGEINFO& info) noexcept {
 
 namespace {
 
-int DescribeOwn(const vx_source& source, const BitmapImage& image, IMAGEINFO* info) {
-  if (const int status = CheckBitmap(image); status != STATUS_OK) return Explain(status, source, 0, {});
+int DescribeOwn(const BitmapImage& image, IMAGEINFO* info) {
   DescribeBitmap(image, info);
   info->XResolution = DpiOrDefault(info->XResolution);
   info->YResolution = DpiOrDefault(info->YResolution);
@@ -114,8 +113,9 @@ int LookAtPage(vx_source& source, int page, bool asFilter, IMAGEINFO* info) {
   }
   std::optional<BitmapImage> image;
   int status = asFilter ? int{STATUS_OK} : FindBitmap(source, page, &image);
+  if (status == STATUS_OK && image) status = CheckBitmap(*image);
   if (status != STATUS_OK) return Explain(status, source, 0, {});
-  if (image && !image->isFilters) return DescribeOwn(source, *image, info);
+  if (image && !image->isFilters) return DescribeOwn(*image, info);
   const Filter* filter = nullptr;
   status = LoadFilter(&filter);
   if (status != STATUS_OK) return status;

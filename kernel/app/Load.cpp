@@ -158,7 +158,11 @@ int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t
   const int pageWorthSaying = plan->info.TotalPages > 1 ? plan->options.page : 0;
   if (status != STATUS_OK) {
     Explain(status, source, pageWorthSaying, ThisCall().lastRead);
-    if (MissesRowsAlone(*plan, target, status)) Failure().reason = VX_REASON_ROWS_MISSING;
+    if (MissesRowsAlone(*plan, target, status)) {
+      Failure().reason = VX_REASON_ROWS_MISSING;
+      Failure().first = sink.RowsTaken();
+      Failure().second = target.Height;
+    }
     return status;
   }
   if (plan->isPng && context.png.hasAlpha) picture->record.Flags |= kBitmapHasAlpha;
@@ -174,9 +178,8 @@ int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t
 void SettleAlpha(const LoadPlan& plan, uint32_t fourthBytes, _BITMAPHANDLE* record) {
   if (record->BitsPerPixel != 32 || plan.isPng) return;
   const bool isInUse = fourthBytes != 0;
-  const bool isWhole = record->Height == plan.info.Height;
   if (HasAlpha(*record)) {
-    if (isInUse || !isWhole) return;
+    if (isInUse) return;
     record->Flags &= ~kBitmapHasAlpha;
     return AddRemark(VX_REMARK_ALPHA_EMPTY);
   }

@@ -10,11 +10,10 @@
 namespace vxkrn {
 namespace {
 
-int FailForRow(const vx_source& source, const LoadPlan& plan, int row) {
+int FailForRows(const vx_source& source, const LoadPlan& plan, int there) {
   const int64_t size = source.Size();
-  return Fail(Cause(STATUS_READ_ERROR, VX_REASON_ROWS_MISSING, plan.image->layout.pixelOffset).At(size),
-              "the file ends at byte ", size, ", in row ", row, " of the ", plan.info.Height,
-              " that are stored");
+  return Fail(Cause(STATUS_READ_ERROR, VX_REASON_ROWS_MISSING, there, plan.info.Height).At(size),
+              "the file ends at byte ", size, ": ", there, " of its ", plan.info.Height, " rows are there");
 }
 
 /// Reads rows until the data ends. What is missing stays 0 where that is allowed.
@@ -31,9 +30,22 @@ int ReadRows(const vx_source& source, const LoadPlan& plan, RowReader& reader, v
   }
   if (status == STATUS_OK || !Detail().Empty()) return status;
   const bool isLastRow = row == plan.info.Height && IsPlain(plan.image->layout, plan.image->decoder);
-  if (plan.options.allow_truncated == 0 && !isLastRow) return FailForRow(source, plan, first + row);
+  if (plan.options.allow_truncated == 0 && !isLastRow) return FailForRows(source, plan, first + row - 1);
   picture->rowsPresent = std::max(row - 1, 0);
   return STATUS_OK;
+}
+
+/// Whether some pixel of the image can be seen: a band may lie where none can.
+int SeeAlpha(vx_source& source, const LoadPlan& plan, uint32_t* fourthBytes) {
+  memory::Owned<RowReader> reader;
+  int status = MakeRowReader(source, *plan.image, &reader);
+  if (status != STATUS_OK) return status;
+  memory::Vector<uint8_t> row(static_cast<std::size_t>(Stride(plan.info.Width, 32)));
+  for (int i = 0; status == STATUS_OK && *fourthBytes == 0 && i < plan.info.Height; ++i) {
+    status = reader->Next(row.data());
+    *fourthBytes |= FourthBytes(row.data(), static_cast<std::size_t>(plan.info.Width));
+  }
+  return status == STATUS_OK || Detail().Empty() ? int{STATUS_OK} : status;
 }
 
 int SetPalette(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture) {
@@ -60,7 +72,9 @@ int LoadOwn(vx_source& source, const LoadPlan& plan, vx_bitmap* picture, uint32_
   record->YResolution = plan.info.YResolution;
   if (shape.hasAlpha) record->Flags |= kBitmapHasAlpha;
   status = SetPalette(source, plan, picture);
-  return status == STATUS_OK ? ReadRows(source, plan, *reader, picture, fourthBytes) : status;
+  if (status == STATUS_OK) status = ReadRows(source, plan, *reader, picture, fourthBytes);
+  const bool mayBeHidden = shape.hasAlpha && *fourthBytes == 0 && plan.bandCount < plan.info.Height;
+  return status == STATUS_OK && mayBeHidden ? SeeAlpha(source, plan, fourthBytes) : status;
 }
 
 }  // namespace vxkrn

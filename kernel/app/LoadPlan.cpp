@@ -107,29 +107,44 @@ bool IsWithinReach(const LoadPlan& plan) {
   return first * Stride(info.Width, info.BitsPerPixel) <= INT32_MAX;
 }
 
+int CheckTable(const vx_source& source, const bmp::BitmapLayout& layout) {
+  const int64_t size = source.Size();
+  const uint64_t end = layout.PaletteEnd();
+  if (size < 0 || layout.paletteCount == 0 || end <= static_cast<uint64_t>(size)) return STATUS_OK;
+  return Fail(Cause(STATUS_READ_ERROR, VX_REASON_TABLE_CUT, layout.paletteOffset, end - layout.paletteOffset)
+                  .At(size),
+              "the file ends at byte ", size, ", inside its colour table, which has ", layout.paletteCount,
+              " entries from byte ", layout.paletteOffset, " on");
+}
+
 /// Which rows of the band the file has, before memory is taken for any.
 int CheckRowsThere(const vx_source& source, const LoadPlan& plan, int there) {
   const bmp::BitmapLayout& layout = plan.image->layout;
   const int first = FirstStoredRow(plan.bandFirst, plan.bandCount, plan.info.Height, plan.info.Orientation);
   const int inBand = std::clamp(there - first, 0, plan.bandCount);
   // The last row may be cut off: old writers leave out what shows nowhere.
-  if (inBand >= plan.bandCount - 1 && inBand + 1 > 0 && there > 0) return STATUS_OK;
+  if (there > 0 && inBand >= plan.bandCount - 1) return STATUS_OK;
   if (plan.options.allow_truncated != 0 && there > 0) return STATUS_OK;
   const auto size = static_cast<uint64_t>(std::max<int64_t>(source.Size(), 0));
   const auto needed = PixelBytes(layout.width, layout.depth);
+  if (layout.pixelOffset > size) {
+    return Fail(Cause(STATUS_READ_ERROR, VX_REASON_BEHIND_END, size).At(layout.pixelOffset),
+                "its data would start at byte ", layout.pixelOffset, ", but the file has ", size, " bytes");
+  }
   if (there == 0) {
     const uint64_t bytes = size - std::min(size, layout.pixelOffset);
     return Fail(Cause(STATUS_READ_ERROR, VX_REASON_TOO_LITTLE_DATA, bytes, needed).At(size), "of its ",
                 layout.height, " rows, ", needed, " bytes each from byte ", layout.pixelOffset,
                 " on, not one is there: the file ends at byte ", size);
   }
-  return Fail(Cause(STATUS_READ_ERROR, VX_REASON_ROWS_MISSING, layout.pixelOffset).At(size),
+  return Fail(Cause(STATUS_READ_ERROR, VX_REASON_ROWS_MISSING, there, layout.height).At(size),
               "the file ends at byte ", size, ": ", there, " of its ", layout.height, " rows are there");
 }
 
 /// Decides who finds the rows and refuses a picture that the file cannot hold.
 int PlanRows(const vx_source& source, LoadPlan* plan) {
   BitmapImage& image = *plan->image;
+  if (const int status = CheckTable(source, image.layout); status != STATUS_OK) return status;
   if (!IsPlain(image.layout, image.decoder)) return STATUS_OK;
   if (plan->bandCount < plan->info.Height && !IsWithinReach(*plan)) image.isFilters = false;
   return CheckRowsThere(source, *plan, RowsThere(source, image.layout));

@@ -72,6 +72,7 @@ int RowSink::Take(int orientation, unsigned char* row, bool isUncompressed, int 
   if (isWanted && (isUncompressed || !IsBlank(row, rowBytes_))) {
     std::memcpy(StoredRow(picture_->record, FlipRow(inBand, count, orientation)), row, rowBytes_);
   }
+  ++rowsTaken_;
   if (isUncompressed && MayRunShortAfter(rowNumber)) std::memset(row, 0, rowBytes_);
   return STATUS_OK;
 }

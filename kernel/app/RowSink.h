@@ -18,6 +18,9 @@ class RowSink {
   /// The fourth bytes of 32-bit pixels, wanted or not, all of them or-ed together.
   [[nodiscard]] uint32_t FourthBytes() const noexcept { return fourthBytes_; }
 
+  /// How many rows came.
+  [[nodiscard]] int RowsTaken() const noexcept { return rowsTaken_; }
+
   /// ROWCALLBACK; userData is the sink.
   static int Callback(IMAGEINFO* info, _BITMAPHANDLE* bitmap, unsigned char* row, unsigned int flags,
                       int rowNumber, int lineCount, void* userData);
@@ -33,6 +36,7 @@ class RowSink {
   vx_bitmap* picture_;
   std::size_t rowBytes_ = 0;
   uint32_t fourthBytes_ = 0;
+  int rowsTaken_ = 0;
 };
 
 }  // namespace vxkrn

@@ -146,6 +146,18 @@ int FailForCoding(const BitmapLayout& layout) noexcept {
               name.empty() ? ", which is not known" : ", which is not at that depth");
 }
 
+bool HasChannels(const BitmapLayout& layout) noexcept {
+  const bmp::ColorMasks& masks = layout.masks.color;
+  const uint32_t whole = layout.depth == 16 ? 0xFFFF : UINT32_MAX;
+  return ((masks.red | masks.green | masks.blue) & whole) != 0;
+}
+
+int FailForMasks(const BitmapLayout& layout) noexcept {
+  return Fail(Cause(STATUS_BAD_FORMAT, VX_REASON_BAD_MASKS, layout.depth).At(layout.headerOffset),
+              "the image header at byte ", layout.headerOffset, " (", layout.headerSize, " bytes) says ",
+              layout.depth, " bits per pixel in bit fields, but no mask has a bit of them");
+}
+
 int FormatOf(const BitmapLayout& layout) noexcept {
   if (!layout.hasFileHeader) return VX_FORMAT_DIB;
   if (layout.family == bmp::HeaderFamily::kCore) return FMT_OS2;
@@ -205,10 +217,8 @@ int ReadPalette(const vx_source& source, const BitmapLayout& layout, RGBQUAD (&p
   const uint32_t size = layout.paletteEntrySize;
   const uint32_t count = std::min<uint32_t>(layout.paletteCount, 256);
   if (source.Peek(bytes, count * size, layout.paletteOffset) < count * size) {
-    return Fail(
-        Cause(STATUS_READ_ERROR, VX_REASON_TABLE_CUT, layout.paletteOffset, count * size).At(source.Size()),
-        "the file ends inside its colour table, which has ", count, " entries from byte ",
-        layout.paletteOffset, " on");
+    return Fail(Cause(STATUS_READ_ERROR, VX_REASON_SYSTEM_ERROR).At(layout.paletteOffset),
+                "its colour table cannot be read");
   }
   for (uint32_t i = 0; i < count; ++i) {
     palette[i] = {bytes[i * size], bytes[i * size + 1], bytes[i * size + 2], 0};
@@ -243,7 +253,8 @@ int CheckBitmap(const BitmapImage& image) noexcept {
         "its header says ", layout.width, " x ", layout.height, " pixels; a side can have 1 to ",
         kLongestSide);
   }
-  return image.decoder == Decoder::kNone ? FailForCoding(layout) : int{STATUS_OK};
+  if (image.decoder == Decoder::kNone) return FailForCoding(layout);
+  return image.decoder == Decoder::kFields && !HasChannels(layout) ? FailForMasks(layout) : int{STATUS_OK};
 }
 
 int RowsThere(const vx_source& source, const BitmapLayout& layout) noexcept {

@@ -16,22 +16,12 @@ int Make(const vx_source& source, const bmp::BitmapLayout& layout, memory::Owned
   return STATUS_OK;
 }
 
-int FailForMasks(const bmp::BitmapLayout& layout) {
-  return Fail(Cause(STATUS_BAD_FORMAT, VX_REASON_BAD_MASKS, layout.depth).At(layout.headerOffset),
-              "the image header at byte ", layout.headerOffset, " (", layout.headerSize, " bytes) says ",
-              layout.depth, " bits per pixel in bit fields, but no mask has a bit of them");
-}
-
 }  // namespace
 
 int MakeRowReader(vx_source& source, const BitmapImage& image, memory::Owned<RowReader>* reader) {
   const bmp::BitmapLayout& layout = image.layout;
-  const bmp::ColorMasks& masks = layout.masks.color;
-  const uint32_t whole = layout.depth == 16 ? 0xFFFF : UINT32_MAX;
   switch (image.decoder) {
-    case bmp::Decoder::kFields:
-      if (((masks.red | masks.green | masks.blue) & whole) == 0) return FailForMasks(layout);
-      return Make<FieldsReader>(source, layout, reader);
+    case bmp::Decoder::kFields: return Make<FieldsReader>(source, layout, reader);
     case bmp::Decoder::kFilter:
       if (IsPlain(layout, image.decoder)) return Make<CopyReader>(source, layout, reader);
       break;

@@ -104,21 +104,36 @@ class Reasons : public testing::Test {
 TEST_F(Reasons, OfFilesThatAreNotWhole) {
   ExpectOfFile(VX_READ_ERROR, VX_REASON_EMPTY_FILE, Bitmap({}, 0));
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_TOO_SHORT, Bitmap({}, 1), -1, 1);
-  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_ENDS_EARLY, Bitmap({}, 30), 30, 14);
-  ExpectOfFile(VX_READ_ERROR, VX_REASON_ROWS_MISSING, Bitmap({}, 203), 203, 203);
+  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_ENDS_EARLY, Bitmap({}, 16), 16, 14);
+  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_HEADER_CUT, Bitmap({}, 30), 30, 14, 40);
+  ExpectOfFile(VX_READ_ERROR, VX_REASON_TABLE_CUT, Bitmap({{28, 2}, {10, 70}}, 60), 60, 54, 16);
+  ExpectOfFile(VX_READ_ERROR, VX_REASON_TOO_LITTLE_DATA, Bitmap({}, 101), 101, 47, 48);
+  ExpectOfFile(VX_READ_ERROR, VX_REASON_ROWS_MISSING, Bitmap({}, 203), 203, 3, kSide);
+  ExpectOfFile(VX_READ_ERROR, VX_REASON_BEHIND_END, Bitmap({{12, 1}}), 0x10000 + 54, 822);
   Bytes icon = Icon(samples::IconType::Icon, false, {{20, 1}});
   ExpectOfFile(VX_READ_ERROR, VX_REASON_BEHIND_END, icon, 0x10000 + 22, static_cast<int64_t>(icon.size()));
-  ExpectOfFile(VX_SEEK_ERROR, VX_REASON_OUT_OF_REACH, Bitmap({{10, 255}, {11, 255}, {12, 255}, {13, 255}}));
+  const Bytes beyond = Bitmap({{10, 255}, {11, 255}, {12, 255}, {13, 255}});
+  vx::LoadOptions asFilter;
+  asFilter.flags = VX_LOAD_AS_FILTER;
+  Expect(VX_SEEK_ERROR, VX_REASON_OUT_OF_REACH, [&] { (void)vx::Source::Memory(beyond).Load(asFilter); });
 }
 
 TEST_F(Reasons, OfWhatAFileSays) {
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_NO_SIGNATURE, {'G', 'I', 'F', '8'}, 0, 'G', 'I');
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_HEADER_TOO_SHORT, Bitmap({{14, 8}}), 14, 8);
   ExpectOfFile(VX_UNKNOWN_HEADER, VX_REASON_UNKNOWN_HEADER, Bitmap({{14, 13}}), 14, 13);
-  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_BAD_DEPTH, Bitmap({{28, 2}}), 14, 2);
-  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_UNSUPPORTED_CODING, Bitmap({{30, 5}}), 14, 5, 24);
-  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_BAD_MASKS, Bitmap({{30, 3}}), 14, 24);
-  ExpectOfFile(VX_BAD_DIMENSIONS, VX_REASON_BAD_SIZE, Bitmap({{18, 0}}), -1, 0, kSide);
+  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_BAD_DEPTH, Bitmap({{28, 3}}), 14, 3);
+  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_UNSUPPORTED_CODING, Bitmap({{30, 77}}), 14, 77, 24);
+  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_CODING_NOT_AT_DEPTH, Bitmap({{30, 3}}), 14, 3, 24);
+  samples::ImageHeader masked;
+  masked.width = masked.height = 1;
+  masked.bits = 32;
+  masked.compression = samples::Compression::BitFields;
+  const Bytes pixel(4);
+  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_BAD_MASKS,
+               samples::BitmapFile(samples::Encode(masked), samples::Encode(samples::Masks{}), pixel), 14,
+               32);
+  ExpectOfFile(VX_BAD_DIMENSIONS, VX_REASON_BAD_SIZE, Bitmap({{18, 0}}), 14, 0, kSide);
   const auto icon = samples::IconType::Icon;
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_WRONG_ICON_TYPE, Icon(icon, false, {{2, 7}}), -1, 7);
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_NO_PAGES, Icon(icon, false, {{4, 0}}));
@@ -241,7 +256,7 @@ TEST_F(Reasons, AreAllReachedAndHaveNames) {
     EXPECT_TRUE(reached_.empty() || reached_.contains(reason) != elsewhere.contains(reason))
         << vx_reason_name(reason);
   }
-  EXPECT_STREQ(vx_reason_name(VX_REASON_INTERNAL + 1), "unknown");
+  EXPECT_STREQ(vx_reason_name(VX_REASON_NO_COLOR_MANAGEMENT + 1), "unknown");
   EXPECT_STREQ(vx_reason_advice(-1), "");
 }
 

@@ -4,6 +4,7 @@
 #include <samples/Samples.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "Loading.h"
@@ -45,25 +46,30 @@ TEST(Bands, OutsideThePictureAreRefused) {
   }
 }
 
-/// A bitmap of 3 GiB that nobody has to store: 24 bits, every row filled with its own number.
+/// A bitmap that nobody has to store: a square of 24 bits, every row filled with its own number.
 class EndlessBitmap {
  public:
-  static constexpr int kSide = 32768;
-  static constexpr uint64_t kStride = 3 * uint64_t{kSide};
+  explicit EndlessBitmap(int side)
+      : stride_(3 * static_cast<uint64_t>(side)), size_(kHeaderSize + stride_ * stride_ / 3) {
+    for (size_t i = 0; i < 4; ++i) {
+      header_[18 + i] = header_[22 + i] = static_cast<uint8_t>(static_cast<unsigned>(side) >> 8 * i);
+    }
+  }
 
   static void* Open(void* user, const char* /*name*/, int /*flags*/) { return user; }
-  static int64_t Size(void* /*user*/, void* /*file*/) { return int64_t{kHeaderSize + kStride * kSide}; }
+  static int64_t Size(void* /*user*/, void* file) {
+    return static_cast<int64_t>(static_cast<EndlessBitmap*>(file)->size_);
+  }
   static int Close(void* /*user*/, void* /*file*/) { return 0; }
-  static int64_t ReadAt(void* /*user*/, void* /*file*/, void* buffer, uint32_t count, uint64_t position) {
-    constexpr uint8_t kHeader[kHeaderSize] = {'B',         'M', 0, 0,    0,  0, 0, 0, 0, 0,
-                                              kHeaderSize, 0,   0, 0,    40, 0, 0, 0, 0, 0x80,
-                                              0,           0,   0, 0x80, 0,  0, 1, 0, 24};
+  static int64_t ReadAt(void* /*user*/, void* file, void* buffer, uint32_t count, uint64_t position) {
+    const auto& [header, stride, size] = *static_cast<EndlessBitmap*>(file);
     auto* bytes = static_cast<uint8_t*>(buffer);
     uint32_t done = 0;
-    for (; done < count && position < kHeaderSize; ++done, ++position) bytes[done] = kHeader[position];
+    count = static_cast<uint32_t>(std::min<uint64_t>(count, size - std::min(size, position)));
+    for (; done < count && position < kHeaderSize; ++done, ++position) bytes[done] = header[position];
     while (done < count) {
-      const uint64_t row = (position - kHeaderSize) / kStride;
-      const uint64_t left = kHeaderSize + (row + 1) * kStride - position;
+      const uint64_t row = (position - kHeaderSize) / stride;
+      const uint64_t left = kHeaderSize + (row + 1) * stride - position;
       const auto run = static_cast<uint32_t>(std::min<uint64_t>(count - done, left));
       std::memset(bytes + done, static_cast<int>(row & 0xFF), run);
       done += run;
@@ -74,19 +80,30 @@ class EndlessBitmap {
 
  private:
   static constexpr uint32_t kHeaderSize = 54;
+
+  std::array<uint8_t, kHeaderSize> header_ = {'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0, kHeaderSize, 0, 0, 0, 40,
+                                              0,   0,   0, 0, 0, 0, 0, 0, 0, 0, 0,           1, 0, 24};
+  uint64_t stride_;  // sides are multiples of 4
+  uint64_t size_;
 };
 
-TEST(Bands, LieWhereTheyShouldBeyondTwoGigabytes) {
+/// Files of 3, 5 and 17 GiB: the filter's reach ends at 2 for bands and at 4 for files.
+TEST(Bands, LieWhereTheyShouldInFilesOfAnySize) {
   const vx_file_functions functions{
       EndlessBitmap::Open, EndlessBitmap::ReadAt, nullptr, EndlessBitmap::Size, nullptr,
       EndlessBitmap::Close};
-  int anything = 0;
-  ASSERT_EQ(vx_redirect_files(&functions, &anything), VX_OK);
-  for (const int fromBottom : {300, EndlessBitmap::kSide - 300}) {
-    const auto band = Band(EndlessBitmap::kSide - 1 - fromBottom, 1);
-    const vx::Bitmap bitmap = vx::Source::File("endless").Load(band);
-    EXPECT_EQ(bitmap.Row(0)[0], static_cast<uint8_t>(fromBottom));
+  vx_set_memory_limit(4 << 20);
+  for (const int side : {32768, 42000, 78000}) {
+    SCOPED_TRACE(side);
+    EndlessBitmap file(side);
+    ASSERT_EQ(vx_redirect_files(&functions, &file), VX_OK);
+    for (const int fromBottom : {0, 300, side / 2, side - 300, side - 1}) {
+      const vx::Bitmap bitmap = vx::Source::File("endless").Load(Band(side - 1 - fromBottom, 1));
+      EXPECT_EQ(bitmap.Row(0)[0], static_cast<uint8_t>(fromBottom));
+      EXPECT_EQ(bitmap.Row(0)[3 * static_cast<size_t>(side) - 1], static_cast<uint8_t>(fromBottom));
+    }
   }
+  vx_set_memory_limit(0);
   vx_redirect_files(nullptr, nullptr);
 }
 
