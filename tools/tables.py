@@ -1,4 +1,4 @@
-"""Writes the tables of statuses and reasons in docs/errors.md and docs/man/vxkrn.3 from the code, which has them once.
+"""Writes the tables of docs/errors.md, docs/formats.md and docs/man/vxkrn.3 that the code has.
 
 Usage: tables.py [--check]     --check writes nothing, and fails where a table differs from the code
 """
@@ -34,8 +34,32 @@ def reasons():
             for constant, number, comment in enum("vx_reason")][1:]
 
 
-def table(heads, rows):
-    lines = [heads, ["---"] * len(heads), *([f"`{row[0]}`", f"`{row[1]}`", *row[2:]] for row in rows)]
+def remarks():
+    known = entries("kernel/base/Remarks.cpp", 2)
+    return [(constant, known[constant][0], number, known[constant][1]) for constant, number, _ in enum("vx_remark_code")][1:]
+
+
+HEADERS = {"kAny": "any", "kNotCore": "any but OS/2 1.x", "kOs2": "OS/2 2.x", "kOs2OrInfo": "OS/2 2.x, 40 bytes",
+           "kWindows": "Windows"}
+CODINGS = {"kUncompressed": "0, none", "kCompressionRle8": "1, RLE8", "kCompressionRle4": "2, RLE4",
+           "kCompressionBitFields": "3, masks", "kCompressionHuffman": "3, Huffman 1D", "kCompressionRle24": "4, RLE24",
+           "kCompressionJpeg": "4, JPEG", "kCompressionPng": "5, PNG", "kCompressionAlphaFields": "6, masks with alpha"}
+MASKS = {"kNoneOrAny": "", "kOfTheFilter": "5-5-5, 5-6-5; 8-8-8 at 32 bits"}
+
+
+def decoders():
+    """The rules of who decodes what, those next to each other as one row where they differ in depth alone."""
+    text = (ROOT / "format/Decoders.h").read_text()
+    rule = r"\{Headers::(\w+), (\w+), (\w+),\s*MaskRule::(\w+),\s*Decoder::k(\w+)\}"
+    rows = {}
+    for headers, depth, coding, masks, decoder in re.findall(rule, text):
+        row = (HEADERS[headers], CODINGS[coding], MASKS[masks], "the filter" if decoder == "Filter" else "the library")
+        rows.setdefault(row, []).append("any" if depth == "kAnyDepth" else depth)
+    return [(headers, ", ".join(depths), coding, masks, who) for (headers, coding, masks, who), depths in rows.items()]
+
+
+def table(heads, rows, quoted=2):
+    lines = [heads, ["---"] * len(heads), *([*(f"`{cell}`" for cell in row[:quoted]), *row[quoted:]] for row in rows)]
     return "".join(f"|{'|'.join(f' {cell} ' if cell != '---' else cell for cell in line)}|\n" for line in lines)
 
 
@@ -52,6 +76,10 @@ TABLES = [  # file, what stands before the table, the table, what stands behind 
      table(["`<vx/vx.h>`", "name, and in `host/vxkrn.h`", "number", "in a word"], statuses()), "<!-- end -->"),
     ("docs/errors.md", "<!-- reasons: tools/tables.py writes them -->\n",
      table(["`<vx/vx.h>`", "name", "number", "why, and its numbers", "what to do"], reasons()), "<!-- end -->"),
+    ("docs/errors.md", "<!-- remarks: tools/tables.py writes them -->\n",
+     table(["`<vx/vx.h>`", "name", "number", "what is said of the file or page"], remarks()), "<!-- end -->"),
+    ("docs/formats.md", "<!-- decoders: tools/tables.py writes them -->\n",
+     table(["image header", "bits", "coding", "masks", "decoded by"], decoders(), 0), "<!-- end -->"),
     ("docs/man/vxkrn.3", '.Bl -tag -width "VX_NO_DISPLAY_LIBRARY"\n', manual(statuses()[1:]), ".El"),
 ]
 

@@ -18,6 +18,13 @@ int ParsePage(const std::string& page) {
   throw UsageError(fmt::format("--page {}: a whole number from 1 is needed", Printable(page)));
 }
 
+int ParseAlpha(const std::string& alpha) {
+  if (alpha.empty() || alpha == "ignore") return VX_ALPHA_IGNORE;
+  if (alpha == "auto") return VX_ALPHA_AUTO;
+  if (alpha == "force") return VX_ALPHA_FORCE;
+  throw UsageError(fmt::format("--alpha {}: ignore, auto or force is needed", Printable(alpha)));
+}
+
 }  // namespace
 
 void OnePage::Declare(Arguments& command) {
@@ -25,12 +32,22 @@ void OnePage::Declare(Arguments& command) {
               page_);
   command.Add({.name = "--allow-truncated", .help = "take what is there of a file cut short"},
               allowTruncated_);
+  command.Add({.name = "--alpha",
+               .help = "the fourth bytes of 32-bit bitmaps where the file does not say what they are:\n"
+                       "left out, unless given; alpha where some are in use; or alpha",
+               .value = "ignore|auto|force"},
+              alpha_);
+  command.Add(
+      {.name = "--as-filter", .help = "show exactly what the filter reads, and refuse what it refuses"},
+      asFilter_);
 }
 
 vx::LoadOptions OnePage::Options() const {
   vx::LoadOptions options;
   options.page = ParsePage(page_);
   options.allow_truncated = allowTruncated_ ? 1 : 0;
+  options.alpha = ParseAlpha(alpha_);
+  if (asFilter_) options.flags |= VX_LOAD_AS_FILTER;
   return options;
 }
 

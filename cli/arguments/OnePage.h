@@ -1,4 +1,4 @@
-// One page of a file, as commands that take just one have it: --page, --allow-truncated, and what people
+// One page of a file, as commands that take just one have it: --page, --allow-truncated, --alpha, --as-filter, and what people
 // ought to know about either.
 #pragma once
 
@@ -23,6 +23,8 @@ class OnePage {
  private:
   std::string page_;
   bool allowTruncated_ = false;
+  bool asFilter_ = false;
+  std::string alpha_;
 };
 
 }  // namespace cli

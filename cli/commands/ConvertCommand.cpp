@@ -91,6 +91,7 @@ ExitCode Convert(const ConvertArguments& arguments) {
   try {
     Input input(arguments.in.c_str(), raw ? Content::Headerless : Content::Picture);
     const vx::Bitmap picture = input.Source().Load(options);
+    ReportRemarks(name);
     if (raw == nullptr) arguments.page.RemarkOnOthers(input.Source(), name);
     return Save(picture, arguments.out, saveOptions);
   } catch (const vx::Error& error) {

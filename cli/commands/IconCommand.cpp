@@ -209,6 +209,7 @@ class IconMaker {
     try {
       picture_.emplace(
           loaded_.image->With([&](const vx::Source& source) { return source.Load(loaded_.page); }));
+      ReportRemarks(at_);
     } catch (const vx::Error& error) {
       const auto isOfImage = [&](const Original& each) { return each.image == loaded_.image; };
       const auto pages = std::count_if(originals_.begin(), originals_.end(), isOfImage);

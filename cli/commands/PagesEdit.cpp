@@ -53,6 +53,7 @@ std::optional<std::vector<vx::Bitmap>> LoadAll(const std::vector<std::string>& i
     try {
       Input input(image.c_str());
       pictures.push_back(input.Source().Load());
+      ReportRemarks(InputName(image.c_str()));
       const int pages = input.Source().Describe().page_count;
       if (pages > 1) {
         Remark(fmt::format("{}: page 1 of {}, the others are left out", Printable(InputName(image.c_str())),

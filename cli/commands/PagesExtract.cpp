@@ -80,6 +80,7 @@ class Extraction {
     const vx::SaveOptions options = SaveArguments().Describe(job.out, VX_PALETTE_BEST);
     const std::optional<vx::Bitmap> picture = OrReport([&] { return source_.Load(job.page); });
     if (!picture) return;
+    ReportRemarks(InputName(arguments_.file.c_str()));
     const vx_save_plan plan = picture->Plan(options);
     WritePicture(*picture, job.out.c_str(), options);
     RemarkOnLosses(job.out, options, plan, "a PNG file");

@@ -84,6 +84,7 @@ ExitCode View(const ViewArguments& arguments) {
   try {
     Input input(arguments.file.c_str());
     const vx::Bitmap picture = input.Source().Load(loadOptions);
+    ReportRemarks(name);
     arguments.page.RemarkOnOthers(input.Source(), name);
     PrintToStandardOutput(picture.Draw(drawOptions));
   } catch (const vx::Error& error) {

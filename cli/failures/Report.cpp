@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <string>
+#include <utility>
 
 #include "failures/Errors.h"
 #include "words/Text.h"
@@ -65,6 +66,18 @@ void ReportFailure(const vx::Error& error, const Circumstances& circumstances) {
 
 void ReportMessage(std::string_view message) {
   Print(fmt::format("vxbmp: {}\n", message));
+}
+
+void ReportRemarks(std::string_view file) {
+  for (const vx_remark& remark : vx::Remarks()) {
+    std::string words = vx_remark_text(remark.code);
+    for (const auto& [place, number] : {std::pair("{1}", remark.first), {"{2}", remark.second}}) {
+      if (const size_t at = words.find(place); at != std::string::npos)
+        words.replace(at, 3, std::to_string(number));
+    }
+    const std::string page = remark.page > 0 ? fmt::format(", page {}", remark.page) : "";
+    ReportMessage(fmt::format("{}{}: {}", Printable(file), page, words));
+  }
 }
 
 void Remark(std::string_view message) {

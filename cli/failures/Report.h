@@ -19,6 +19,9 @@ void ReportFailure(const vx::Error& error, const Circumstances& circumstances);
 /// "vxbmp: message"
 void ReportMessage(std::string_view message);
 
+/// "vxbmp: FILE: remark" for everything that the last load or save has to remark.
+void ReportRemarks(std::string_view file);
+
 /// The same, as long as standard error is a terminal: for what is good to know and nothing wrong.
 void Remark(std::string_view message);
 

@@ -66,6 +66,13 @@ struct DrawOptions : vx_draw_options {
   DrawOptions() noexcept : vx_draw_options VX_DRAW_OPTIONS_DEFAULT {}
 };
 
+/// What this thread's last load or save has to remark; valid until its next call.
+[[nodiscard]] inline std::span<const vx_remark> Remarks() noexcept {
+  int count = 0;
+  const vx_remark* remarks = vx_remarks(&count);
+  return {remarks, static_cast<std::size_t>(count)};
+}
+
 /// Bytes that the library allocated.
 class Buffer {
  public:

@@ -225,7 +225,10 @@ typedef struct vx_remark {
 VX_API const vx_remark* vx_remarks(int* count);
 /** @return the code's name, such as "rows-missing"; "unknown" for any other number. */
 VX_API const char* vx_remark_name(int code);
-/** @return one sentence that says what it means; "" for other numbers. */
+/**
+ * @return words that go on from the name of a file or page and say what it means, with {1} and {2} in the
+ * places of first and second; "" for other numbers.
+ */
 VX_API const char* vx_remark_text(int code);
 
 /* ---- What a file holds --------------------------------------------------------------------------- */

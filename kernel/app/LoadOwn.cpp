@@ -42,6 +42,7 @@ int SeeAlpha(vx_source& source, const LoadPlan& plan, uint32_t* fourthBytes) {
   if (status != STATUS_OK) return status;
   memory::Vector<uint8_t> row(static_cast<std::size_t>(Stride(plan.info.Width, 32)));
   for (int i = 0; status == STATUS_OK && *fourthBytes == 0 && i < plan.info.Height; ++i) {
+    std::fill(row.begin(), row.end(), uint8_t{0});
     status = reader->Next(row.data());
     *fourthBytes |= FourthBytes(row.data(), static_cast<std::size_t>(plan.info.Width));
   }

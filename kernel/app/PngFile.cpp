@@ -67,6 +67,7 @@ int LoadPngFile(vx_source& source, int first, int count, vx_bitmap* picture) {
       DecodePng(source.memory.bytes, static_cast<std::size_t>(source.memory.size), 0, record, &description);
   if (status == STATUS_OK && count < record->Height) status = Cut(record, first, count);
   if (status != STATUS_OK) return status;
+  picture->rowsPresent = record->Height;
   if (description.hasAlpha) record->Flags |= kBitmapHasAlpha;
   picture->TakeColors();
   return STATUS_OK;
