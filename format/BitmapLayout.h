@@ -86,7 +86,8 @@ struct BitmapLayout {
   FieldMasks masks;  // of codings that have some
   uint64_t paletteOffset = 0;
   uint32_t paletteEntrySize = 4;
-  uint32_t paletteCount = 0;  // entries that the file has for this depth
+  uint32_t paletteDeclared = 0;  // entries that the header means
+  uint32_t paletteCount = 0;     // entries that the file has
   uint64_t pixelOffset = 0;
   bool isOffsetMended = false;  // the file header pointed elsewhere, where no pixels can be
   bool hasFileHeader = false;
@@ -183,7 +184,8 @@ constexpr BitmapLayout LayOut(const LayoutBytes& bytes, uint64_t headerOffset, b
   const uint32_t coloursUsed = isCore ? 0 : layout::FieldAt(bytes, size, info_at::kColoursUsed);
   image.paletteEntrySize = isCore ? 3 : 4;
   image.paletteOffset = headerOffset + size + layout::MaskBytesBehind(image);
-  image.paletteCount = layout::DeclaredEntries(image.depth, coloursUsed);
+  image.paletteDeclared = layout::DeclaredEntries(image.depth, coloursUsed);
+  image.paletteCount = image.paletteDeclared;
   image.pixelOffset = dataOffset;
   if (!hasFileHeader) {
     image.pixelOffset = image.PaletteEnd();
@@ -192,7 +194,7 @@ constexpr BitmapLayout LayOut(const LayoutBytes& bytes, uint64_t headerOffset, b
   } else if (dataOffset < image.PaletteEnd()) {
     const uint64_t room = dataOffset > image.paletteOffset ? dataOffset - image.paletteOffset : 0;
     const auto fitting = static_cast<uint32_t>(room / image.paletteEntrySize);
-    const bool isCounted = size == kInfoHeaderSize && coloursUsed != 0;
+    const bool isCounted = size == kInfoHeaderSize && coloursUsed == image.paletteDeclared;
     if (fitting > 0 && !isCounted) {
       image.paletteCount = fitting;
     } else {

@@ -101,7 +101,7 @@ int FailForHeader(const BitmapLayout& layout, int64_t size) noexcept {
 uint64_t FiltersTableEnd(const BitmapLayout& layout) noexcept {
   if (layout.depth < 1 || layout.depth > 8) return 0;
   const bool isCounted = layout.headerSize == bmp::kInfoHeaderSize;
-  const uint32_t count = isCounted ? layout.paletteCount : bmp::PaletteSize(layout.depth);
+  const uint32_t count = isCounted ? layout.paletteDeclared : bmp::PaletteSize(layout.depth);
   return layout.paletteOffset + uint64_t{count} * layout.paletteEntrySize;
 }
 

@@ -14,6 +14,10 @@ Outcome Load(std::span<const uint8_t> file, const vx::LoadOptions& options) {
     const vx::Source source = vx::Source::Memory(file);
     outcome.info = source.Describe(options.page);
     const vx::Bitmap bitmap = source.Load(options);
+    for (const vx_remark& remark : vx::Remarks()) {
+      outcome.remarks += (outcome.remarks.empty() ? "" : ",") + std::string(vx_remark_name(remark.code));
+    }
+    if (outcome.remarks.empty()) outcome.remarks = "-";
     outcome.width = bitmap.Describe().width;
     outcome.height = bitmap.Describe().height;
     outcome.rgba = bitmap.Rgba();
@@ -21,6 +25,7 @@ Outcome Load(std::span<const uint8_t> file, const vx::LoadOptions& options) {
     outcome.status = error.status();
     outcome.detail = error.detail();
     outcome.missesRows = vx_error_rows_missing() != 0;
+    outcome.remarks = vx_reason_name(error.reason());
   }
   EXPECT_EQ(vx_memory_in_use(), 0U);
   return outcome;

@@ -18,6 +18,7 @@ struct Outcome {
   int status = VX_OK;
   std::string detail;       // of a failure
   bool missesRows = false;  // so the failure says
+  std::string remarks;      // of a load, by name; of a failure its reason; "-" for none
   vx_info info{};
   int width = 0;
   int height = 0;
