@@ -39,6 +39,7 @@ int DistanceFrom(const loading::Outcome& outcome, const fs::path& path) {
   png.version = PNG_IMAGE_VERSION;
   EXPECT_NE(png_image_begin_read_from_file(&png, path.c_str()), 0) << path << png.message;
   png.format = PNG_FORMAT_RGBA;
+  png.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;  // the references of 16 bits are not linear
   Bytes rgba(PNG_IMAGE_SIZE(png));
   EXPECT_NE(png_image_finish_read(&png, nullptr, rgba.data(), 0, nullptr), 0) << path << png.message;
   if (rgba.size() != outcome.rgba.size() || outcome.width != static_cast<int>(png.width)) return 256;
