@@ -88,6 +88,7 @@ struct BitmapLayout {
   uint32_t paletteEntrySize = 4;
   uint32_t paletteDeclared = 0;  // entries that the header means
   uint32_t paletteCount = 0;     // entries that the file has
+  uint32_t dataOffset = 0;       // of the pixels, as the file header says; 0 where there is none
   uint64_t pixelOffset = 0;
   bool isOffsetMended = false;  // the file header pointed elsewhere, where no pixels can be
   bool hasFileHeader = false;
@@ -163,6 +164,7 @@ constexpr BitmapLayout LayOut(const LayoutBytes& bytes, uint64_t headerOffset, b
   BitmapLayout image;
   image.headerOffset = headerOffset;
   image.hasFileHeader = hasFileHeader;
+  image.dataOffset = dataOffset;
   const Block<kInfoHeaderSize> start = Slice<kInfoHeaderSize>(bytes, 0);
   const uint32_t size = DeclaredHeaderSize(Slice<kCoreHeaderSize>(bytes, 0));
   const bool isCore = size == kCoreHeaderSize;

@@ -10,6 +10,7 @@
 #include "base/Errors.h"
 #include "base/Remarks.h"
 #include "beyond/IconFile.h"
+#include "beyond/RunLengthScan.h"
 #include "bitmap/Region.h"
 #include "files/Files.h"
 #include "filter/FilterLoader.h"
@@ -189,21 +190,23 @@ void SettleAlpha(const LoadPlan& plan, uint32_t fourthBytes, _BITMAPHANDLE* reco
   if (!plan.isIcon && isInUse) AddRemark(HasAlpha(*record) ? VX_REMARK_ALPHA_TAKEN : VX_REMARK_ALPHA_IGNORED);
 }
 
+/// Rows of the band that the file has, where the filter decoded them and did not say.
+int RowsPresent(const vx_source& source, const LoadPlan& plan) {
+  const bmp::BitmapLayout& layout = plan.image->layout;
+  const bool isPlain = IsPlain(layout, plan.image->decoder);
+  const int there = isPlain ? RowsThere(source, layout) : RowsCoded(source, layout);
+  const int first = FirstStoredRow(plan.bandFirst, plan.bandCount, plan.info.Height, plan.info.Orientation);
+  return std::clamp(there - first, 0, plan.bandCount);
+}
+
 /// What is said of a picture that is there, but not as its file says.
 void RemarkOn(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture) {
   if (plan.image) {
     const bmp::BitmapLayout& layout = plan.image->layout;
-    const auto file = bmp::DecodeFileHeader(
-        source.BlockAt<bmp::kFileHeaderSize>(layout.headerOffset - bmp::kFileHeaderSize));
-    if (layout.isOffsetMended) {
-      AddRemark(VX_REMARK_OFFSET_MENDED, file.dataOffset, static_cast<int64_t>(layout.pixelOffset));
-    }
+    const auto taken = static_cast<int64_t>(layout.pixelOffset);
+    if (layout.isOffsetMended) AddRemark(VX_REMARK_OFFSET_MENDED, layout.dataOffset, taken);
     if (!layout.hasFileHeader) AddRemark(VX_REMARK_NO_FILE_HEADER, layout.headerSize);
-    if (!plan.IsDecodedHere() && IsPlain(layout, plan.image->decoder)) {
-      const int first =
-          FirstStoredRow(plan.bandFirst, plan.bandCount, plan.info.Height, plan.info.Orientation);
-      picture->rowsPresent = std::clamp(RowsThere(source, layout) - first, 0, plan.bandCount);
-    }
+    if (!plan.IsDecodedHere()) picture->rowsPresent = RowsPresent(source, plan);
   }
   if (picture->rowsPresent < picture->record.Height) {
     AddRemark(VX_REMARK_ROWS_MISSING, picture->rowsPresent, picture->record.Height);

@@ -71,7 +71,8 @@ class Reasons : public testing::Test {
       EXPECT_EQ(found, (std::array<int64_t, 6>{status, reason, offset, first, second, page})) << error.what();
       EXPECT_EQ(vx_error_reason(), reason);
     }
-    (void)Picture(1);
+    vx_format_limits limits;
+    vx::Check(vx_format_describe(VX_FORMAT_BMP, &limits));
     EXPECT_EQ(vx_error_reason(), VX_REASON_NONE) << "of a call that works";
   }
   void ExpectOfFile(int status, vx_reason reason, const Bytes& file, int64_t offset = -1, int64_t first = 0,

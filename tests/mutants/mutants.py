@@ -43,7 +43,7 @@ LOADING = 'load_test --gtest_filter=-Damage.*'
 ROOMS = {
     'filter': Room(('API', 'format'), ('vxfbmp',),
                    ('vxfbmp_test', 'c_kernel', 'save_test', LOADING)),
-    'kernel': Room(('kernel',), ('vxkrn', 'kernel_parts_test'),
+    'kernel': Room(('kernel', 'format/BitmapLayout.h', 'format/Decoders.h'), ('vxkrn', 'kernel_parts_test'),
                    ('kernel_parts_test', 'kernel_application_test', 'save_test', LOADING, 'display_test')),
 }
 
