@@ -54,7 +54,7 @@ constexpr std::array<RemarkEntry, 22> kRemarks = {{
      "The page's header counts its rows without those of the mask."},
     {VX_REMARK_HEADER_IN_ICON, "header-in-icon",
      "The page has an image header that few readers of icons take."},
-    {VX_REMARK_CHUNK_SIZE, "chunk-size", "A size field of the animated cursor is wrong."},
+    {VX_REMARK_CHUNK_SIZE, "chunk-size", "A size or a count in the animated cursor is wrong; what is there was taken."},
     {VX_REMARK_ALPHA_HARDENED, "alpha-hardened",
      "Soft edges became hard: half opaque and more became opaque, the rest transparent."},
     {VX_REMARK_ALPHA_DROPPED, "alpha-dropped", "Transparency is lost; every pixel is opaque."},
