@@ -10,6 +10,7 @@ namespace samples {
 
 std::vector<Sample> BitmapSamples();
 std::vector<Sample> IconSamples();
+std::vector<Sample> AnimationSamples();
 std::vector<Sample> RawSamples();
 std::vector<Sample> DamagedSamples();
 
