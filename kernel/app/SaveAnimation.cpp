@@ -107,6 +107,12 @@ int AddFrame(const vx_bitmap* picture, int page, const vx_animation_options& opt
 int Build(const vx_bitmap* const* frames, int count, const vx_animation_options& options,
           ChunkWriter* writer) {
   const std::size_t file = writer->BeginList(chunk::kRiff, chunk::kAnimation);
+  bmp::AnimationHeader header;
+  header.frames = header.steps = static_cast<uint32_t>(count);
+  header.jiffies = static_cast<uint32_t>(options.jiffies);
+  header.flags = bmp::kFramesAreIcons;
+  const auto bytes = bmp::EncodeAnimation(header);
+  writer->Add(chunk::kHeader, bytes.data(), bytes.size());
   const bool hasTexts = (options.title != nullptr && *options.title != '\0') ||
                         (options.author != nullptr && *options.author != '\0');
   if (hasTexts) {
@@ -115,12 +121,6 @@ int Build(const vx_bitmap* const* frames, int count, const vx_animation_options&
     writer->AddText(chunk::kAuthor, options.author);
     writer->EndList(info);
   }
-  bmp::AnimationHeader header;
-  header.frames = header.steps = static_cast<uint32_t>(count);
-  header.jiffies = static_cast<uint32_t>(options.jiffies);
-  header.flags = bmp::kFramesAreIcons;
-  const auto bytes = bmp::EncodeAnimation(header);
-  writer->Add(chunk::kHeader, bytes.data(), bytes.size());
   const std::size_t list = writer->BeginList(chunk::kList, chunk::kFrames);
   for (int i = 0; i < count; ++i) {
     const int status = AddFrame(frames[i], i + 1, options, writer);
