@@ -47,7 +47,7 @@ vx::LoadOptions OnePage::Options() const {
   options.page = ParsePage(page_);
   options.allow_truncated = allowTruncated_ ? 1 : 0;
   options.alpha = ParseAlpha(alpha_);
-  if (asFilter_) options.flags |= VX_LOAD_AS_FILTER;
+  options.flags = asFilter_ ? VX_LOAD_AS_FILTER : 0U;
   return options;
 }
 

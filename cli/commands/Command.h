@@ -22,6 +22,7 @@ Action DeclareView(Arguments& command);
 Action DeclareConvert(Arguments& command);
 Action DeclarePages(Arguments& command);
 Action DeclareIcon(Arguments& command);
+Action DeclareCursor(Arguments& command);
 Action DeclareCompletions(Arguments& command);
 
 }  // namespace cli

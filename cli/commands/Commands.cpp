@@ -78,6 +78,17 @@ Examples:
   vxbmp icon hand-drawn-16.png logo.png -o app.ico
   vxbmp icon logo.png -o app.ico --png-from 16)",
      DeclareIcon},
+    {"cursor", "Makes a cursor, or an animated one, from pictures.",
+     R"(A name that ends with .ani makes an animated cursor, which shows the pictures in their
+order; any other a cursor with a page a picture. Cursors given as pictures keep their hot
+spots, and of animated ones every frame is taken. FILE is replaced when the new cursor is
+complete.
+
+Examples:
+  vxbmp cursor arrow.png -o arrow.cur --hotspot 3,2
+  vxbmp cursor wait-*.png -o wait.ani --delay 100ms --title Waiting
+  vxbmp cursor wait.ani -o slower.ani --delay 12)",
+     DeclareCursor},
     {"completions", "Prints what makes a shell complete the arguments of vxbmp.",
      R"(An installed vxbmp has brought them along already.
 

@@ -23,6 +23,7 @@ namespace cli {
 namespace {
 
 constexpr std::string_view kAllPages = "all";
+constexpr int kStepsListed = 100;  // more than any real animation has
 
 struct InfoArguments {
   std::vector<std::string> files;
@@ -48,8 +49,18 @@ class Listing {
 
   virtual void Add(const std::string& file, const vx_info& info) = 0;
   virtual void Add(const std::string& file, const Failure& failure) = 0;
+  /// What is known of an animated cursor as a whole, and its first steps.
+  virtual void Add(const std::string& file, const vx_animation_info& info,
+                   const std::vector<vx_animation_step>& steps) = 0;
   virtual void Finish() = 0;
 };
+
+std::optional<vx_animation_info> FindAnimation(const vx::Source& source) try {
+  return source.DescribeAnimation();
+} catch (const vx::Error& error) {
+  if (error.status() == VX_BAD_FORMAT) return std::nullopt;
+  throw;
+}
 
 /// Columns can only be aligned once all is known, so nothing is printed before the end.
 class Table final : public Listing {
@@ -69,13 +80,30 @@ class Table final : public Listing {
     rows_.push_back(row);
   }
 
+  /// Stands below the table, a line for the whole and one a step.
+  void Add(const std::string& file, const vx_animation_info& info,
+           const std::vector<vx_animation_step>& steps) override {
+    animations_ += fmt::format("{}: {} steps", Printable(file), info.step_count);
+    if (info.title[0] != '\0') animations_ += fmt::format(", title: {}", Printable(info.title));
+    if (info.author[0] != '\0') animations_ += fmt::format(", author: {}", Printable(info.author));
+    animations_ += '\n';
+    for (size_t i = 0; i < steps.size(); ++i) {
+      const auto& [frame, jiffies] = steps[i];
+      const std::string page = frame == 0 ? "no page that there is" : fmt::format("page {}", frame);
+      animations_ += fmt::format("  step {}: {}, {}/60 s\n", i + 1, page, jiffies);
+    }
+  }
+
   void Finish() override {
+    if (!animations_.empty() && rows_.size() > 1)
+      return PrintToStandardOutput(InColumns(rows_) + animations_);
     if (rows_.size() > 1) PrintToStandardOutput(InColumns(rows_));
   }
 
  private:
   static constexpr std::array kTitles = {"FILE",   "PAGE", "KIND",    "SIZE", "BITS",
                                          "CODING", "ROWS", "COLOURS", "DPI"};
+  std::string animations_;
   std::vector<TableRow> rows_ = {TableRow(kTitles.begin(), kTitles.end())};
 };
 
@@ -107,6 +135,26 @@ class JsonLines final : public Listing {
     if (failure.pages > 0) line.Add("pages", failure.pages);
     line.AddFailure(failure.status, failure.message);
     PrintToStandardOutput(line.Text());
+  }
+
+  void Add(const std::string& file, const vx_animation_info& info,
+           const std::vector<vx_animation_step>& steps) override {
+    JsonLine line;
+    line.AddFile(file);
+    line.Add("pages", info.frame_count);
+    line.Add("steps", info.step_count);
+    line.Add("jiffies", info.jiffies);
+    line.Add("title", info.title);
+    line.Add("author", info.author);
+    PrintToStandardOutput(line.Text());
+    for (size_t i = 0; i < steps.size(); ++i) {
+      JsonLine each;
+      each.AddFile(file);
+      each.Add("step", i + 1);
+      each.Add("page", steps[i].frame);
+      each.Add("jiffies", steps[i].jiffies);
+      PrintToStandardOutput(each.Text());
+    }
   }
 
   void Finish() override {}
@@ -172,6 +220,10 @@ class InfoCommand {
   void ListAllPages(const std::string& file, const vx::Source& source) try {
     constexpr int kPagesListed = 100;
     const int pages = CountPages(source);
+    if (const std::optional<vx_animation_info> animation = FindAnimation(source)) {
+      listing_->Add(file, *animation,
+                    source.AnimationSteps(0, std::min(animation->step_count, kStepsListed)));
+    }
     if (pages == kNotKnown) return ListPage(file, source, 1, kNotKnown);
     const int last = all_ ? pages : std::min(pages, kPagesListed);
     for (int page = 1; page <= last; ++page) ListPage(file, source, page, pages);
@@ -184,6 +236,8 @@ class InfoCommand {
 
   /// Files without a directory have one page, whose failure speaks for the file.
   static int CountPages(const vx::Source& source) {
+    if (const std::optional<vx_animation_info> animation = FindAnimation(source))
+      return animation->frame_count;
     const std::optional<vx_directory_info> directory = FindDirectory(source);
     return directory ? directory->page_count : kNotKnown;
   }

@@ -73,6 +73,11 @@ struct DrawOptions : vx_draw_options {
   return {remarks, static_cast<std::size_t>(count)};
 }
 
+/// Options of building animated cursors that start from the defaults.
+struct AnimationOptions : vx_animation_options {
+  AnimationOptions() noexcept : vx_animation_options VX_ANIMATION_OPTIONS_DEFAULT {}
+};
+
 /// Bytes that the library allocated.
 class Buffer {
  public:
@@ -232,6 +237,18 @@ class Source {
     Check(vx_unreferenced_bytes(source_.get(), &bytes));
     return bytes;
   }
+  /// What an animated cursor says of itself.
+  [[nodiscard]] vx_animation_info DescribeAnimation() const {
+    vx_animation_info info;
+    Check(vx_animation_describe(source_.get(), &info));
+    return info;
+  }
+  /// Steps of an animated cursor. @param first from 0
+  [[nodiscard]] std::vector<vx_animation_step> AnimationSteps(int first, int count) const {
+    std::vector<vx_animation_step> steps(static_cast<std::size_t>(count));
+    Check(vx_animation_steps(source_.get(), first, count, steps.data()));
+    return steps;
+  }
   [[nodiscard]] vx_source* Get() const noexcept { return source_.get(); }
 
  private:
@@ -240,6 +257,14 @@ class Source {
   };
   std::unique_ptr<vx_source, Close> source_;
 };
+
+/// Saves an animated cursor, which appears whole or not at all.
+inline void SaveAnimation(std::span<const Bitmap> frames, const vx_animation_options& options,
+                          const std::string& path) {
+  std::vector<const vx_bitmap*> pictures;
+  for (const Bitmap& frame : frames) pictures.push_back(frame.Get());
+  Check(vx_save_animation(pictures.data(), static_cast<int>(pictures.size()), &options, path.c_str()));
+}
 
 /// Edits of an icon or cursor file, which show in the file once they are committed. Options may be null.
 class Edit {

@@ -202,8 +202,8 @@ typedef enum vx_remark_code {
   VX_REMARK_PNG_IN_CURSOR = 14,      /**< a page of a cursor file is a PNG stream */
   VX_REMARK_HEIGHT_NOT_DOUBLED = 15, /**< the page's header leaves out the mask; first: the height it says */
   VX_REMARK_HEADER_IN_ICON = 16,     /**< the page's header is not the usual one; first: its length */
-  VX_REMARK_CHUNK_SIZE =
-      17, /**< an animated cursor's size field lies; first: its byte; second: what it says */
+  VX_REMARK_CHUNK_SIZE = 17,         /**< a size or count of an animated cursor lies; first: the byte of the
+                                        first that does; second: what it says */
   /* saving */
   VX_REMARK_ALPHA_HARDENED = 18, /**< half opaque and more became opaque, the rest transparent */
   VX_REMARK_ALPHA_DROPPED = 19,  /**< everything is opaque in the file */
@@ -602,6 +602,63 @@ VX_API int vx_edit_compact(vx_edit* edit);
 VX_API int vx_edit_commit(vx_edit* edit);
 /** Ends the edit; without vx_edit_commit before it the file stays as it was. Null does nothing. */
 VX_API void vx_edit_close(vx_edit* edit);
+
+/* ---- Animated cursors
+ * ---------------------------------------------------------------------------------------
+ */
+
+/*
+ * The frames of an animated cursor are its pages, from 1. Each is a file of its own, an icon or a cursor as a
+ * rule, of which the first page counts; vx_describe and vx_load treat them so, and VX_LOAD_AS_FILTER, which
+ * knows of no animated cursors, refuses them. What is shown is a list of steps, each a frame and how long it
+ * stays, over and over.
+ */
+
+/** What an animated cursor says of itself. */
+typedef struct vx_animation_info {
+  int frame_count;  /**< frames that there are, 1 and more */
+  int step_count;   /**< steps of the animation; without a sequence of its own every frame is one */
+  uint32_t jiffies; /**< sixtieths of a second that a step lasts where the file says nothing else of it */
+  char
+      title[256]; /**< its first 255 bytes, in whatever encoding the maker had, NUL-terminated; "" for none */
+  char author[256]; /**< the same of who made it */
+} vx_animation_info;
+
+/** A step of the animation. */
+typedef struct vx_animation_step {
+  int frame;        /**< the page that is shown; 0 where the file names one that it has not */
+  uint32_t jiffies; /**< how long, in sixtieths of a second */
+} vx_animation_step;
+
+/**
+ * Tells of an animated cursor what it says of itself; looks at no frame. A size or count in it that is wrong
+ * is a remark. @return VX_BAD_FORMAT for other files, and where there is no frame
+ */
+VX_API int vx_animation_describe(vx_source* source, vx_animation_info* info);
+/** Fills `count` records with the steps from `first` on, which count from 0. @return VX_BAD_PARAMETER where
+ * there are fewer, else as vx_animation_describe */
+VX_API int vx_animation_steps(vx_source* source, int first, int count, vx_animation_step* steps);
+
+/** How to build an animated cursor. Start from VX_ANIMATION_OPTIONS_DEFAULT. */
+typedef struct vx_animation_options {
+  int jiffies;        /**< how long each frame is shown: sixtieths of a second, 1 and more */
+  int hot_x;          /**< the pixel that points, of every frame, 0 to 65535; below 0: each picture's own */
+  int hot_y;          /**< below 0 where hot_x is */
+  const char* title;  /**< at most 65535 bytes, stored as they are; null or "": none */
+  const char* author; /**< the same */
+} vx_animation_options;
+
+#define VX_ANIMATION_OPTIONS_DEFAULT \
+  { 6, -1, -1, NULL, NULL }
+
+/**
+ * Builds an animated cursor of `count` pictures, 1 to 65535, shown in their order, and saves it as
+ * vx_save_file does: whole or not at all. Every frame is what vx_save_memory makes of it as VX_FORMAT_CUR,
+ * and fails where that does, with the frame's number as the page; what cannot be held is remarked with that
+ * number, too. Sizes may differ from frame to frame. @param options may be null
+ */
+VX_API int vx_save_animation(const vx_bitmap* const* frames, int count, const vx_animation_options* options,
+                             const char* path);
 
 /* ---- Drawing in a terminal
  * --------------------------------------------------------------------------------- */

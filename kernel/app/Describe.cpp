@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "app/Explain.h"
+#include "app/Frames.h"
 #include "app/PngFile.h"
 #include "base/CallRecord.h"
 #include "base/Errors.h"
@@ -154,6 +155,40 @@ int Identify(vx_source& source, int page, bool asFilter, IMAGEINFO* info) {
   return STATUS_OK;
 }
 
+namespace {
+
+/// Describes a page of a source that is no animated cursor.
+int Describe(vx_source& source, int page, vx_info* info) {
+  IMAGEINFO found;
+  const int status = Identify(source, page, false, &found);
+  if (status != STATUS_OK) return status;
+  info->format = found.Format;
+  info->width = found.Width;
+  info->height = found.Height;
+  info->bits_per_pixel = found.BitsPerPixel;
+  info->orientation = found.Orientation;
+  info->color_order = found.ColorOrder;
+  info->x_dpi = found.XResolution;
+  info->y_dpi = found.YResolution;
+  info->page = page;
+  info->page_count = PageCount(found);
+  info->data_size = static_cast<uint32_t>(found.DataSize);
+  std::memcpy(info->compression, found.Compression, sizeof info->compression);
+  return STATUS_OK;
+}
+
+int DescribeFrame(vx_source& source, int page, vx_info* info) {
+  return WithFrame(source, page, [&](vx_source& frame, int count) {
+    const int status = Describe(frame, 1, info);
+    if (status != STATUS_OK) return status;
+    info->format = VX_FORMAT_ANI;
+    info->page = page;
+    info->page_count = count;
+    return int{STATUS_OK};
+  });
+}
+
+}  // namespace
 }  // namespace vxkrn
 
 int vx_describe(vx_source* source, int page, vx_info* info) {
@@ -162,21 +197,7 @@ int vx_describe(vx_source* source, int page, vx_info* info) {
       return vxkrn::FailForArgument("the source and the record to fill must be given");
     }
     *info = vx_info{};
-    IMAGEINFO found;
-    const int status = vxkrn::Identify(*source, page, false, &found);
-    if (status != STATUS_OK) return status;
-    info->format = found.Format;
-    info->width = found.Width;
-    info->height = found.Height;
-    info->bits_per_pixel = found.BitsPerPixel;
-    info->orientation = found.Orientation;
-    info->color_order = found.ColorOrder;
-    info->x_dpi = found.XResolution;
-    info->y_dpi = found.YResolution;
-    info->page = page;
-    info->page_count = vxkrn::PageCount(found);
-    info->data_size = static_cast<uint32_t>(found.DataSize);
-    std::memcpy(info->compression, found.Compression, sizeof info->compression);
-    return VX_OK;
+    return vxkrn::IsAnimation(*source) ? vxkrn::DescribeFrame(*source, page, info)
+                                       : vxkrn::Describe(*source, page, info);
   });
 }

@@ -1,8 +1,11 @@
 // vx_load: from a plan through the filter to a finished picture.
+#include "app/Load.h"
+
 #include <algorithm>
 
 #include "app/Describe.h"
 #include "app/Explain.h"
+#include "app/Frames.h"
 #include "app/LoadOwn.h"
 #include "app/LoadPlan.h"
 #include "app/PngFile.h"
@@ -213,6 +216,8 @@ void RemarkOn(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture)
   }
 }
 
+}  // namespace
+
 int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bitmap>* loaded) {
   LoadPlan plan;
   int status = PlanLoad(source, options, &plan);
@@ -239,6 +244,18 @@ int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bit
   return STATUS_OK;
 }
 
+namespace {
+
+/// A page of whatever begins like this; the filter knows no animated cursors.
+int LoadAny(vx_source& source, const vx_load_options* asked, memory::Owned<vx_bitmap>* loaded) {
+  vx_load_options options = asked == nullptr ? vx_load_options VX_LOAD_OPTIONS_DEFAULT : *asked;
+  const bool mayHaveFrames = options.raw == nullptr && (options.flags & VX_LOAD_AS_FILTER) == 0;
+  if (!mayHaveFrames || !IsAnimation(source)) return Load(source, &options, loaded);
+  const int page = std::exchange(options.page, 1);
+  return WithFrame(source, page,
+                   [&](vx_source& frame, int /*count*/) { return Load(frame, &options, loaded); });
+}
+
 }  // namespace
 }  // namespace vxkrn
 
@@ -249,7 +266,7 @@ int vx_load(vx_source* source, const vx_load_options* options, vx_bitmap** bitma
       return vxkrn::FailForArgument("the source and the place for the bitmap must be given");
     }
     vxkrn::memory::Owned<vx_bitmap> loaded;
-    const int status = vxkrn::Load(*source, options, &loaded);
+    const int status = vxkrn::LoadAny(*source, options, &loaded);
     if (status == STATUS_OK) *bitmap = loaded.release();
     return status;
   });

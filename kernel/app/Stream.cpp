@@ -22,7 +22,14 @@ bool MayBePicture(std::span<const uint8_t> bytes) {
                                {{'B', 'A'}, 2},
                                {{0, 0, 1, 0}, 4},
                                {{0, 0, 2, 0}, 4},
-                               {{0x89, 'P', 'N', 'G', '\r', '\n'}, 6}};
+                               {{0x89, 'P', 'N', 'G', '\r', '\n'}, 6},
+                               {{'R', 'I', 'F', 'F'}, 4}};
+  constexpr std::array<uint8_t, 4> kAnimation = {'A', 'C', 'O', 'N'};
+  constexpr std::size_t kFormAt = 8;  // of what a RIFF file says that it is, which may be a film
+  if (bytes.size() >= kFormAt + kAnimation.size() && bytes[0] == 'R' &&
+      !std::equal(kAnimation.begin(), kAnimation.end(), bytes.begin() + kFormAt)) {
+    return false;
+  }
   return std::any_of(std::begin(kStarts), std::end(kStarts), [&](const Start& start) {
     const auto count = static_cast<std::ptrdiff_t>(std::min(bytes.size(), start.count));
     return std::equal(bytes.begin(), bytes.begin() + count, start.bytes.begin());

@@ -49,8 +49,8 @@ class Scan {
         break;
       }
       default: {
-        const int size = layout_.depth == 4 ? (code + 1) / 2 : code;
-        bytes_.Skip(static_cast<uint64_t>(size + size % 2));
+        const auto size = static_cast<uint64_t>(layout_.depth == 4 ? (code + 1) / 2 : code);
+        bytes_.Skip(size + size % 2);
         x_ += code;
         break;
       }

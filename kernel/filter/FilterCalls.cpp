@@ -111,6 +111,10 @@ int DeletePage(const Backend& backend, const char* name, int page) {
   return Watched(backend, name, [&] { return filter->deletePage(&dispatch); });
 }
 
+int WriteWhole(const Backend& backend, const char* name, const void* bytes, uint64_t size) {
+  return Watched(backend, name, [&] { return WriteFile(name, VX_OPEN_CREATE, 0, bytes, size); });
+}
+
 int Overwrite(const Backend& backend, const char* name, uint64_t position, const void* bytes,
               uint32_t count) {
   return Watched(backend, name, [&] { return WriteFile(name, VX_OPEN_UPDATE, position, bytes, count); });

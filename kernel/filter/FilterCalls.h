@@ -15,6 +15,8 @@ namespace vxkrn {
 /// Encodes the picture as a PNG file, for which no filter is needed.
 [[nodiscard]] int SavePng(const Backend& backend, const char* name, SavePlan* plan);
 [[nodiscard]] int DeletePage(const Backend& backend, const char* name, int page);
+/// Writes a whole new file.
+[[nodiscard]] int WriteWhole(const Backend& backend, const char* name, const void* bytes, uint64_t size);
 /// Writes bytes into a file that exists.
 [[nodiscard]] int Overwrite(const Backend& backend, const char* name, uint64_t position, const void* bytes,
                             uint32_t count);

@@ -232,6 +232,25 @@ class Comparison:
             if is_there(icotool) and len(run(["icotool", "-l", path]).splitlines()) != len(after):
                 self.failures.append(f"icotool does not list {path} after edits")
 
+    def animations(self):
+        """Frames of what is built here, as another program sees the first of them."""
+        source = os.path.join(self.folder, "hard.png")
+        path = os.path.join(self.folder, "animation.ani")
+        made = self.vxbmp("cursor", source, os.path.join(self.folder, "two.png"), "-o", path, "--title", "Odd", "--delay", "9")
+        if made is None or not is_there(gdk_pixbuf):
+            return
+        import gi
+        gi.require_version("GdkPixbuf", "2.0")
+        from gi.repository import GdkPixbuf
+        try:
+            frame = GdkPixbuf.PixbufAnimation.new_from_file(path).get_static_image()
+            theirs = png.decode(bytes(frame.save_to_bufferv("png", [], [])[1]))
+        except Exception as error:
+            self.failures.append(f"gdk_pixbuf does not open {path}: {error}")
+        else:
+            if not same(self.read(path), theirs):
+                self.failures.append(f"gdk_pixbuf sees {path} otherwise")
+
     def samples_and_back(self):
         """Every sample that loads, in every format as deep as it needs: nothing may be lost."""
         samples = os.path.join(self.folder, "samples")
@@ -262,6 +281,7 @@ def main():
         comparison = Comparison(*sys.argv[1:3], folder)
         comparison.compare_all()
         comparison.edit_files_of_others()
+        comparison.animations()
         count = comparison.samples_and_back()
         for program in PROGRAMS:
             name = program.__name__
