@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,7 @@ struct ConvertArguments {
   std::string out;
   OnePage page;
   std::string band;
+  bool toSrgb = false;
   RawArguments raw;
   SaveArguments save;
 };
@@ -47,6 +49,7 @@ vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescripti
   vx::LoadOptions options = arguments.page.Options();
   if (!arguments.band.empty()) ParseBand(arguments.band, options);
   if (raw != nullptr) options.raw = &raw->Get();
+  if (arguments.toSrgb) options.flags |= VX_LOAD_TO_SRGB;
   return options;
 }
 
@@ -66,11 +69,30 @@ void RefuseToReplace(const ConvertArguments& arguments) {
   }
 }
 
+/// Says of the call that has just been made what it did not do with the picture's colours.
+void RemarkOnColors(const std::string& name, const std::string& linkedProfile) {
+  int count = 0;
+  const vx_remark* remarks = vx_remarks(&count);
+  for (const vx_remark& remark : std::span(remarks, static_cast<size_t>(count))) {
+    if (remark.code == VX_REMARK_PROFILE_LINKED) {
+      ReportMessage(fmt::format("{}: its colour profile is another file, which is not opened: {}",
+                                Printable(name), Printable(linkedProfile)));
+    } else if (remark.code == VX_REMARK_PROFILE_DAMAGED) {
+      ReportMessage(
+          fmt::format("{}: its colour profile cannot be used; colours stay as they are", Printable(name)));
+    } else if (remark.code == VX_REMARK_PROFILE_DROPPED) {
+      ReportMessage(fmt::format(
+          "{}: the picture's colour profile is lost; --to png keeps it, --srgb applies it", Printable(name)));
+    }
+  }
+}
+
 ExitCode Save(const vx::Bitmap& picture, const std::string& out, const vx_save_options& options) {
   const std::string name = out == kStandardStream ? "standard output" : out;
   try {
     const vx_save_plan plan = picture.Plan(options);
     WritePicture(picture, out.c_str(), options);
+    RemarkOnColors(name, "");
     RemarkOnLosses(name, options, plan, "--to png-icon");
   } catch (const vx::Error& error) {
     ReportFailure(error, {.file = name});
@@ -91,6 +113,7 @@ ExitCode Convert(const ConvertArguments& arguments) {
   try {
     Input input(arguments.in.c_str(), raw ? Content::Headerless : Content::Picture);
     const vx::Bitmap picture = input.Source().Load(options);
+    RemarkOnColors(name, picture.ProfileName());
     if (raw == nullptr) arguments.page.RemarkOnOthers(input.Source(), name);
     return Save(picture, arguments.out, saveOptions);
   } catch (const vx::Error& error) {
@@ -111,6 +134,8 @@ Action DeclareConvert(Arguments& command) {
                .help = "convert COUNT rows only, from row FIRST; the top row is 0",
                .value = "FIRST:COUNT"},
               arguments->band);
+  command.Add({.name = "--srgb", .help = "convert colours by a profile, or calibrated ones, to sRGB"},
+              arguments->toSrgb);
   arguments->save.Declare(command);
   arguments->raw.Declare(command);
   command.Exclude("--raw", "--page");
