@@ -31,6 +31,7 @@ inline constexpr uint32_t kAlphaMask = 52;
 inline constexpr uint32_t kColourSpace = 56;
 inline constexpr uint32_t kEndpoints = 60;  // red, green, blue; x, y, z each, as 2.30 fixed-point numbers
 inline constexpr uint32_t kGamma = 96;      // red, green, blue, as 16.16 fixed-point numbers
+inline constexpr uint32_t kIntent = 108;
 inline constexpr uint32_t kProfileOffset = 112;  // from the start of the image header
 inline constexpr uint32_t kProfileSize = 116;
 }  // namespace long_at
@@ -64,6 +65,7 @@ struct ColourSpace {
   uint32_t type = kSrgb;
   uint32_t endpoints[9] = {};  // as stored
   uint32_t gamma[3] = {};      // as stored
+  uint32_t intent = 0;         // how colours out of reach are replaced; headers before V5 have none
   uint64_t profileOffset = 0;
   uint32_t profileSize = 0;  // bytes, of a profile or of the name of a linked one; 0: none
 };
@@ -119,6 +121,7 @@ constexpr ColourSpace ColourOf(const LayoutBytes& bytes, uint32_t size, uint64_t
   colour.type = FieldAt(bytes, size, long_at::kColourSpace);
   for (uint32_t i = 0; i < 9; ++i) colour.endpoints[i] = FieldAt(bytes, size, long_at::kEndpoints + 4 * i);
   for (uint32_t i = 0; i < 3; ++i) colour.gamma[i] = FieldAt(bytes, size, long_at::kGamma + 4 * i);
+  colour.intent = FieldAt(bytes, size, long_at::kIntent);
   const bool hasProfile = colour.type == ColourSpace::kEmbedded || colour.type == ColourSpace::kLinked;
   if (!hasProfile || size < kV5HeaderSize) return colour;
   colour.profileOffset = headerOffset + FieldAt(bytes, size, long_at::kProfileOffset);

@@ -25,6 +25,7 @@ vx::LoadOptions LoadOptionsFrom(fuzz::Input& input) {
   options.band_first = input.Choice(9) * input.Choice(2);
   options.band_count = input.Choice(9) * input.Choice(2);
   options.read_buffer_size = 2 * input.Choice(40);
+  options.flags = input.Choice(2) == 0 ? 0 : VX_LOAD_TO_SRGB;
   return options;
 }
 

@@ -11,6 +11,7 @@ namespace samples {
 std::vector<Sample> BitmapSamples();
 /// What the library reads beside the filter.
 std::vector<Sample> BeyondSamples();
+std::vector<Sample> ColorSamples();
 std::vector<Sample> IconSamples();
 std::vector<Sample> AnimationSamples();
 std::vector<Sample> RawSamples();

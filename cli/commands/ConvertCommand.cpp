@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,7 @@ struct ConvertArguments {
   std::string out;
   OnePage page;
   std::string band;
+  bool toSrgb = false;
   RawArguments raw;
   SaveArguments save;
 };
@@ -47,6 +49,7 @@ vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescripti
   vx::LoadOptions options = arguments.page.Options();
   if (!arguments.band.empty()) ParseBand(arguments.band, options);
   if (raw != nullptr) options.raw = &raw->Get();
+  if (arguments.toSrgb) options.flags |= VX_LOAD_TO_SRGB;
   return options;
 }
 
@@ -66,11 +69,23 @@ void RefuseToReplace(const ConvertArguments& arguments) {
   }
 }
 
+/// What saving does to the colours, with what helps. Right after the save.
+void RemarkOnProfile(const std::string& name) {
+  const auto remarks = vx::Remarks();
+  const bool isDropped = std::any_of(remarks.begin(), remarks.end(), [](const vx_remark& remark) {
+    return remark.code == VX_REMARK_PROFILE_DROPPED;
+  });
+  if (!isDropped) return;
+  ReportMessage(fmt::format("{}: the picture's colour profile is lost; --to png keeps it, --srgb applies it",
+                            Printable(name)));
+}
+
 ExitCode Save(const vx::Bitmap& picture, const std::string& out, const vx_save_options& options) {
   const std::string name = out == kStandardStream ? "standard output" : out;
   try {
     const vx_save_plan plan = picture.Plan(options);
     WritePicture(picture, out.c_str(), options);
+    RemarkOnProfile(name);
     RemarkOnLosses(name, options, plan, "--to png-icon");
   } catch (const vx::Error& error) {
     ReportFailure(error, {.file = name});
@@ -92,6 +107,9 @@ ExitCode Convert(const ConvertArguments& arguments) {
     Input input(arguments.in.c_str(), raw ? Content::Headerless : Content::Picture);
     const vx::Bitmap picture = input.Source().Load(options);
     ReportRemarks(name);
+    if (const std::string profile = picture.ProfileName(); !profile.empty()) {
+      ReportMessage(fmt::format("{}: the colour profile is named {}", Printable(name), Printable(profile)));
+    }
     if (raw == nullptr) arguments.page.RemarkOnOthers(input.Source(), name);
     return Save(picture, arguments.out, saveOptions);
   } catch (const vx::Error& error) {
@@ -112,6 +130,8 @@ Action DeclareConvert(Arguments& command) {
                .help = "convert COUNT rows only, from row FIRST; the top row is 0",
                .value = "FIRST:COUNT"},
               arguments->band);
+  command.Add({.name = "--srgb", .help = "convert colours by a profile, or calibrated ones, to sRGB"},
+              arguments->toSrgb);
   arguments->save.Declare(command);
   arguments->raw.Declare(command);
   command.Exclude("--raw", "--page");

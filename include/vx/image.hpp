@@ -140,6 +140,17 @@ class Bitmap {
     }
     return pixels;
   }
+  /// The ICC profile of its colours, which lives as long as the bitmap; empty where it has none.
+  [[nodiscard]] std::span<const uint8_t> Profile() const noexcept {
+    std::size_t size = 0;
+    const uint8_t* bytes = vx_bitmap_profile(bitmap_.get(), &size);
+    return {bytes, size};
+  }
+  /// The name of the file that holds the profile; "" unless it is linked.
+  [[nodiscard]] std::string ProfileName() const {
+    const char* name = vx_bitmap_profile_name(bitmap_.get());
+    return name == nullptr ? "" : name;
+  }
   [[nodiscard]] Buffer EncodePng() const {
     uint8_t* png = nullptr;
     std::size_t size = 0;

@@ -344,7 +344,8 @@ typedef struct vx_raw {
 
 typedef enum vx_load_flags {
   VX_LOAD_AS_FILTER = 1, /**< exactly what the filter gives: what its contract refuses or flattens stays so */
-  VX_LOAD_TO_SRGB = 2    /**< colours by a profile, or calibrated ones, become sRGB */
+  VX_LOAD_TO_SRGB = 2    /**< colours by a profile, or calibrated ones, become sRGB: fails where the profile
+                            cannot be used, or this library applies none. A linked one stays unopened */
 } vx_load_flags;
 
 /** What the fourth bytes of a bitmap file's 32-bit pixels are where nothing in the file says so. */
@@ -381,6 +382,15 @@ VX_API void vx_bitmap_free(vx_bitmap* bitmap);
 /* ---- Pictures --------------------------------------------------------------------------------------------
  */
 
+/** What the numbers of a bitmap's pixels mean. */
+typedef enum vx_color_space {
+  VX_COLOR_SPACE_NONE = 0,       /**< nothing is said of it; everybody takes it as sRGB */
+  VX_COLOR_SPACE_SRGB = 1,       /**< sRGB */
+  VX_COLOR_SPACE_CALIBRATED = 2, /**< what red, green and blue look like is said in numbers, or a gamma is */
+  VX_COLOR_SPACE_PROFILE = 3,    /**< what vx_bitmap_profile says, an ICC profile */
+  VX_COLOR_SPACE_LINKED = 4      /**< what another file says, which vx_bitmap_profile_name names */
+} vx_color_space;
+
 /** What a bitmap is made of. */
 typedef struct vx_bitmap_info {
   int width;          /**< pixels */
@@ -396,6 +406,7 @@ typedef struct vx_bitmap_info {
   int hot_x;         /**< the pixel that points, of a whole page of a cursor; else 0 */
   int hot_y;
   int rows_present; /**< rows, of the bitmap's, that the file really had; the others are made up */
+  int color_space;  /**< vx_color_space */
 } vx_bitmap_info;
 
 /**
@@ -428,8 +439,20 @@ VX_API const uint8_t* vx_bitmap_palette(const vx_bitmap* bitmap);
  */
 VX_API int vx_bitmap_read_rgba(const vx_bitmap* bitmap, int row, uint8_t* rgba);
 /**
+ * The ICC profile of the bitmap's colours, as the file had it. *size (which may be null) receives its length.
+ * @return bytes that live as long as the bitmap; null where it has none
+ */
+VX_API const uint8_t* vx_bitmap_profile(const vx_bitmap* bitmap, size_t* size);
+/**
+ * The name of the file that holds the colour profile, as the bitmap file has it: bytes of a Windows code
+ * page, a path of the machine where it was written. The library never opens it, and you should not either.
+ * @return null unless the profile is linked; lives as long as the bitmap
+ */
+VX_API const char* vx_bitmap_profile_name(const vx_bitmap* bitmap);
+/**
  * Encodes the bitmap as PNG: palette PNG for 1 to 8 opaque bits, RGB, or RGBA where there is
- * transparency; the resolution is kept. *png is freed with vx_free.
+ * transparency; the resolution is kept, and so are a profile and calibrated colours. *png is freed with
+ * vx_free.
  */
 VX_API int vx_bitmap_encode_png(const vx_bitmap* bitmap, uint8_t** png, size_t* size);
 /** Frees what the library allocated for the caller; null does nothing. */

@@ -159,7 +159,7 @@ namespace {
 
 /// Describes a page of a source that is no animated cursor.
 int Describe(vx_source& source, int page, vx_info* info) {
-  IMAGEINFO found;
+  IMAGEINFO found = {};
   const int status = Identify(source, page, false, &found);
   if (status != STATUS_OK) return status;
   info->format = found.Format;

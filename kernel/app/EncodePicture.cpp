@@ -30,6 +30,7 @@ vxkrn::PngPicture PngOf(const vx_bitmap& bitmap) {
           .hasAlpha = isTransparent,
           .palette = record.Palette,
           .colorCount = record.ColorCount,
+          .colors = &bitmap.colorSpace,
           .owner = &bitmap,
           .row = asIndices ? RowOfIndices : RowOfColors,
           .scratch = nullptr};

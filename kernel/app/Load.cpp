@@ -12,9 +12,11 @@
 #include "app/RowSink.h"
 #include "base/Errors.h"
 #include "base/Remarks.h"
+#include "beyond/BitmapColors.h"
 #include "beyond/IconFile.h"
 #include "beyond/RunLengthScan.h"
 #include "bitmap/Region.h"
+#include "convert/ToSrgb.h"
 #include "files/Files.h"
 #include "filter/FilterLoader.h"
 #include "filter/PngCallbacks.h"
@@ -225,6 +227,9 @@ int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bit
   auto picture = memory::Make<vx_bitmap>({"kernel/Load", __LINE__});
   if (picture == nullptr) return FailForMemory("a bitmap record", sizeof(vx_bitmap));
   uint32_t fourthBytes = 0;
+  const bool toSrgb = (plan.options.flags & VX_LOAD_TO_SRGB) != 0;
+  if (plan.image) status = ReadColorSpace(source, plan.image->layout, toSrgb, &picture->colorSpace);
+  if (status != STATUS_OK) return NameFailure(status, source.Name());
   if (plan.info.Format == FMT_PNG) {
     status = LoadPngFile(source, plan.bandFirst, plan.bandCount, picture.get());
     if (status != STATUS_OK) return Explain(status, source, 0, {});
@@ -237,6 +242,8 @@ int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bit
     if (status != STATUS_OK) return status;
   }
   if (plan.info.Format != FMT_PNG) SettleAlpha(plan, fourthBytes, &picture->record);
+  if (toSrgb) status = ConvertToSrgb(picture.get());
+  if (status != STATUS_OK) return NameFailure(status, source.Name());
   picture->TakeColors();
   if (plan.options.color_order != VX_ORDER_FILE) picture->ConvertOrder(plan.options.color_order);
   RemarkOn(source, plan, picture.get());

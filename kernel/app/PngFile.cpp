@@ -63,8 +63,8 @@ int LoadPngFile(vx_source& source, int first, int count, vx_bitmap* picture) {
   if (!source.Hold()) return FailForSource(source);
   PngDescription description = {};
   _BITMAPHANDLE* record = &picture->record;
-  int status =
-      DecodePng(source.memory.bytes, static_cast<std::size_t>(source.memory.size), 0, record, &description);
+  int status = DecodePng(source.memory.bytes, static_cast<std::size_t>(source.memory.size), 0, record,
+                         &description, &picture->colorSpace);
   if (status == STATUS_OK && count < record->Height) status = Cut(record, first, count);
   if (status != STATUS_OK) return status;
   picture->rowsPresent = record->Height;

@@ -96,7 +96,8 @@ int vx_bitmap_describe(const vx_bitmap* bitmap, vx_bitmap_info* info) {
            record.Region != nullptr ? 1 : 0,
            bitmap->hotSpot.x,
            bitmap->hotSpot.y,
-           bitmap->rowsPresent};
+           bitmap->rowsPresent,
+           bitmap->colorSpace.kind};
   return VX_OK;
 }
 
@@ -106,6 +107,17 @@ const uint8_t* vx_bitmap_row(const vx_bitmap* bitmap, int row) {
 
 const uint8_t* vx_bitmap_palette(const vx_bitmap* bitmap) {
   return bitmap == nullptr || bitmap->record.Palette == nullptr ? nullptr : &bitmap->record.Palette->Blue;
+}
+
+const uint8_t* vx_bitmap_profile(const vx_bitmap* bitmap, size_t* size) {
+  const bool hasProfile = bitmap != nullptr && bitmap->colorSpace.kind == VX_COLOR_SPACE_PROFILE;
+  if (size != nullptr) *size = hasProfile ? bitmap->colorSpace.profileSize : 0;
+  return hasProfile ? bitmap->colorSpace.profile.get() : nullptr;
+}
+
+const char* vx_bitmap_profile_name(const vx_bitmap* bitmap) {
+  const bool hasName = bitmap != nullptr && bitmap->colorSpace.kind == VX_COLOR_SPACE_LINKED;
+  return hasName ? reinterpret_cast<const char*>(bitmap->colorSpace.profile.get()) : nullptr;
 }
 
 int vx_bitmap_read_rgba(const vx_bitmap* bitmap, int row, uint8_t* rgba) {

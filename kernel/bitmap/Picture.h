@@ -6,6 +6,7 @@
 
 #include "base/Memory.h"
 #include "bitmap/Bitmap.h"
+#include "bitmap/ColorSpace.h"
 #include "bitmap/HotSpot.h"
 #include "bitmap/Rows.h"
 #include "vx/vx.h"
@@ -15,6 +16,7 @@ struct vx_bitmap {
   vxkrn::ColorTable colors = {};  ///< of the palette
   vxkrn::HotSpot hotSpot = {};
   int rowsPresent = 0;  ///< rows that the file had; all of them unless something said otherwise
+  vxkrn::ColorSpace colorSpace = {};
 
   /// The stored row that is `row` from the top.
   [[nodiscard]] int Stored(int row) const noexcept {

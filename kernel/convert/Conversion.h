@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "base/Contract.h"
+#include "bitmap/ColorSpace.h"
 #include "convert/Census.h"
 
 namespace vxkrn {
@@ -31,6 +32,6 @@ int SaveToMemory(void** memory, _BITMAPHANDLE* bitmap, int format, int bitsPerPi
 /// 24 bits a colour that no other pixel has. The caller frees *png with memory::Free.
 /// @return STATUS_OK, STATUS_BAD_BPP or STATUS_NO_MEMORY, with its detail set
 [[nodiscard]] int EncodeAsPng(LazyCensus& census, int bitsPerPixel, int convertArg1, int convertArg2,
-                              unsigned char** png, std::size_t* size);
+                              const ColorSpace* colors, unsigned char** png, std::size_t* size);
 
 }  // namespace vxkrn

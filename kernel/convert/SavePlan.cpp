@@ -200,6 +200,7 @@ int PlanSave(const vx_bitmap& picture, const vx_save_options* options, SavePlan*
 
   plan->shown = record;
   plan->hotSpot = picture.hotSpot;
+  plan->colorSpace = &picture.colorSpace;
   const Opacity opacity = plan->census.HowOpaque();
   if (HasMask(chosen.format) && HasAlpha(record)) status = HardenForMask(record, plan);
   if (status != STATUS_OK) return status;

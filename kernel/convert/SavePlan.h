@@ -8,9 +8,10 @@
 namespace vxkrn {
 
 struct SavePlan {
-  vx_save_plan outcome;  ///< format, depth, and what is lost
-  HotSpot hotSpot;       ///< for cursors
-  RowTarget rows;        ///< how rows are converted, as far as the filter lets us choose
+  vx_save_plan outcome;          ///< format, depth, and what is lost
+  HotSpot hotSpot;               ///< for cursors
+  const ColorSpace* colorSpace;  ///< the picture's
+  RowTarget rows;                ///< how rows are converted, as far as the filter lets us choose
   /// The picture's own record, or one that borrows its pixels from it or from `copy`. Nobody frees it.
   _BITMAPHANDLE shown;
   LazyCensus census{shown};

@@ -5,6 +5,7 @@
 
 #include "base/CallRecord.h"
 #include "base/Errors.h"
+#include "base/Remarks.h"
 #include "convert/Conversion.h"
 #include "files/Files.h"
 #include "filter/FilterLoader.h"
@@ -90,6 +91,8 @@ int SavePicture(const Backend& backend, const char* name, const SAVEOPTIONS& pag
   context.convertArg2 = dispatch.ConvertArg2;
   context.census = &plan->census;
   const FilterCallScope scope(&context);
+  // Readers of icons take all of them as sRGB, PNG pages too, so these say nothing of colours either.
+  if (plan->colorSpace->NeedsPlace()) AddRemark(VX_REMARK_PROFILE_DROPPED);
   return Watched(backend, name, [&] { return filter->save(&dispatch); });
 }
 
@@ -97,7 +100,7 @@ int SavePng(const Backend& backend, const char* name, SavePlan* plan) {
   unsigned char* png = nullptr;
   std::size_t size = 0;
   const int status = EncodeAsPng(plan->census, plan->outcome.bits_per_pixel, plan->ConvertArg1(),
-                                 plan->ConvertArg2(), &png, &size);
+                                 plan->ConvertArg2(), plan->colorSpace, &png, &size);
   if (status != STATUS_OK) return ExplainWrite(status, name, 0);
   const memory::Bytes stream(png);
   return Watched(backend, name, [&] { return WriteFile(name, VX_OPEN_CREATE, 0, png, size); });

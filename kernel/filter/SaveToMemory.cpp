@@ -37,7 +37,8 @@ struct IndexRows {
   }
 };
 
-int EncodeIndices(LazyCensus& census, const RowTarget& target, unsigned char** png, std::size_t* size) {
+int EncodeIndices(LazyCensus& census, const RowTarget& target, const ColorSpace* colors, unsigned char** png,
+                  std::size_t* size) {
   const _BITMAPHANDLE& bitmap = census.Bitmap();
   RowConverter converter(census, target);
   RGBQUAD palette[256];
@@ -48,6 +49,7 @@ int EncodeIndices(LazyCensus& census, const RowTarget& target, unsigned char** p
                         {"kernel/SaveToMemory", __LINE__});
   if (scratch == nullptr) throw std::bad_alloc();
   PngPicture picture = PictureOf(bitmap);
+  picture.colors = colors;
   picture.paletteDepth = target.bitsPerPixel;
   picture.palette = palette;
   picture.colorCount = static_cast<int>(converter.Palette().size());
@@ -88,9 +90,11 @@ Color UnusedColor(ColorRows& rows) {
   return unused == isUsed.end() ? 0 : static_cast<Color>(unused - isUsed.begin());
 }
 
-int EncodeColors(LazyCensus& census, bool withAlpha, unsigned char** png, std::size_t* size) {
+int EncodeColors(LazyCensus& census, bool withAlpha, const ColorSpace* colors, unsigned char** png,
+                 std::size_t* size) {
   ColorRows rows(census.Bitmap());
   PngPicture picture = PictureOf(census.Bitmap());
+  picture.colors = colors;
   picture.hasAlpha = withAlpha;
   ColorRowsFromTop source = {rows, nullptr};
   Color key = 0;
@@ -108,20 +112,20 @@ int EncodeColors(LazyCensus& census, bool withAlpha, unsigned char** png, std::s
 
 }  // namespace
 
-int EncodeAsPng(LazyCensus& census, int bitsPerPixel, int convertArg1, int convertArg2, unsigned char** png,
-                std::size_t* size) {
+int EncodeAsPng(LazyCensus& census, int bitsPerPixel, int convertArg1, int convertArg2,
+                const ColorSpace* colors, unsigned char** png, std::size_t* size) {
   if (!IsDepth(bitsPerPixel) || bitsPerPixel == 16) {
     return Fail({STATUS_BAD_BPP, VX_REASON_DEPTH_NOT_IN_FORMAT, bitsPerPixel, FMT_PNG},
                 "a PNG stream has 1, 4, 8, 24 or 32 bits per pixel, not ", bitsPerPixel);
   }
   try {
-    if (bitsPerPixel > 8) return EncodeColors(census, bitsPerPixel == 32, png, size);
+    if (bitsPerPixel > 8) return EncodeColors(census, bitsPerPixel == 32, colors, png, size);
     return EncodeIndices(census,
                          {.bitsPerPixel = bitsPerPixel,
                           .usesFixedPalette = convertArg1 == CONVERT_PALETTE_FIXED,
                           .diffuses = convertArg2 != CONVERT_NEAREST,
                           .reservesTransparent = true},
-                         png, size);
+                         colors, png, size);
   } catch (const std::bad_alloc&) {
     return FailForMemory("encoding the picture as PNG", memory::LastRefusal());
   }
@@ -138,8 +142,8 @@ int SaveToMemory(void** memory, _BITMAPHANDLE* bitmap, int format, int bitsPerPi
   unsigned char* png = nullptr;
   std::size_t bytes = 0;
   LazyCensus own(*bitmap);
-  const int status =
-      EncodeAsPng(CensusOfCall(own), bitsPerPixel, context.convertArg1, context.convertArg2, &png, &bytes);
+  const int status = EncodeAsPng(CensusOfCall(own), bitsPerPixel, context.convertArg1, context.convertArg2,
+                                 nullptr, &png, &bytes);
   if (status != STATUS_OK) return status;
   memory::Bytes stream(png);
   if (bytes > UINT32_MAX) return STATUS_NO_MEMORY;

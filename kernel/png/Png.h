@@ -5,6 +5,7 @@
 
 #include "base/Contract.h"
 #include "base/PngDescription.h"
+#include "bitmap/ColorSpace.h"
 
 namespace vxkrn {
 
@@ -20,9 +21,10 @@ namespace vxkrn {
 
 /// Decodes into bitmap, a record made valid here and empty after a failure: top-down, with palette and
 /// resolution. `description` tells about the result: its depth, and whether its fourth byte is alpha.
+/// `colors`, where somebody asks for them, are what the stream says of its colours.
 /// @return STATUS_OK, or a failure with its detail set.
 [[nodiscard]] int DecodePng(const unsigned char* bytes, std::size_t size, int askedDepth,
-                            _BITMAPHANDLE* bitmap, PngDescription* description);
+                            _BITMAPHANDLE* bitmap, PngDescription* description, ColorSpace* colors = nullptr);
 
 /// A picture to encode, row by row from the top.
 struct PngPicture {
@@ -37,6 +39,7 @@ struct PngPicture {
   int transparentEntry = -1;  ///< the palette entry that is transparent; -1: none
   /// Of RGBA rows without alpha: the colour that is transparent; null: none.
   const RGBQUAD* transparentColor = nullptr;
+  const ColorSpace* colors = nullptr;  ///< what is said of its colours; null: nothing
   const void* owner;
   /// @return row `row`, valid until the next call. May throw.
   const unsigned char* (*row)(const void* owner, int row, unsigned char* scratch);

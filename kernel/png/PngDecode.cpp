@@ -7,6 +7,7 @@
 #include "base/Memory.h"
 #include "bitmap/Bitmap.h"
 #include "png/Png.h"
+#include "png/PngColors.h"
 #include "png/PngSession.h"
 
 namespace vxkrn {
@@ -179,13 +180,16 @@ int DescribePng(const unsigned char* bytes, std::size_t size, PngDescription* de
 }
 
 int DecodePng(const unsigned char* bytes, std::size_t size, int askedDepth, _BITMAPHANDLE* bitmap,
-              PngDescription* description) {
+              PngDescription* description, ColorSpace* colors) {
   *bitmap = _BITMAPHANDLE{};
   Stream stream = OpenStream(bytes, size);
-  PngSession session(PngSession::Direction::kRead);
+  PngSession session(colors == nullptr ? PngSession::Direction::kRead : PngSession::Direction::kReadColors);
   if (session.Png() != nullptr) png_set_read_fn(session.Png(), &stream, ReadStream);
   int status = session.Run(ReadDescription, description);
   if (status != STATUS_OK) return FailForStream(session, status);
+
+  if (colors != nullptr) status = TakeColorSpace(session, colors);
+  if (status != STATUS_OK) return status;
 
   const int depth = PngTargetDepth(description->bitsPerPixel, askedDepth);
   description->bitsPerPixel = depth;

@@ -7,6 +7,7 @@
 #include "base/Memory.h"
 #include "bitmap/Bitmap.h"
 #include "png/Png.h"
+#include "png/PngColors.h"
 #include "png/PngSession.h"
 
 namespace vxkrn {
@@ -72,6 +73,7 @@ void WriteHeader(PngSession& session, const PngPicture& picture) {
     });
     png_set_PLTE(png, info, colors, picture.colorCount);
   }
+  if (picture.colors != nullptr) SetColorSpace(session, *picture.colors);
   WriteTransparency(session, picture);
   if (picture.xDpi > 0 && picture.yDpi > 0) {
     png_set_pHYs(png, info, PerMetre(picture.xDpi), PerMetre(picture.yDpi), PNG_RESOLUTION_METER);

@@ -5,32 +5,34 @@
 #include <cstring>
 
 #include "base/Memory.h"
+#include "format/IccProfile.h"
 
 namespace vxkrn {
 namespace {
 
 // Chunks nobody here asks for are skipped unread: some of them are compressed and may expand without end.
 constexpr png_byte kIgnoredChunks[] =
-    "bKGD\0cHRM\0eXIf\0gAMA\0hIST\0iCCP\0iTXt\0oFFs\0pCAL\0sBIT\0sCAL\0sPLT\0sRGB\0tEXt\0tIME\0zTXt";
+    "bKGD\0eXIf\0hIST\0iTXt\0oFFs\0pCAL\0sBIT\0sCAL\0sPLT\0tEXt\0tIME\0zTXt";
 constexpr int kIgnoredChunkCount = static_cast<int>(sizeof kIgnoredChunks / 5);
-constexpr png_alloc_size_t kLargestChunk = 1 << 20;
+// Of these one is compressed, too, up to the largest chunk: who only asks for a size need not wait for it.
+constexpr png_byte kColorChunks[] = "cHRM\0gAMA\0iCCP\0sRGB";
+constexpr int kColorChunkCount = static_cast<int>(sizeof kColorChunks / 5);
+constexpr png_alloc_size_t kLargestChunk = bmp::kLargestProfile;
 
 }  // namespace
 
 PngSession::PngSession(Direction direction) noexcept : direction_(direction) {
-  png_ = direction == Direction::kRead ? png_create_read_struct_2(PNG_LIBPNG_VER_STRING, this, OnError,
-                                                                  OnWarning, this, OnAllocate, OnFree)
-                                       : png_create_write_struct_2(PNG_LIBPNG_VER_STRING, this, OnError,
-                                                                   OnWarning, this, OnAllocate, OnFree);
+  const auto create = direction == Direction::kWrite ? png_create_write_struct_2 : png_create_read_struct_2;
+  png_ = create(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning, this, OnAllocate, OnFree);
   if (png_ == nullptr) return;
   info_ = png_create_info_struct(png_);
 }
 
 PngSession::~PngSession() {
-  if (direction_ == Direction::kRead) {
-    png_destroy_read_struct(&png_, &info_, nullptr);
-  } else {
+  if (direction_ == Direction::kWrite) {
     png_destroy_write_struct(&png_, &info_);
+  } else {
+    png_destroy_read_struct(&png_, &info_, nullptr);
   }
 }
 
@@ -44,6 +46,9 @@ void PngSession::SetLimits() {
   png_set_user_limits(png_, kLongestSide, kLongestSide);
   png_set_chunk_malloc_max(png_, kLargestChunk);
   png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, kIgnoredChunks, kIgnoredChunkCount);
+  if (direction_ == Direction::kRead) {
+    png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, kColorChunks, kColorChunkCount);
+  }
 }
 
 int PngSession::Run(Step step, void* argument) {

@@ -12,7 +12,8 @@ namespace vxkrn {
 
 class PngSession {
  public:
-  enum class Direction : uint8_t { kRead, kWrite };
+  /// Reading, with or without what a stream says of its colours; writing.
+  enum class Direction : uint8_t { kRead, kReadColors, kWrite };
   using Step = void (*)(PngSession& session, void* argument);
 
   explicit PngSession(Direction direction) noexcept;
