@@ -10,8 +10,13 @@
 namespace vxkrn {
 namespace {
 
-int FailForRow(const vx_source& source, const LoadPlan& plan, int row) {
+int FailForRow(const vx_source& source, const LoadPlan& plan, const RowReader& reader, int row) {
   const int64_t size = source.Size();
+  if (const uint64_t end = reader.DataEnd(); size >= 0 && end < static_cast<uint64_t>(size)) {
+    return Fail(Cause(STATUS_READ_ERROR, VX_REASON_ROWS_MISSING, plan.image->layout.pixelOffset).At(end),
+                "its pixel data breaks off at byte ", end, ", in row ", row, " of the ", plan.info.Height,
+                " that are stored");
+  }
   return Fail(Cause(STATUS_READ_ERROR, VX_REASON_ROWS_MISSING, plan.image->layout.pixelOffset).At(size),
               "the file ends at byte ", size, ", in row ", row, " of the ", plan.info.Height,
               " that are stored");
@@ -31,16 +36,20 @@ int ReadRows(const vx_source& source, const LoadPlan& plan, RowReader& reader, v
   }
   if (status == STATUS_OK || !Detail().Empty()) return status;
   const bool isLastRow = row == plan.info.Height && IsPlain(plan.image->layout, plan.image->decoder);
-  if (plan.options.allow_truncated == 0 && !isLastRow) return FailForRow(source, plan, first + row);
+  // Run-length data may end anywhere, in every coding alike; what is missing is remarked on.
+  const bool mayEnd = plan.options.allow_truncated != 0 || plan.image->decoder == bmp::Decoder::kRle24;
+  if (!mayEnd && !isLastRow) return FailForRow(source, plan, reader, first + row);
   picture->rowsPresent = std::max(row - 1, 0);
   return STATUS_OK;
 }
 
-int SetPalette(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture) {
+int SetPalette(const vx_source& source, const LoadPlan& plan, const RowReader& reader, vx_bitmap* picture) {
   _BITMAPHANDLE* record = &picture->record;
   if (record->BitsPerPixel > 8) return STATUS_OK;
   RGBQUAD palette[256];
-  const int status = ReadPalette(source, plan.image->layout, palette);
+  const RGBQUAD* const own = reader.Palette();
+  if (own != nullptr) std::copy_n(own, std::size(palette), palette);
+  const int status = own != nullptr ? int{STATUS_OK} : ReadPalette(source, plan.image->layout, palette);
   return status == STATUS_OK ? VX_SetBitmapNewPalette(record, palette, 1 << record->BitsPerPixel) : status;
 }
 
@@ -59,7 +68,7 @@ int LoadOwn(vx_source& source, const LoadPlan& plan, vx_bitmap* picture, uint32_
   record->XResolution = plan.info.XResolution;
   record->YResolution = plan.info.YResolution;
   if (shape.hasAlpha) record->Flags |= kBitmapHasAlpha;
-  status = SetPalette(source, plan, picture);
+  status = SetPalette(source, plan, *reader, picture);
   return status == STATUS_OK ? ReadRows(source, plan, *reader, picture, fourthBytes) : status;
 }
 
