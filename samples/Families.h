@@ -9,6 +9,7 @@
 namespace samples {
 
 std::vector<Sample> BitmapSamples();
+std::vector<Sample> CodedSamples();
 std::vector<Sample> IconSamples();
 std::vector<Sample> RawSamples();
 std::vector<Sample> DamagedSamples();

@@ -44,12 +44,12 @@ Rle24Reader::Step Rle24Reader::Run(int count, uint8_t* row) noexcept {
 
 Rle24Reader::Step Rle24Reader::Literal(int count, uint8_t* row) noexcept {
   uint8_t colors[256 * kPixelBytes];
-  const auto size = static_cast<std::size_t>(count * kPixelBytes);
+  const auto size = std::size_t{kPixelBytes} * static_cast<std::size_t>(count);
   const std::size_t got = bytes_.Read(colors, size);
   bytes_.Skip(size % 2);  // codes begin at even places
   const int there = Clip(static_cast<int>(got / kPixelBytes));
   if (row != nullptr) {
-    std::memcpy(row + kPixelBytes * x_, colors, static_cast<std::size_t>(there * kPixelBytes));
+    std::memcpy(row + kPixelBytes * x_, colors, std::size_t{kPixelBytes} * static_cast<std::size_t>(there));
   }
   x_ += there;
   return got < size ? Step::kDataEnds : Step::kOn;
