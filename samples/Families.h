@@ -12,6 +12,7 @@ std::vector<Sample> BitmapSamples();
 /// What the library reads beside the filter.
 std::vector<Sample> BeyondSamples();
 std::vector<Sample> ColorSamples();
+std::vector<Sample> CodedSamples();
 std::vector<Sample> IconSamples();
 std::vector<Sample> AnimationSamples();
 std::vector<Sample> RawSamples();

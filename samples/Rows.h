@@ -56,4 +56,7 @@ enum class Skipping {
 /// Run-length codes of 8 or 4 bits a pixel, bottom row first, with the end-of-bitmap code.
 Bytes RunLength(const Indexed& indexed, int bits, Skipping skipping = Skipping::None);
 
+/// The one-dimensional code of fax machines for two colours, rows of up to 255 pixels, bottom row first.
+Bytes HuffmanCodes(const Indexed& indexed, bool lowBitFirst, bool withLineEnds);
+
 }  // namespace samples

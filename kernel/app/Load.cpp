@@ -182,7 +182,8 @@ int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t
 /// them alpha. Bitmap files say so by a mask; many writers leave 0 everywhere all the same, and every reader
 /// that people use shows such a picture.
 void SettleAlpha(const LoadPlan& plan, uint32_t fourthBytes, _BITMAPHANDLE* record) {
-  if (record->BitsPerPixel != 32 || plan.isPng) return;
+  const bool isPng = plan.isPng || (plan.image && plan.image->decoder == bmp::Decoder::kPng);
+  if (record->BitsPerPixel != 32 || isPng) return;
   const bool isInUse = fourthBytes != 0;
   if (HasAlpha(*record)) {
     if (isInUse) return;

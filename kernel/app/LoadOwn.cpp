@@ -10,10 +10,15 @@
 namespace vxkrn {
 namespace {
 
-int FailForRows(const vx_source& source, const LoadPlan& plan, int there) {
+int FailForRows(const vx_source& source, const LoadPlan& plan, const RowReader& reader, int there) {
   const int64_t size = source.Size();
-  return Fail(Cause(STATUS_READ_ERROR, VX_REASON_ROWS_MISSING, there, plan.info.Height).At(size),
-              "the file ends at byte ", size, ": ", there, " of its ", plan.info.Height, " rows are there");
+  const uint64_t end = reader.DataEnd();
+  const bool breaksOff = size >= 0 && end < static_cast<uint64_t>(size);
+  return Fail(Cause(STATUS_READ_ERROR, VX_REASON_ROWS_MISSING, there, plan.info.Height)
+                  .At(breaksOff ? static_cast<int64_t>(end) : size),
+              breaksOff ? "its pixel data breaks off at byte " : "the file ends at byte ",
+              breaksOff ? static_cast<int64_t>(end) : size, ": ", there, " of its ", plan.info.Height,
+              " rows are there");
 }
 
 /// Reads rows until the data ends. What is missing stays 0 where that is allowed.
@@ -30,7 +35,9 @@ int ReadRows(const vx_source& source, const LoadPlan& plan, RowReader& reader, v
   }
   if (status == STATUS_OK || !Detail().Empty()) return status;
   const bool isLastRow = row == plan.info.Height && IsPlain(plan.image->layout, plan.image->decoder);
-  if (plan.options.allow_truncated == 0 && !isLastRow) return FailForRows(source, plan, first + row - 1);
+  // Run-length data may end anywhere, in every coding alike; what is missing is remarked on.
+  const bool mayEnd = plan.options.allow_truncated != 0 || plan.image->decoder == bmp::Decoder::kRle24;
+  if (!mayEnd && !isLastRow) return FailForRows(source, plan, reader, first + row - 1);
   picture->rowsPresent = std::max(row - 1, 0);
   return STATUS_OK;
 }
@@ -49,11 +56,13 @@ int SeeAlpha(vx_source& source, const LoadPlan& plan, uint32_t* fourthBytes) {
   return status == STATUS_OK || Detail().Empty() ? int{STATUS_OK} : status;
 }
 
-int SetPalette(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture) {
+int SetPalette(const vx_source& source, const LoadPlan& plan, const RowReader& reader, vx_bitmap* picture) {
   _BITMAPHANDLE* record = &picture->record;
   if (record->BitsPerPixel > 8) return STATUS_OK;
   RGBQUAD palette[256];
-  const int status = ReadPalette(source, plan.image->layout, palette);
+  const RGBQUAD* const own = reader.Palette();
+  if (own != nullptr) std::copy_n(own, std::size(palette), palette);
+  const int status = own != nullptr ? int{STATUS_OK} : ReadPalette(source, plan.image->layout, palette);
   return status == STATUS_OK ? VX_SetBitmapNewPalette(record, palette, 1 << record->BitsPerPixel) : status;
 }
 
@@ -72,7 +81,7 @@ int LoadOwn(vx_source& source, const LoadPlan& plan, vx_bitmap* picture, uint32_
   record->XResolution = plan.info.XResolution;
   record->YResolution = plan.info.YResolution;
   if (shape.hasAlpha) record->Flags |= kBitmapHasAlpha;
-  status = SetPalette(source, plan, picture);
+  status = SetPalette(source, plan, *reader, picture);
   if (status == STATUS_OK) status = ReadRows(source, plan, *reader, picture, fourthBytes);
   const bool mayBeHidden = shape.hasAlpha && *fourthBytes == 0 && plan.bandCount < plan.info.Height;
   return status == STATUS_OK && mayBeHidden ? SeeAlpha(source, plan, fourthBytes) : status;

@@ -33,6 +33,7 @@ vx_reason ReasonOf(int error) noexcept {
 }  // namespace
 
 Text& Text::operator<<(std::string_view part) noexcept {
+  if (part.empty()) return *this;  // which may have no bytes to point to
   const std::size_t count = std::min(part.size(), text_.size() - 1 - size_);
   std::memcpy(text_.data() + size_, part.data(), count);
   size_ += count;

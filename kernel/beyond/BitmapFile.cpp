@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "base/Errors.h"
+#include "beyond/EmbeddedStream.h"
 #include "bitmap/Bitmap.h"
 #include "files/OpenFile.h"
 #include "format/Rules.h"
@@ -206,6 +207,10 @@ int FindBitmap(const vx_source& source, int page, std::optional<BitmapImage>* fo
     return FailForHeader(*layout, size);
   }
   image.decoder = bmp::DecoderOf(*layout);
+  if (image.decoder == Decoder::kPng || image.decoder == Decoder::kJpeg) {
+    const int status = TakeStreamsWord(source, image.decoder, layout);
+    if (status != STATUS_OK) return status;
+  }
   image.isFilters = IsFilters(image);
   *found = image;
   return STATUS_OK;

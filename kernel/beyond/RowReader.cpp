@@ -2,8 +2,11 @@
 #include "beyond/RowReader.h"
 
 #include "base/Errors.h"
+#include "beyond/EmbeddedStream.h"
 #include "beyond/FieldsReader.h"
+#include "beyond/HuffmanReader.h"
 #include "beyond/PixelReaders.h"
+#include "beyond/Rle24Reader.h"
 
 namespace vxkrn {
 namespace {
@@ -27,6 +30,10 @@ int MakeRowReader(vx_source& source, const BitmapImage& image, memory::Owned<Row
       break;
     case bmp::Decoder::kTwoBits: return Make<TwoBitReader>(source, layout, reader);
     case bmp::Decoder::kWide: return Make<WideReader>(source, layout, reader);
+    case bmp::Decoder::kRle24: return Make<Rle24Reader>(source, layout, reader);
+    case bmp::Decoder::kHuffman: return Make<HuffmanReader>(source, layout, reader);
+    case bmp::Decoder::kJpeg: return MakeJpegReader(source, layout, reader);
+    case bmp::Decoder::kPng: return MakePngReader(source, layout, reader);
     default: break;
   }
   return Fail({STATUS_BAD_FORMAT, VX_REASON_UNSUPPORTED_CODING, layout.compression, layout.depth},

@@ -27,6 +27,11 @@ class RowReader {
   [[nodiscard]] virtual int Next(uint8_t* row) = 0;
   /// Passes over `rows` rows. @return as Next
   [[nodiscard]] virtual int Skip(int rows) = 0;
+  /// The colours of rows of up to 8 bits, 256 of them; null: those of the bitmap's colour table.
+  [[nodiscard]] virtual const RGBQUAD* Palette() const noexcept { return nullptr; }
+  /// Where the data ends that Next found too short; kEndOfFile where nothing else ends it.
+  [[nodiscard]] virtual uint64_t DataEnd() const noexcept { return kEndOfFile; }
+  static constexpr uint64_t kEndOfFile = UINT64_MAX;
 };
 
 /// Makes the reader for an image that is not the filter's. May throw std::bad_alloc.

@@ -12,6 +12,13 @@ namespace vxkrn {
 /// Reads what stands before the pixels. @return STATUS_OK, or a failure with its detail set.
 [[nodiscard]] int DescribePng(const unsigned char* bytes, std::size_t size, PngDescription* description);
 
+/// Where a stream comes from. `read` gives its next bytes, as many as there are; it may not throw.
+struct PngInput {
+  void* owner;
+  std::size_t (*read)(void* owner, unsigned char* bytes, std::size_t count);
+};
+[[nodiscard]] int DescribePng(const PngInput& input, PngDescription* description);
+
 /// The depth to decode to when `asked` bits are wanted: asked (24 for 16) where no colour and no alpha would
 /// be lost, the stream's own depth otherwise.
 [[nodiscard]] constexpr int PngTargetDepth(int own, int asked) noexcept {
@@ -25,6 +32,11 @@ namespace vxkrn {
 /// @return STATUS_OK, or a failure with its detail set.
 [[nodiscard]] int DecodePng(const unsigned char* bytes, std::size_t size, int askedDepth,
                             _BITMAPHANDLE* bitmap, PngDescription* description, ColorSpace* colors = nullptr);
+
+/// As DecodePng, at the stream's own depth, but takes one that ends early, if a row of it is whole.
+/// @param rowsThere receives how many are, from the top
+[[nodiscard]] int DecodePngRows(const PngInput& input, _BITMAPHANDLE* bitmap, PngDescription* description,
+                                int* rowsThere);
 
 /// A picture to encode, row by row from the top.
 struct PngPicture {

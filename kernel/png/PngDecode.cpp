@@ -19,26 +19,39 @@ constexpr unsigned char kSignature[kSignatureSize + 1] = "\x89PNG\r\n\x1A\n";
 constexpr unsigned char kOtherSignature[kSignatureSize + 1] = "\x89PNG\r\n\r\x05";
 
 struct Stream {
-  const unsigned char* bytes;
-  std::size_t size;
-  std::size_t position;
-  const unsigned char* signature;  // what libpng is given for the first eight bytes
+  PngInput input;
+  bool isBegun = false;
+  bool hasEnded = false;  // before libpng had all it wanted
 };
 
-Stream OpenStream(const unsigned char* bytes, std::size_t size) {
-  const bool other = size >= kSignatureSize && std::memcmp(bytes, kOtherSignature, kSignatureSize) == 0;
-  return Stream{bytes, size, 0, other ? kSignature : bytes};
+/// Bytes in memory that are read as a stream.
+struct Block {
+  const unsigned char* bytes;
+  std::size_t left;
+};
+
+PngInput InputFrom(Block& block) {
+  return {&block, [](void* owner, unsigned char* to, std::size_t count) {
+            auto* from = static_cast<Block*>(owner);
+            const std::size_t got = std::min(count, from->left);
+            std::memcpy(to, from->bytes, got);
+            from->bytes += got;
+            from->left -= got;
+            return got;
+          }};
 }
 
+/// libpng asks for the whole signature first.
 void ReadStream(png_structp png, png_bytep destination, std::size_t count) {
   auto* stream = static_cast<Stream*>(png_get_io_ptr(png));
-  if (count > stream->size - stream->position) png_error(png, "the stream ends early");
-  while (count > 0 && stream->position < kSignatureSize) {
-    *destination++ = stream->signature[stream->position++];
-    --count;
+  if (stream->input.read(stream->input.owner, destination, count) < count) {
+    stream->hasEnded = true;
+    png_error(png, "the stream ends early");
   }
-  std::memcpy(destination, stream->bytes + stream->position, count);
-  stream->position += count;
+  const bool isOther = !stream->isBegun && count == kSignatureSize &&
+                       std::memcmp(destination, kOtherSignature, kSignatureSize) == 0;
+  if (isOther) std::memcpy(destination, kSignature, kSignatureSize);
+  stream->isBegun = true;
 }
 
 /// Pixels per metre to dots per inch; 96 where that gives nothing.
@@ -72,7 +85,12 @@ void ReadDescription(PngSession& session, void* argument) {
 struct DecodeJob {
   _BITMAPHANDLE* bitmap;
   bool asPalette;
+  bool takesParts;  // what is there of a stream that ends early is worth having
+  int rowsDone = 0;
 };
+
+// Of the compressed data; what is left of a stream that ends inside such a piece is lost.
+constexpr std::size_t kSmallPiece = 64;
 
 void AskForColors(png_structp png, bool withFourthByte) {
   png_set_expand(png);
@@ -84,10 +102,11 @@ void AskForColors(png_structp png, bool withFourthByte) {
 
 /// Reads the pixels and the rest of the stream. A step: libpng may jump out of it.
 void ReadPixels(PngSession& session, void* argument) {
-  const auto* job = static_cast<const DecodeJob*>(argument);
+  auto* job = static_cast<DecodeJob*>(argument);
   const _BITMAPHANDLE& bitmap = *job->bitmap;
   png_structp png = session.Png();
   png_infop info = session.Info();
+  if (job->takesParts) png_set_compression_buffer_size(png, kSmallPiece);
   if (job->asPalette) {
     png_set_scale_16(png);
   } else {
@@ -99,7 +118,10 @@ void ReadPixels(PngSession& session, void* argument) {
     png_error(png, "a row is longer than its header says");
   }
   for (int pass = 0; pass < passes; ++pass) {
-    for (int row = 0; row < bitmap.Height; ++row) png_read_row(png, StoredRow(bitmap, row), nullptr);
+    for (int row = 0; row < bitmap.Height; ++row) {
+      png_read_row(png, StoredRow(bitmap, row), nullptr);
+      if (pass == passes - 1) job->rowsDone = row + 1;
+    }
   }
   png_read_end(png, nullptr);
 }
@@ -171,18 +193,37 @@ int Prepare(const PngDescription& description, int depth, _BITMAPHANDLE* bitmap)
 
 }  // namespace
 
-int DescribePng(const unsigned char* bytes, std::size_t size, PngDescription* description) {
-  Stream stream = OpenStream(bytes, size);
+int DescribePng(const PngInput& input, PngDescription* description) {
+  Stream stream = {input};
   PngSession session(PngSession::Direction::kRead);
   if (session.Png() != nullptr) png_set_read_fn(session.Png(), &stream, ReadStream);
   const int status = session.Run(ReadDescription, description);
   return status == STATUS_OK ? status : FailForStream(session, status);
 }
 
-int DecodePng(const unsigned char* bytes, std::size_t size, int askedDepth, _BITMAPHANDLE* bitmap,
-              PngDescription* description, ColorSpace* colors) {
+int DescribePng(const unsigned char* bytes, std::size_t size, PngDescription* description) {
+  Block block = {bytes, size};
+  return DescribePng(InputFrom(block), description);
+}
+
+namespace {
+
+/// Gives the decoded rows the depth and the palette of the bitmap.
+int FinishIndices(const PngSession& session, _BITMAPHANDLE* bitmap) {
+  const int packed = std::min<int>(png_get_bit_depth(session.Png(), session.Info()), 8);
+  if (packed != bitmap->BitsPerPixel) {
+    for (int row = 0; row < bitmap->Height; ++row) {
+      WidenRow(StoredRow(*bitmap, row), bitmap->Width, packed, bitmap->BitsPerPixel);
+    }
+  }
+  return AttachPalette(session, bitmap);
+}
+
+/// @param rowsThere null where the stream must be whole
+int Decode(const PngInput& input, int askedDepth, _BITMAPHANDLE* bitmap, PngDescription* description,
+           ColorSpace* colors, int* rowsThere) {
   *bitmap = _BITMAPHANDLE{};
-  Stream stream = OpenStream(bytes, size);
+  Stream stream = {input};
   PngSession session(colors == nullptr ? PngSession::Direction::kRead : PngSession::Direction::kReadColors);
   if (session.Png() != nullptr) png_set_read_fn(session.Png(), &stream, ReadStream);
   int status = session.Run(ReadDescription, description);
@@ -196,23 +237,28 @@ int DecodePng(const unsigned char* bytes, std::size_t size, int askedDepth, _BIT
   status = Prepare(*description, depth, bitmap);
   if (status != STATUS_OK) return status;
 
-  DecodeJob job = {bitmap, depth <= 8};
-  const int packed = std::min<int>(png_get_bit_depth(session.Png(), session.Info()), 8);
+  DecodeJob job = {bitmap, depth <= 8, rowsThere != nullptr};
   status = session.Run(ReadPixels, &job);
-  if (status != STATUS_OK) {
-    VX_FreeBitmap(bitmap);
-    return FailForStream(session, status);
+  if (status == STATUS_BAD_FORMAT && stream.hasEnded && job.takesParts && job.rowsDone > 0) {
+    status = STATUS_OK;
   }
-  if (!job.asPalette) return STATUS_OK;
-  if (packed != depth) {
-    for (int row = 0; row < bitmap->Height; ++row) {
-      WidenRow(StoredRow(*bitmap, row), bitmap->Width, packed, depth);
-    }
-  }
-  status = AttachPalette(session, bitmap);
+  if (status == STATUS_OK && job.asPalette) status = FinishIndices(session, bitmap);
+  if (rowsThere != nullptr) *rowsThere = job.rowsDone;
   if (status == STATUS_OK) return status;
   VX_FreeBitmap(bitmap);
   return FailForStream(session, status);
+}
+
+}  // namespace
+
+int DecodePng(const unsigned char* bytes, std::size_t size, int askedDepth, _BITMAPHANDLE* bitmap,
+              PngDescription* description, ColorSpace* colors) {
+  Block block = {bytes, size};
+  return Decode(InputFrom(block), askedDepth, bitmap, description, colors, nullptr);
+}
+
+int DecodePngRows(const PngInput& input, _BITMAPHANDLE* bitmap, PngDescription* description, int* rowsThere) {
+  return Decode(input, 0, bitmap, description, nullptr, rowsThere);
 }
 
 }  // namespace vxkrn
