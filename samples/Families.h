@@ -10,6 +10,7 @@ namespace samples {
 
 std::vector<Sample> BitmapSamples();
 std::vector<Sample> IconSamples();
+std::vector<Sample> OddIconSamples();
 std::vector<Sample> RawSamples();
 std::vector<Sample> DamagedSamples();
 

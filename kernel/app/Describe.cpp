@@ -9,6 +9,7 @@
 #include "base/CallRecord.h"
 #include "base/Errors.h"
 #include "beyond/BitmapFile.h"
+#include "beyond/IconPage.h"
 #include "beyond/MendedIcon.h"
 #include "bitmap/Bitmap.h"
 #include "files/Files.h"
@@ -94,9 +95,19 @@ bool IsIcon(const IMAGEINFO& info) noexcept {
 
 namespace {
 
-int DescribeOwn(const vx_source& source, const BitmapImage& image, IMAGEINFO* info) {
-  if (const int status = CheckBitmap(image); status != STATUS_OK) return Explain(status, source, 0, {});
-  DescribeBitmap(image, info);
+int DescribeOwn(vx_source& source, const BitmapImage& image, IMAGEINFO* info) {
+  const int pageWorthSaying = image.pageCount > 1 ? image.page : 0;
+  const bool isPng = image.icon && image.icon->isPng;
+  if (!isPng) {
+    const int status = CheckBitmap(image);
+    if (status != STATUS_OK) return Explain(status, source, pageWorthSaying, {});
+    DescribeBitmap(image, info);
+  } else if (const int status = DescribePngBody(source, *image.icon, info); status != STATUS_OK) {
+    return Explain(status, source, pageWorthSaying, {});
+  }
+  info->PageNumber = image.page;
+  info->TotalPages = image.pageCount;
+  if (image.icon && image.icon->HasDirectory()) info->Format = FormatOfIconFile(source);
   info->XResolution = DpiOrDefault(info->XResolution);
   info->YResolution = DpiOrDefault(info->YResolution);
   return STATUS_OK;

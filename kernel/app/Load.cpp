@@ -9,7 +9,7 @@
 #include "app/RowSink.h"
 #include "base/Errors.h"
 #include "base/Remarks.h"
-#include "beyond/IconFile.h"
+#include "beyond/IconPage.h"
 #include "bitmap/Region.h"
 #include "files/Files.h"
 #include "filter/FilterLoader.h"
@@ -134,11 +134,16 @@ bool MissesRowsAlone(const LoadPlan& plan, const _BITMAPHANDLE& target, int stat
   return status == STATUS_READ_ERROR && tookHeaders && plan.options.allow_truncated == 0;
 }
 
-/// The hot spot of a cursor's page, which the filter does not tell.
-HotSpot FindHotSpot(vx_source& source, int page) {
-  const Backend view = source.View();
-  ICONDIRENTRY entry = {};
-  return IconReader(view, source.Name()).ReadEntry(page, &entry) ? HotSpotOf(entry) : HotSpot{};
+/// What is said of an icon's mask that is not whole. Where run-length codes end only the filter knows; it
+/// leaves out such a mask.
+void RemarkOnMask(const LoadPlan& plan, const FilterCall& context) {
+  if (!plan.image || !plan.image->icon || plan.image->icon->isPng) return;
+  const BitmapImage& image = *plan.image;
+  const int height = image.layout.height;
+  const bool isKnown = IsPlain(image.layout, image.decoder) || plan.IsOwn();
+  const int there = isKnown ? image.icon->maskRowsThere : 0;
+  const int page = image.pageCount > 1 ? image.page : 0;
+  if (isKnown ? there < height : context.isMaskCut) AddRemark(VX_REMARK_MASK_MISSING, there, height, page);
 }
 
 /// The rows, decoded by the filter. @return STATUS_OK, or a failure with its detail set that names the file
@@ -147,7 +152,8 @@ int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t
   int status = LoadFilter(&filter);
   if (status != STATUS_OK) return status;
   FilterCall context;
-  context.toleratesMissingMask = plan->options.allow_truncated != 0;
+  const bool asFilter = (plan->options.flags & VX_LOAD_AS_FILTER) != 0;
+  context.toleratesMissingMask = plan->options.allow_truncated != 0 || !asFilter;
   const FilterCallScope scope(&context);
   RowSink sink(*plan, context, picture);
   OwnedBitmap target;
@@ -163,9 +169,8 @@ int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t
   }
   if (plan->isPng && context.png.hasAlpha) picture->record.Flags |= kBitmapHasAlpha;
   *fourthBytes = sink.FourthBytes();
-  const bool isWhole = picture->record.Height == target.Height;
-  if (plan->info.Format == FMT_CUR && isWhole) picture->hotSpot = FindHotSpot(source, plan->options.page);
-  return STATUS_OK;
+  RemarkOnMask(*plan, context);
+  return plan->IsOwn() ? SetOwnRegion(source, *plan, &picture->record) : int{STATUS_OK};
 }
 
 /// What the fourth bytes of 32-bit pixels mean. Icons say nothing of it: there any that is not 0 makes all of
@@ -188,6 +193,7 @@ void SettleAlpha(const LoadPlan& plan, uint32_t fourthBytes, _BITMAPHANDLE* reco
 
 /// What is said of a picture that is there, but not as its file says.
 void RemarkOn(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture) {
+  if (plan.image && plan.image->icon) RemarkOnPage(source, *plan.image);
   if (plan.image) {
     const bmp::BitmapLayout& layout = plan.image->layout;
     const auto file = bmp::DecodeFileHeader(
@@ -195,7 +201,7 @@ void RemarkOn(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture)
     if (layout.isOffsetMended) {
       AddRemark(VX_REMARK_OFFSET_MENDED, file.dataOffset, static_cast<int64_t>(layout.pixelOffset));
     }
-    if (!layout.hasFileHeader) AddRemark(VX_REMARK_NO_FILE_HEADER, layout.headerSize);
+    if (!layout.hasFileHeader && !plan.isIcon) AddRemark(VX_REMARK_NO_FILE_HEADER, layout.headerSize);
     if (!plan.IsDecodedHere() && IsPlain(layout, plan.image->decoder)) {
       const int first =
           FirstStoredRow(plan.bandFirst, plan.bandCount, plan.info.Height, plan.info.Orientation);
@@ -205,6 +211,15 @@ void RemarkOn(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture)
   if (picture->rowsPresent < picture->record.Height) {
     AddRemark(VX_REMARK_ROWS_MISSING, picture->rowsPresent, picture->record.Height);
   }
+}
+
+/// The pixel of a cursor that points, whoever decoded it.
+HotSpot HotSpotOf(const vx_source& source, const LoadPlan& plan) {
+  if (plan.image) return plan.image->icon ? plan.image->icon->hotSpot : HotSpot{};
+  if (plan.info.Format != FMT_CUR) return {};
+  const auto bytes = source.BlockAt<bmp::kEntrySize>(bmp::EntryOffset(plan.options.page));
+  const ICONDIRENTRY entry = bmp::DecodeEntry(bytes);
+  return {entry.Planes, entry.BitCount};
 }
 
 int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bitmap>* loaded) {
@@ -219,6 +234,7 @@ int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bit
     if (status != STATUS_OK) return Explain(status, source, 0, {});
   } else if (plan.IsDecodedHere()) {
     status = LoadOwn(source, plan, picture.get(), &fourthBytes);
+    if (status == STATUS_OK) RemarkOnMask(plan, {});
     if (status != STATUS_OK)
       return Explain(status, source, plan.info.TotalPages > 1 ? plan.options.page : 0, {});
   } else {
@@ -227,6 +243,8 @@ int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bit
   }
   if (plan.info.Format != FMT_PNG) SettleAlpha(plan, fourthBytes, &picture->record);
   picture->TakeColors();
+  const bool isWhole = picture->record.Height == plan.info.Height;
+  if (isWhole) picture->hotSpot = HotSpotOf(source, plan);
   if (plan.options.color_order != VX_ORDER_FILE) picture->ConvertOrder(plan.options.color_order);
   RemarkOn(source, plan, picture.get());
   *loaded = std::move(picture);

@@ -18,11 +18,9 @@ bool MayBePicture(std::span<const uint8_t> bytes) {
     std::array<uint8_t, 6> bytes;
     std::size_t count;
   };
-  constexpr Start kStarts[] = {{{'B', 'M'}, 2},
-                               {{'B', 'A'}, 2},
-                               {{0, 0, 1, 0}, 4},
-                               {{0, 0, 2, 0}, 4},
-                               {{0x89, 'P', 'N', 'G', '\r', '\n'}, 6}};
+  constexpr Start kStarts[] = {{{'B', 'M'}, 2},   {{'B', 'A'}, 2},   {{'I', 'C'}, 2},
+                               {{'C', 'I'}, 2},   {{'P', 'T'}, 2},   {{'C', 'P'}, 2},
+                               {{0, 0, 1, 0}, 4}, {{0, 0, 2, 0}, 4}, {{0x89, 'P', 'N', 'G', '\r', '\n'}, 6}};
   return std::any_of(std::begin(kStarts), std::end(kStarts), [&](const Start& start) {
     const auto count = static_cast<std::ptrdiff_t>(std::min(bytes.size(), start.count));
     return std::equal(bytes.begin(), bytes.begin() + count, start.bytes.begin());

@@ -61,7 +61,7 @@ struct FormatEntry {
   const char* name;
 };
 
-constexpr std::array<FormatEntry, 12> kFormats = {{
+constexpr std::array<FormatEntry, 14> kFormats = {{
     {VX_FORMAT_BMP, "Windows bitmap"},
     {VX_FORMAT_OS2, "OS/2 1.x bitmap"},
     {VX_FORMAT_OS2_2, "OS/2 2.x or long-header bitmap"},
@@ -74,6 +74,8 @@ constexpr std::array<FormatEntry, 12> kFormats = {{
     {VX_FORMAT_RAW_RLE8, "raw pixels, RLE8"},
     {VX_FORMAT_RAW_BITFIELDS, "raw pixels with colour masks"},
     {VX_FORMAT_VISTA_ICO, "icon with PNG or 256-pixel pages"},
+    {VX_FORMAT_OS2_ICON, "OS/2 icon"},
+    {VX_FORMAT_OS2_POINTER, "OS/2 pointer"},
 }};
 
 }  // namespace
