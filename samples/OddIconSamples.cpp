@@ -252,7 +252,7 @@ std::vector<Sample> OddIconSamples() {
           File(WithHotSpot(png, 3, 4), IconType::Cursor), png.picture),
       MakeSample("os2-icon.ico", "OS/2 icon, black and white, some pixels of which invert", icon.bytes,
                  icon.shown),
-      MakeSample("os2-pointer.ptr", "OS/2 pointer in 16 colours, hot spot in the middle", pointer.bytes,
+      MakeSample("os2-pointer.cur", "OS/2 pointer in 16 colours, hot spot in the middle", pointer.bytes,
                  pointer.shown),
       Os2Array(),
   };

@@ -72,7 +72,7 @@ TEST(Os2Icons, AreOfTheirKindsAndPointWhereTheyShould) {
     int x;
     int y;
   } cases[] = {{"os2-icon.ico", VX_FORMAT_OS2_ICON, 1, 1, 20, 20},
-               {"os2-pointer.ptr", VX_FORMAT_OS2_POINTER, 4, 1, 16, 18},
+               {"os2-pointer.cur", VX_FORMAT_OS2_POINTER, 4, 1, 16, 18},
                {"os2-array.ico", VX_FORMAT_OS2_ICON, 4, 2, 16, 16}};
   for (const auto& each : cases) {
     const auto file = SampleNamed(each.sample);
