@@ -173,7 +173,7 @@ int vx_describe(vx_source* source, int page, vx_info* info) {
       return vxkrn::FailForArgument("the source and the record to fill must be given");
     }
     *info = vx_info{};
-    IMAGEINFO found;
+    IMAGEINFO found = {};
     const int status = vxkrn::Identify(*source, page, false, &found);
     if (status != STATUS_OK) return status;
     info->format = found.Format;
