@@ -15,6 +15,7 @@ std::vector<Sample> ColorSamples();
 std::vector<Sample> CodedSamples();
 std::vector<Sample> IconSamples();
 std::vector<Sample> AnimationSamples();
+std::vector<Sample> OddIconSamples();
 std::vector<Sample> RawSamples();
 std::vector<Sample> DamagedSamples();
 

@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <optional>
+#include <string_view>
 
 #include "failures/Errors.h"
 #include "failures/Report.h"
@@ -12,10 +14,23 @@
 namespace cli {
 namespace {
 
-int ParsePage(const std::string& page) {
-  if (page.empty()) return 1;
-  if (const std::optional<int> number = ParseInt(page, 1)) return *number;
-  throw UsageError(fmt::format("--page {}: a whole number from 1 is needed", Printable(page)));
+/// A page by its number or, with number 0, the one that suits a width best.
+struct Wish {
+  int number = 1;
+  int width = 0;
+};
+
+Wish ParseWish(const std::string& page) {
+  constexpr std::string_view kNearest = "nearest:";
+  if (page.empty()) return {};
+  if (page == "best") return {0, 0};
+  if (page.starts_with(kNearest)) {
+    const std::optional<int> width = ParseInt(std::string_view(page).substr(kNearest.size()), 1);
+    if (width) return {0, *width};
+  }
+  if (const std::optional<int> number = ParseInt(page, 1)) return {*number, 0};
+  throw UsageError(fmt::format("--page {}: a whole number from 1, best, or nearest: and a width is needed",
+                               Printable(page)));
 }
 
 int ParseAlpha(const std::string& alpha) {
@@ -28,7 +43,11 @@ int ParseAlpha(const std::string& alpha) {
 }  // namespace
 
 void OnePage::Declare(Arguments& command) {
-  command.Add({.name = "--page", .help = "page of an icon or cursor, from 1; 1 unless given", .value = "N"},
+  command.Add({.name = "--page",
+               .help = "page of an icon or cursor, from 1; 1 unless given. best takes the largest,\n"
+                       "nearest:48 the one for 48 pixels",
+               .value = "N",
+               .offers = "best"},
               page_);
   command.Add({.name = "--allow-truncated", .help = "take what is there of a file cut short"},
               allowTruncated_);
@@ -44,11 +63,16 @@ void OnePage::Declare(Arguments& command) {
 
 vx::LoadOptions OnePage::Options() const {
   vx::LoadOptions options;
-  options.page = ParsePage(page_);
+  options.page = std::max(ParseWish(page_).number, 1);
   options.allow_truncated = allowTruncated_ ? 1 : 0;
   options.alpha = ParseAlpha(alpha_);
   options.flags = asFilter_ ? VX_LOAD_AS_FILTER : 0U;
   return options;
+}
+
+void OnePage::ChooseFrom(const vx::Source& source, vx_load_options& options) const {
+  const Wish wish = ParseWish(page_);
+  if (wish.number == 0) options.page = source.BestPage(wish.width);
 }
 
 void OnePage::RemarkOnOthers(const vx::Source& source, const std::string& file) const {

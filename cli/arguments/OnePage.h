@@ -14,8 +14,10 @@ class OnePage {
   /// Adds the options to a command. The object must stay where it is until the arguments are parsed.
   void Declare(Arguments& command);
 
-  /// @throws UsageError
+  /// What holds whatever the file; its page is 1 until one is chosen. @throws UsageError
   [[nodiscard]] vx::LoadOptions Options() const;
+  /// Sets the page that was asked for, which may depend on what the file has. @throws vx::Error
+  void ChooseFrom(const vx::Source& source, vx_load_options& options) const;
 
   /// Tells people who watch, and who named no page, that there are more than the first.
   void RemarkOnOthers(const vx::Source& source, const std::string& file) const;

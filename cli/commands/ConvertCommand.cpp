@@ -99,12 +99,13 @@ ExitCode Convert(const ConvertArguments& arguments) {
   const vx::SaveOptions saveOptions =
       arguments.save.Describe(arguments.out, arguments.raw.Palette().ForOutput());
   const std::unique_ptr<RawDescription> raw = arguments.raw.Describe();
-  const vx::LoadOptions options = OptionsFor(arguments, raw.get());
+  vx::LoadOptions options = OptionsFor(arguments, raw.get());
   RefuseTerminal(arguments.out.c_str());
   const std::string name = InputName(arguments.in.c_str());
   const Circumstances at{.file = name, .mayBeRaw = raw == nullptr, .takesTruncated = true};
   try {
     Input input(arguments.in.c_str(), raw ? Content::Headerless : Content::Picture);
+    if (raw == nullptr) arguments.page.ChooseFrom(input.Source(), options);
     const vx::Bitmap picture = input.Source().Load(options);
     ReportRemarks(name);
     if (const std::string profile = picture.ProfileName(); !profile.empty()) {

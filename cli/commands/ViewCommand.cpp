@@ -77,12 +77,13 @@ vx::DrawOptions DrawOptionsFor(const ViewArguments& arguments) {
 }
 
 ExitCode View(const ViewArguments& arguments) {
-  const vx::LoadOptions loadOptions = arguments.page.Options();
+  vx::LoadOptions loadOptions = arguments.page.Options();
   const vx::DrawOptions drawOptions = DrawOptionsFor(arguments);
   const std::string name = InputName(arguments.file.c_str());
   const Circumstances at{.file = name, .takesTruncated = true};
   try {
     Input input(arguments.file.c_str());
+    arguments.page.ChooseFrom(input.Source(), loadOptions);
     const vx::Bitmap picture = input.Source().Load(loadOptions);
     ReportRemarks(name);
     arguments.page.RemarkOnOthers(input.Source(), name);

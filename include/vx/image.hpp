@@ -220,6 +220,12 @@ class Source {
     Check(vx_describe(source_.get(), page, &info));
     return info;
   }
+  /// The page that people mean who want a picture of that width; 0: the largest there is.
+  [[nodiscard]] int BestPage(int width = 0) const {
+    int page = 0;
+    Check(vx_best_page(source_.get(), width, &page));
+    return page;
+  }
   [[nodiscard]] Bitmap Load(const vx_load_options& options) const {
     vx_bitmap* bitmap = nullptr;
     Check(vx_load(source_.get(), &options, &bitmap));

@@ -324,6 +324,15 @@ VX_API void vx_close(vx_source* source);
  */
 VX_API int vx_describe(vx_source* source, int page, vx_info* info);
 
+/**
+ * Finds the page that people mean: of `width` pixels, else the smallest that is wider, else the widest; of
+ * several such pages the one with the most bits per pixel, and of those the first. Pages tell their width and
+ * depth themselves, whatever the directory says; those that cannot be loaded are passed over, as far as that
+ * shows without decoding them. @param width pixels; 0: the widest there is @param page receives it, from 1
+ * @return VX_BAD_PAGE where no page can be loaded
+ */
+VX_API int vx_best_page(vx_source* source, int width, int* page);
+
 /* ---- Loading ------------------------------------------------------------------------------------------ */
 
 /** Description of headerless pixel data. */

@@ -10,6 +10,7 @@
 #include "base/CallRecord.h"
 #include "base/Errors.h"
 #include "beyond/BitmapFile.h"
+#include "beyond/IconPage.h"
 #include "beyond/MendedIcon.h"
 #include "bitmap/Bitmap.h"
 #include "files/Files.h"
@@ -95,8 +96,19 @@ bool IsIcon(const IMAGEINFO& info) noexcept {
 
 namespace {
 
-int DescribeOwn(const BitmapImage& image, IMAGEINFO* info) {
-  DescribeBitmap(image, info);
+int DescribeOwn(vx_source& source, const BitmapImage& image, IMAGEINFO* info) {
+  const int pageWorthSaying = image.pageCount > 1 ? image.page : 0;
+  const bool isPng = image.icon && image.icon->isPng;
+  if (!isPng) {
+    const int status = CheckBitmap(image);
+    if (status != STATUS_OK) return Explain(status, source, pageWorthSaying, {});
+    DescribeBitmap(image, info);
+  } else if (const int status = DescribePngBody(source, *image.icon, info); status != STATUS_OK) {
+    return Explain(status, source, pageWorthSaying, {});
+  }
+  info->PageNumber = image.page;
+  info->TotalPages = image.pageCount;
+  if (image.icon && image.icon->HasDirectory()) info->Format = FormatOfIconFile(source);
   info->XResolution = DpiOrDefault(info->XResolution);
   info->YResolution = DpiOrDefault(info->YResolution);
   return STATUS_OK;
@@ -114,9 +126,9 @@ int LookAtPage(vx_source& source, int page, bool asFilter, IMAGEINFO* info) {
   }
   std::optional<BitmapImage> image;
   int status = asFilter ? int{STATUS_OK} : FindBitmap(source, page, &image);
-  if (status == STATUS_OK && image) status = CheckBitmap(*image);
+  if (status == STATUS_OK && image && !image->icon) status = CheckBitmap(*image);
   if (status != STATUS_OK) return Explain(status, source, 0, {});
-  if (image && !image->isFilters) return DescribeOwn(*image, info);
+  if (image && !image->isFilters) return DescribeOwn(source, *image, info);
   const Filter* filter = nullptr;
   status = LoadFilter(&filter);
   if (status != STATUS_OK) return status;

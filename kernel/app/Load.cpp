@@ -14,6 +14,7 @@
 #include "base/Remarks.h"
 #include "beyond/BitmapColors.h"
 #include "beyond/IconFile.h"
+#include "beyond/IconPage.h"
 #include "beyond/RunLengthScan.h"
 #include "bitmap/Region.h"
 #include "convert/ToSrgb.h"
@@ -140,11 +141,16 @@ bool MissesRowsAlone(const LoadPlan& plan, const _BITMAPHANDLE& target, int stat
   return status == STATUS_READ_ERROR && tookHeaders && plan.options.allow_truncated == 0;
 }
 
-/// The hot spot of a cursor's page, which the filter does not tell.
-HotSpot FindHotSpot(vx_source& source, int page) {
-  const Backend view = source.View();
-  ICONDIRENTRY entry = {};
-  return IconReader(view, source.Name()).ReadEntry(page, &entry) ? HotSpotOf(entry) : HotSpot{};
+/// What is said of an icon's mask that is not whole. Where run-length codes end only the filter knows; it
+/// leaves out such a mask.
+void RemarkOnMask(const LoadPlan& plan, const FilterCall& context) {
+  if (!plan.image || !plan.image->icon || plan.image->icon->isPng) return;
+  const BitmapImage& image = *plan.image;
+  const int height = image.layout.height;
+  const bool isKnown = IsPlain(image.layout, image.decoder) || plan.IsOwn();
+  const int there = isKnown ? image.icon->maskRowsThere : 0;
+  const int page = image.pageCount > 1 ? image.page : 0;
+  if (isKnown ? there < height : context.isMaskCut) AddRemark(VX_REMARK_MASK_MISSING, there, height, page);
 }
 
 /// The rows, decoded by the filter. @return STATUS_OK, or a failure with its detail set that names the file
@@ -153,7 +159,8 @@ int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t
   int status = LoadFilter(&filter);
   if (status != STATUS_OK) return status;
   FilterCall context;
-  context.toleratesMissingMask = plan->options.allow_truncated != 0;
+  const bool asFilter = (plan->options.flags & VX_LOAD_AS_FILTER) != 0;
+  context.toleratesMissingMask = plan->options.allow_truncated != 0 || !asFilter;
   const FilterCallScope scope(&context);
   RowSink sink(*plan, context, picture);
   OwnedBitmap target;
@@ -173,9 +180,8 @@ int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t
   }
   if (plan->isPng && context.png.hasAlpha) picture->record.Flags |= kBitmapHasAlpha;
   *fourthBytes = sink.FourthBytes();
-  const bool isWhole = picture->record.Height == target.Height;
-  if (plan->info.Format == FMT_CUR && isWhole) picture->hotSpot = FindHotSpot(source, plan->options.page);
-  return STATUS_OK;
+  RemarkOnMask(*plan, context);
+  return plan->IsOwn() ? SetOwnRegion(source, *plan, &picture->record) : int{STATUS_OK};
 }
 
 /// What the fourth bytes of 32-bit pixels mean. Icons say nothing of it: there any that is not 0 makes all of
@@ -207,16 +213,27 @@ int RowsPresent(const vx_source& source, const LoadPlan& plan) {
 
 /// What is said of a picture that is there, but not as its file says.
 void RemarkOn(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture) {
+  if (plan.image && plan.image->icon) RemarkOnPage(source, *plan.image);
   if (plan.image) {
     const bmp::BitmapLayout& layout = plan.image->layout;
     const auto taken = static_cast<int64_t>(layout.pixelOffset);
     if (layout.isOffsetMended) AddRemark(VX_REMARK_OFFSET_MENDED, layout.dataOffset, taken);
-    if (!layout.hasFileHeader) AddRemark(VX_REMARK_NO_FILE_HEADER, layout.headerSize);
-    if (!plan.IsDecodedHere()) picture->rowsPresent = RowsPresent(source, plan);
+    if (!layout.hasFileHeader && !plan.isIcon) AddRemark(VX_REMARK_NO_FILE_HEADER, layout.headerSize);
+    const bool isFilters = !plan.IsDecodedHere() && plan.image->decoder == bmp::Decoder::kFilter;
+    if (isFilters && !plan.isPng) picture->rowsPresent = RowsPresent(source, plan);
   }
   if (picture->rowsPresent < picture->record.Height) {
     AddRemark(VX_REMARK_ROWS_MISSING, picture->rowsPresent, picture->record.Height);
   }
+}
+
+/// The pixel of a cursor that points, whoever decoded it.
+HotSpot HotSpotOf(const vx_source& source, const LoadPlan& plan) {
+  if (plan.image) return plan.image->icon ? plan.image->icon->hotSpot : HotSpot{};
+  if (plan.info.Format != FMT_CUR) return {};
+  const auto bytes = source.BlockAt<bmp::kEntrySize>(bmp::EntryOffset(plan.options.page));
+  const ICONDIRENTRY entry = bmp::DecodeEntry(bytes);
+  return {entry.Planes, entry.BitCount};
 }
 
 }  // namespace
@@ -229,13 +246,15 @@ int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bit
   if (picture == nullptr) return FailForMemory("a bitmap record", sizeof(vx_bitmap));
   uint32_t fourthBytes = 0;
   const bool toSrgb = (plan.options.flags & VX_LOAD_TO_SRGB) != 0;
-  if (plan.image) status = ReadColorSpace(source, plan.image->layout, toSrgb, &picture->colorSpace);
+  if (plan.image && !plan.image->icon)
+    status = ReadColorSpace(source, plan.image->layout, toSrgb, &picture->colorSpace);
   if (status != STATUS_OK) return NameFailure(status, source.Name());
   if (plan.info.Format == FMT_PNG) {
     status = LoadPngFile(source, plan.bandFirst, plan.bandCount, picture.get());
     if (status != STATUS_OK) return Explain(status, source, 0, {});
   } else if (plan.IsDecodedHere()) {
     status = LoadOwn(source, plan, picture.get(), &fourthBytes);
+    if (status == STATUS_OK) RemarkOnMask(plan, {});
     if (status != STATUS_OK)
       return Explain(status, source, plan.info.TotalPages > 1 ? plan.options.page : 0, {});
   } else {
@@ -246,6 +265,8 @@ int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bit
   if (toSrgb) status = ConvertToSrgb(picture.get());
   if (status != STATUS_OK) return NameFailure(status, source.Name());
   picture->TakeColors();
+  const bool isWhole = picture->record.Height == plan.info.Height;
+  if (isWhole) picture->hotSpot = HotSpotOf(source, plan);
   if (plan.options.color_order != VX_ORDER_FILE) picture->ConvertOrder(plan.options.color_order);
   RemarkOn(source, plan, picture.get());
   *loaded = std::move(picture);

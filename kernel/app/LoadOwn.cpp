@@ -3,7 +3,9 @@
 
 #include <algorithm>
 
+#include "app/PngFile.h"
 #include "base/Errors.h"
+#include "beyond/IconMask.h"
 #include "beyond/RowReader.h"
 #include "format/Rules.h"
 
@@ -68,7 +70,16 @@ int SetPalette(const vx_source& source, const LoadPlan& plan, const RowReader& r
 
 }  // namespace
 
+int SetOwnRegion(const vx_source& source, const LoadPlan& plan, _BITMAPHANDLE* record) {
+  if (!plan.image->icon) return STATUS_OK;
+  const int first = FirstStoredRow(plan.bandFirst, plan.bandCount, plan.info.Height, record->Orientation);
+  return SetRegionOf(source, *plan.image->icon, first, record);
+}
+
 int LoadOwn(vx_source& source, const LoadPlan& plan, vx_bitmap* picture, uint32_t* fourthBytes) {
+  if (plan.IsPngHere()) {
+    return LoadPngBody(source, *plan.image->icon, plan.bandFirst, plan.bandCount, picture);
+  }
   memory::Owned<RowReader> reader;
   int status = MakeRowReader(source, *plan.image, &reader);
   if (status != STATUS_OK) return status;
@@ -84,7 +95,8 @@ int LoadOwn(vx_source& source, const LoadPlan& plan, vx_bitmap* picture, uint32_
   status = SetPalette(source, plan, *reader, picture);
   if (status == STATUS_OK) status = ReadRows(source, plan, *reader, picture, fourthBytes);
   const bool mayBeHidden = shape.hasAlpha && *fourthBytes == 0 && plan.bandCount < plan.info.Height;
-  return status == STATUS_OK && mayBeHidden ? SeeAlpha(source, plan, fourthBytes) : status;
+  if (status == STATUS_OK && mayBeHidden) status = SeeAlpha(source, plan, fourthBytes);
+  return status == STATUS_OK ? SetOwnRegion(source, plan, record) : status;
 }
 
 }  // namespace vxkrn

@@ -12,4 +12,8 @@ namespace vxkrn {
 /// file
 [[nodiscard]] int LoadOwn(vx_source& source, const LoadPlan& plan, vx_bitmap* picture, uint32_t* fourthBytes);
 
+/// Gives a picture that was found here the region that its page's mask makes, if there is one.
+/// @return STATUS_OK, or a failure with its detail set that does not name the file
+[[nodiscard]] int SetOwnRegion(const vx_source& source, const LoadPlan& plan, _BITMAPHANDLE* record);
+
 }  // namespace vxkrn

@@ -146,8 +146,11 @@ int PlanRows(const vx_source& source, LoadPlan* plan) {
   BitmapImage& image = *plan->image;
   if (const int status = CheckTable(source, image.layout); status != STATUS_OK) return status;
   if (!IsPlain(image.layout, image.decoder)) return STATUS_OK;
-  if (plan->bandCount < plan->info.Height && !IsWithinReach(*plan)) image.isFilters = false;
-  return CheckRowsThere(source, *plan, RowsThere(source, image.layout));
+  const int there = RowsThere(source, image.layout);
+  // The filter decodes an icon whole, with all the rows that its header speaks of, there or not.
+  const bool isCutIcon = image.icon && there < image.layout.height;
+  if (isCutIcon || (plan->bandCount < plan->info.Height && !IsWithinReach(*plan))) image.isFilters = false;
+  return CheckRowsThere(source, *plan, there);
 }
 
 }  // namespace
@@ -165,7 +168,7 @@ int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) 
   if (raw == nullptr && !asFilter) status = FindBitmap(source, plan->options.page, &plan->image);
   if (status == STATUS_OK && plan->image) status = PlanRows(source, plan);
   if (status != STATUS_OK) return NameFailure(status, source.Name());
-  plan->isIcon = IsIcon(plan->info);
+  plan->isIcon = IsIcon(plan->info) || (plan->image && plan->image->icon);
   plan->isPng = IsPngPage(plan->info);
   // An icon's mask follows its last row, and a run cannot be started in the middle.
   plan->filterCutsBand = plan->bandCount < plan->info.Height && !plan->isIcon &&

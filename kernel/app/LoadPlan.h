@@ -17,13 +17,16 @@ struct LoadPlan {
     return IsOwn() && (image->decoder != bmp::Decoder::kFilter || IsPlain(image->layout, image->decoder));
   }
 
+  /// Whether they are one PNG stream, which is decoded whole.
+  [[nodiscard]] bool IsPngHere() const noexcept { return IsOwn() && image->icon && image->icon->isPng; }
+
   vx_load_options options;  ///< with every default filled in
   IMAGEINFO info;           ///< the page, or the headerless data's description
   int bandFirst;            ///< rows wanted, from the top
   int bandCount;
   bool isIcon;
   bool isPng;
-  std::optional<BitmapImage> image;  ///< of a bitmap file: what the library makes of it
+  std::optional<BitmapImage> image;  ///< of a bitmap, or of a page of an icon: what the library makes of it
   bool filterCutsBand;  ///< the filter is asked for the band's rows alone (and says in its flags if it was)
 };
 

@@ -1,11 +1,13 @@
 // PNG rows come from the top, so a band is a piece of what was decoded.
 #include "app/PngFile.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
 #include "app/Describe.h"
 #include "base/Errors.h"
+#include "files/OpenFile.h"
 #include "filter/PngCallbacks.h"
 #include "format/IconDirectory.h"
 #include "png/Png.h"
@@ -36,6 +38,52 @@ int Cut(_BITMAPHANDLE* record, int first, int count) {
   return STATUS_OK;
 }
 
+int DescribeStream(const unsigned char* bytes, std::size_t size, IMAGEINFO* info) {
+  *info = IMAGEINFO{};
+  info->StructSize = sizeof *info;
+  info->PageNumber = 1;
+  info->TotalPages = 1;
+  // The stream is only read.
+  const int status = DescribePngPage(const_cast<unsigned char*>(bytes), info, sizeof *info,
+                                     static_cast<unsigned int>(size), 0, 0);
+  if (status != STATUS_OK) return status;
+  const uint64_t all = static_cast<uint64_t>(PixelBytes(info->Width, info->BitsPerPixel)) *
+                       static_cast<unsigned int>(info->Height);
+  info->DataSize = static_cast<int>(static_cast<uint32_t>(all));
+  return STATUS_OK;
+}
+
+int LoadStream(const unsigned char* bytes, std::size_t size, int askedDepth, int first, int count,
+               vx_bitmap* picture, ColorSpace* colors) {
+  PngDescription description = {};
+  _BITMAPHANDLE* record = &picture->record;
+  int status = DecodePng(bytes, size, askedDepth, record, &description, colors);
+  if (status == STATUS_OK && count < record->Height) status = Cut(record, first, count);
+  if (status != STATUS_OK) return status;
+  picture->rowsPresent = record->Height;
+  if (description.hasAlpha) record->Flags |= kBitmapHasAlpha;
+  picture->TakeColors();
+  return STATUS_OK;
+}
+
+/// The stream of a page: to its end or, if it has none, as far as directory and file go.
+struct Body {
+  memory::Bytes bytes;
+  uint32_t size = 0;
+};
+
+int ReadBody(const vx_source& source, const IconPart& page, Body* body) {
+  const int64_t fileSize = source.Size();
+  const uint64_t room = fileSize < 0 ? 0 : static_cast<uint64_t>(fileSize) - page.bodyOffset;
+  const uint64_t wanted = page.ownSize != 0 ? page.ownSize : page.entry.BytesInRes;
+  body->size = static_cast<uint32_t>(std::min<uint64_t>({wanted, room, kLastPosition}));
+  body->bytes = memory::MakeBytes(std::max<uint32_t>(body->size, 1), {"kernel/PngFile", __LINE__});
+  if (body->bytes == nullptr) return FailForMemory("reading it", body->size);
+  if (source.Peek(body->bytes.get(), body->size, page.bodyOffset) == body->size) return STATUS_OK;
+  return Fail(Cause(STATUS_READ_ERROR, VX_REASON_SYSTEM_ERROR).At(page.bodyOffset), "not all of the ",
+              body->size, " bytes at byte ", page.bodyOffset, " can be read");
+}
+
 }  // namespace
 
 bool IsPngFile(const vx_source& source) noexcept {
@@ -44,33 +92,28 @@ bool IsPngFile(const vx_source& source) noexcept {
 
 int DescribePngFile(vx_source& source, IMAGEINFO* info) {
   if (!source.Hold()) return FailForSource(source);
-  *info = IMAGEINFO{};
-  info->StructSize = sizeof *info;
-  info->PageNumber = 1;
-  info->TotalPages = 1;
-  // The stream is only read.
-  auto* bytes = const_cast<unsigned char*>(source.memory.bytes);
-  const int status =
-      DescribePngPage(bytes, info, sizeof *info, static_cast<unsigned int>(source.memory.size), 0, 0);
-  if (status != STATUS_OK) return status;
-  const uint64_t size = static_cast<uint64_t>(PixelBytes(info->Width, info->BitsPerPixel)) *
-                        static_cast<unsigned int>(info->Height);
-  info->DataSize = static_cast<int>(static_cast<uint32_t>(size));
-  return STATUS_OK;
+  return DescribeStream(source.memory.bytes, static_cast<std::size_t>(source.memory.size), info);
 }
 
 int LoadPngFile(vx_source& source, int first, int count, vx_bitmap* picture) {
   if (!source.Hold()) return FailForSource(source);
-  PngDescription description = {};
-  _BITMAPHANDLE* record = &picture->record;
-  int status = DecodePng(source.memory.bytes, static_cast<std::size_t>(source.memory.size), 0, record,
-                         &description, &picture->colorSpace);
-  if (status == STATUS_OK && count < record->Height) status = Cut(record, first, count);
+  return LoadStream(source.memory.bytes, static_cast<std::size_t>(source.memory.size), 0, first, count,
+                    picture, &picture->colorSpace);
+}
+
+int DescribePngBody(const vx_source& source, const IconPart& page, IMAGEINFO* info) {
+  Body body;
+  const int status = ReadBody(source, page, &body);
+  return status == STATUS_OK ? DescribeStream(body.bytes.get(), body.size, info) : status;
+}
+
+/// An icon's entry says to which depth; a cursor's has no room for one.
+int LoadPngBody(const vx_source& source, const IconPart& page, int first, int count, vx_bitmap* picture) {
+  Body body;
+  const int status = ReadBody(source, page, &body);
   if (status != STATUS_OK) return status;
-  picture->rowsPresent = record->Height;
-  if (description.hasAlpha) record->Flags |= kBitmapHasAlpha;
-  picture->TakeColors();
-  return STATUS_OK;
+  const int askedDepth = page.kind == IconPart::Kind::kIcon ? page.entry.BitCount : 0;
+  return LoadStream(body.bytes.get(), body.size, askedDepth, first, count, picture, nullptr);
 }
 
 }  // namespace vxkrn

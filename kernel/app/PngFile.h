@@ -1,6 +1,7 @@
-// Files that are PNG streams: described and loaded here, without a filter.
+// Files that are PNG streams, and pages that are: described and loaded here, without a filter.
 #pragma once
 
+#include "beyond/IconPart.h"
 #include "bitmap/Picture.h"
 #include "files/Source.h"
 
@@ -15,5 +16,10 @@ namespace vxkrn {
 /// Loads `count` rows from row `first` on, which must exist, into an empty picture.
 /// @return STATUS_OK, or a failure with its detail set
 [[nodiscard]] int LoadPngFile(vx_source& source, int first, int count, vx_bitmap* picture);
+
+/// The same for a page of an icon or cursor file that is a PNG stream.
+[[nodiscard]] int DescribePngBody(const vx_source& source, const IconPart& page, IMAGEINFO* info);
+[[nodiscard]] int LoadPngBody(const vx_source& source, const IconPart& page, int first, int count,
+                              vx_bitmap* picture);
 
 }  // namespace vxkrn

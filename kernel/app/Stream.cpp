@@ -8,6 +8,7 @@
 #include "base/Errors.h"
 #include "files/OpenFile.h"
 #include "files/Source.h"
+#include "format/BitmapLayout.h"
 
 namespace vxkrn {
 namespace {
@@ -22,6 +23,17 @@ bool MayBePicture(std::span<const uint8_t> bytes) {
                                {{'B', 'A'}, 2},
                                {{0, 0, 1, 0}, 4},
                                {{0, 0, 2, 0}, 4},
+                               {{'I', 'C'}, 2},
+                               {{'C', 'I'}, 2},
+                               {{'P', 'T'}, 2},
+                               {{'C', 'P'}, 2},
+                               {{bmp::kCoreHeaderSize, 0, 0, 0}, 4},  // bitmaps without a file header
+                               {{bmp::kInfoHeaderSize, 0, 0, 0}, 4},
+                               {{bmp::kMasks3HeaderSize, 0, 0, 0}, 4},
+                               {{bmp::kMasks4HeaderSize, 0, 0, 0}, 4},
+                               {{bmp::kOs2HeaderSize, 0, 0, 0}, 4},
+                               {{bmp::kV4HeaderSize, 0, 0, 0}, 4},
+                               {{bmp::kV5HeaderSize, 0, 0, 0}, 4},
                                {{0x89, 'P', 'N', 'G', '\r', '\n'}, 6},
                                {{'R', 'I', 'F', 'F'}, 4}};
   constexpr std::array<uint8_t, 4> kAnimation = {'A', 'C', 'O', 'N'};

@@ -35,6 +35,7 @@ class LazyCensus;
 /// What a call into the filter has to let the services and callbacks know.
 struct FilterCall {
   bool toleratesMissingMask = false;  ///< a file may end before the mask: the picture then has none
+  bool isMaskCut = false;             ///< and this one did
   bool sawPng = false;                ///< the filter had a PNG stream described or decoded: `png`
   PngDescription png = {};
   int convertArg1 = CONVERT_PALETTE_BEST;  ///< how SaveToMemory converts, which is not told

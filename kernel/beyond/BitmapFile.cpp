@@ -6,6 +6,8 @@
 
 #include "base/Errors.h"
 #include "beyond/EmbeddedStream.h"
+#include "beyond/IconPage.h"
+#include "beyond/Os2Icon.h"
 #include "bitmap/Bitmap.h"
 #include "files/OpenFile.h"
 #include "format/Rules.h"
@@ -159,7 +161,11 @@ int FailForMasks(const BitmapLayout& layout) noexcept {
               layout.depth, " bits per pixel in bit fields, but no mask has a bit of them");
 }
 
-int FormatOf(const BitmapLayout& layout) noexcept {
+int FormatOf(const BitmapImage& image) noexcept {
+  const BitmapLayout& layout = image.layout;
+  if (image.icon) {
+    return image.icon->kind == IconPart::Kind::kOs2Pointer ? VX_FORMAT_OS2_POINTER : VX_FORMAT_OS2_ICON;
+  }
   if (!layout.hasFileHeader) return VX_FORMAT_DIB;
   if (layout.family == bmp::HeaderFamily::kCore) return FMT_OS2;
   if (layout.headerSize != bmp::kInfoHeaderSize) return FMT_OS2_2;
@@ -185,13 +191,20 @@ int FindBitmap(const vx_source& source, int page, std::optional<BitmapImage>* fo
   image.page = page;
   BitmapLayout* layout = &image.layout;
   const auto signature = bmp::LoadU16(bmp::View<2>(source.BlockAt<2>(0)), 0);
-  if (signature == bmp::kBitmapSignature || signature == bmp::kArraySignature) {
+  if (signature == bmp::kIconSignature) return FindIconPage(source, page, found);
+  const bool isOs2Icon = IsOs2IconSignature(signature);
+  if (signature == bmp::kBitmapSignature || signature == bmp::kArraySignature || isOs2Icon) {
     uint64_t fileHeader = 0;
     if (signature == bmp::kArraySignature && !FindInArray(source, page, &fileHeader, &image.pageCount)) {
       return STATUS_OK;
     }
     const auto file = bmp::DecodeFileHeader(source.BlockAt<bmp::kFileHeaderSize>(fileHeader));
-    if (file.signature != bmp::kBitmapSignature || page > image.pageCount) return STATUS_OK;
+    if (page > image.pageCount) return STATUS_OK;
+    if (IsOs2IconSignature(file.signature)) {
+      if (FindOs2Icon(source, fileHeader, &image)) *found = image;
+      return STATUS_OK;
+    }
+    if (file.signature != bmp::kBitmapSignature) return STATUS_OK;
     if (!ReadLayout(source, fileHeader + bmp::kFileHeaderSize, true, file.dataOffset, layout))
       return STATUS_OK;
   } else if (page == 1 && IsBareHeader(source, layout)) {
@@ -235,7 +248,7 @@ void DescribeBitmap(const BitmapImage& image, IMAGEINFO* info) noexcept {
   const BitmapLayout& layout = image.layout;
   *info = IMAGEINFO{};
   info->StructSize = sizeof *info;
-  info->Format = FormatOf(layout);
+  info->Format = FormatOf(image);
   info->Width = layout.width;
   info->Height = layout.height;
   info->BitsPerPixel = layout.depth;

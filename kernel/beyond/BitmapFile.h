@@ -1,25 +1,28 @@
-// Bitmap files as the library understands them: one image or an array of them, with or without a file header.
-// Finds where everything lies and who decodes it; reads no pixels.
+// Images of files as the library understands them: bitmap files, of one image or an array of them, with or
+// without a file header, and pages of icons. Finds where everything lies and who decodes it; reads no pixels.
 #pragma once
 
 #include <optional>
 
+#include "beyond/IconPart.h"
 #include "files/Source.h"
 #include "format/Decoders.h"
 
 namespace vxkrn {
 
-/// One image of a bitmap file.
+/// One image of a file.
 struct BitmapImage {
   bmp::BitmapLayout layout;
   bmp::Decoder decoder = bmp::Decoder::kNone;
   bool isFilters = false;  ///< the filter finds and shows it as it is meant, by itself
   int page = 1;
   int pageCount = 1;
+  std::optional<IconPart> icon;  ///< of icons, cursors and pointers
 };
 
-/// Finds image `page` of a source that begins like a bitmap file. Nothing is found in other sources, in those
-/// that end before the header's length does, and where there is no such page: the filter then has its say.
+/// Finds image `page` of a source that begins like a bitmap, icon or cursor file. Nothing is found in other
+/// sources, in those that end before the header's length does, and where there is no such page: the filter
+/// then has its say.
 /// @return STATUS_OK, or a failure with its detail set that does not name the file
 [[nodiscard]] int FindBitmap(const vx_source& source, int page, std::optional<BitmapImage>* found) noexcept;
 

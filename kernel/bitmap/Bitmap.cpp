@@ -76,9 +76,10 @@ int VX_IntReleaseBitmap(_BITMAPHANDLE* bitmap, int option, int status) {
   if (bitmap == nullptr || option != BITMAP_RELEASE_ROWS || bitmap->AccessCount == 0)
     return STATUS_BAD_PARAMETER;
   --bitmap->AccessCount;
-  const vxkrn::FilterCall* call = vxkrn::ThisCall().filterCall;
-  if (status == STATUS_READ_ERROR && call != nullptr && call->toleratesMissingMask) return STATUS_OK;
-  return status;
+  vxkrn::FilterCall* call = vxkrn::ThisCall().filterCall;
+  if (status != STATUS_READ_ERROR || call == nullptr || !call->toleratesMissingMask) return status;
+  call->isMaskCut = true;
+  return STATUS_OK;
 }
 
 int VX_GetBitmapRow(_BITMAPHANDLE* bitmap, unsigned char* buffer, int row, unsigned int byteCount) {

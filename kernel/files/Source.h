@@ -24,6 +24,7 @@ struct vx_source {
   vxkrn::MemoryFile memory;         ///< behind backend, for sources in memory
   vxkrn::memory::Bytes held;        ///< the bytes of a file that is held in memory
   vxkrn::memory::Owned<Head> head;  ///< of a file; null for the application's bytes and without memory
+  int iconFormat = 0;               ///< of an icon file, once it was looked for: of all its pages; else 0
   vxkrn::memory::Bytes name;        ///< for messages, NUL-terminated
 
   vx_source() noexcept;

@@ -277,8 +277,6 @@ TEST_F(Application, KnowsItsPages) {
   damaged = icon;
   damaged[damaged.size() - 20] ^= 1;  // in the stream's last checksum but one
   ExpectFailure(VX_BAD_FORMAT, "PNG stream is", [&] { (void)vx::Source::Memory(damaged).Load(2); });
-  const Bytes cursor = samples::IconFile(samples::IconType::Cursor, {samples::PngPage(moon)});
-  ExpectFailure(VX_BAD_FORMAT, "which cursors", [&] { (void)vx::Source::Memory(cursor).Load(); });
 }
 
 TEST_F(Application, HoldsPicturesAgainstTheLimit) {

@@ -141,7 +141,11 @@ TEST_F(Reasons, OfWhatAFileSays) {
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_WRONG_ICON_TYPE, Icon(icon, false, {{2, 7}}), -1, 7);
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_NO_PAGES, Icon(icon, false, {{4, 0}}));
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_PNG_DAMAGED, Icon(icon, true, {{22 + 20, 1}}));
-  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_PNG_IN_CURSOR, Icon(samples::IconType::Cursor, true), 22);
+  const Bytes cursor = Icon(samples::IconType::Cursor, true);
+  vx::LoadOptions asFilter;
+  asFilter.flags = VX_LOAD_AS_FILTER;
+  Expect(
+      VX_BAD_FORMAT, VX_REASON_PNG_IN_CURSOR, [&] { (void)vx::Source::Memory(cursor).Load(asFilter); }, 22);
   Bytes cut = Icon(icon, false, {{22 + 14, 0}});
   cut.resize(cut.size() - 1);
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_PAGE_DAMAGED, cut, 22);
