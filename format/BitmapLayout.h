@@ -31,6 +31,7 @@ inline constexpr uint32_t kAlphaMask = 52;
 inline constexpr uint32_t kColourSpace = 56;
 inline constexpr uint32_t kEndpoints = 60;  // red, green, blue; x, y, z each, as 2.30 fixed-point numbers
 inline constexpr uint32_t kGamma = 96;      // red, green, blue, as 16.16 fixed-point numbers
+inline constexpr uint32_t kIntent = 108;
 inline constexpr uint32_t kProfileOffset = 112;  // from the start of the image header
 inline constexpr uint32_t kProfileSize = 116;
 }  // namespace long_at
@@ -60,6 +61,7 @@ struct ColourSpace {
   static constexpr uint32_t kWindows = 0x57696E20;   // 'Win '
   static constexpr uint32_t kLinked = 0x4C494E4B;    // 'LINK'
   static constexpr uint32_t kEmbedded = 0x4D424544;  // 'MBED'
+  static constexpr uint32_t kIntentPictures = 4;     // what colours are for: to look right, side by side
 
   uint32_t type = kSrgb;
   uint32_t endpoints[9] = {};  // as stored

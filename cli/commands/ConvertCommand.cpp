@@ -71,7 +71,7 @@ ExitCode Save(const vx::Bitmap& picture, const std::string& out, const vx_save_o
   try {
     const vx_save_plan plan = picture.Plan(options);
     WritePicture(picture, out.c_str(), options);
-    RemarkOnLosses(name, options, plan, "--to png-icon");
+    RemarkOnLosses(name, options, plan);
   } catch (const vx::Error& error) {
     ReportFailure(error, {.file = name});
     return kExitFailed;

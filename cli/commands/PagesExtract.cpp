@@ -82,7 +82,7 @@ class Extraction {
     if (!picture) return;
     const vx_save_plan plan = picture->Plan(options);
     WritePicture(*picture, job.out.c_str(), options);
-    RemarkOnLosses(job.out, options, plan, "a PNG file");
+    RemarkOnLosses(job.out, options, plan);
   }
 
   template <class Reads>
