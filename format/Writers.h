@@ -1,5 +1,5 @@
-// Who writes what: the filter, the PNG encoder, or the library itself. Beside the filter's own table of what it
-// admits (SaveRules.h) this is the library's; applications and documents are told both as one.
+// Who writes what: the filter, the PNG encoder, or the library itself. Beside the filter's own table of what
+// it admits (SaveRules.h) this is the library's; applications and documents are told both as one.
 #pragma once
 
 #include "format/SaveRules.h"

@@ -149,10 +149,9 @@ void SaveArguments::Declare(Arguments& command) {
                        "written as every reader takes them",
                .value = "drop"},
               alpha_);
-  command.Add({.name = "--dpi",
-               .help = "dots per inch to state; those of the picture unless given",
-               .value = "N"},
-              dpi_);
+  command.Add(
+      {.name = "--dpi", .help = "dots per inch to state; those of the picture unless given", .value = "N"},
+      dpi_);
   command.Add({.name = "--dither",
                .help = "what becomes of colours that do not fit up to 8 bits:\n"
                        "diffuse spreads the difference over the neighbours, none does not",

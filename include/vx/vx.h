@@ -476,8 +476,8 @@ typedef struct vx_save_options {
   int drop_alpha;     /**< nonzero: every pixel is saved opaque, and bitmaps of 32 bits in the plain form that
                            every reader takes */
   int masks;          /**< vx_masks (VX_FORMAT_BMP of 16 bits alone) */
-  int dpi;            /**< dots per inch to state, 1 to 65535; 0: the picture's own. Icons and cursors of bitmaps,
-                           and OS/2 1.x bitmaps, state none */
+  int dpi; /**< dots per inch to state, 1 to 65535; 0: the picture's own. Icons and cursors of bitmaps,
+                and OS/2 1.x bitmaps, state none */
 } vx_save_options;
 
 #define VX_SAVE_OPTIONS_DEFAULT \
@@ -583,9 +583,9 @@ VX_API int vx_edit_page_count(vx_edit* edit, int* count);
 /*
  * The next three save a picture as a page. options may be null: the page is then a bitmap, of 32 bits where
  * the picture has soft edges, or a PNG stream where an icon's has a side of 256 pixels. Given options have a
- * format of the file's type (VX_FORMAT_CUR for cursors, VX_FORMAT_ICO or VX_FORMAT_VISTA_ICO for icons), or 0 to have it chosen
- * so. A cursor's page gets the hot spot of the picture, which one loaded from a cursor has. Pages count from
- * 1, and those behind an inserted or deleted one change their numbers at once.
+ * format of the file's type (VX_FORMAT_CUR for cursors, VX_FORMAT_ICO or VX_FORMAT_VISTA_ICO for icons), or 0
+ * to have it chosen so. A cursor's page gets the hot spot of the picture, which one loaded from a cursor has.
+ * Pages count from 1, and those behind an inserted or deleted one change their numbers at once.
  */
 /** Adds a page behind the last one. */
 VX_API int vx_edit_add(vx_edit* edit, const vx_bitmap* bitmap, const vx_save_options* options);

@@ -1,6 +1,6 @@
 // Editing icon and cursor files. A transaction is a copy of the file in memory (EditFile), edited by the
-// filter, and by beyond/PageWriter, as any file is. The filter trusts its caller about the file, so everything it would have to
-// ask is looked at here first.
+// filter, and by beyond/PageWriter, as any file is. The filter trusts its caller about the file, so
+// everything it would have to ask is looked at here first.
 #include "format/PageSlot.h"
 #include "format/SaveRules.h"
 

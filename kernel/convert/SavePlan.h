@@ -14,7 +14,7 @@ struct SavePlan {
   bmp::Writer writer;
   bmp::FieldMasks masks;  ///< where channels and alpha lie, for those writers that store alpha
   HotSpot hotSpot;        ///< for cursors
-  RowTarget rows;        ///< how rows are converted, as far as the filter lets us choose
+  RowTarget rows;         ///< how rows are converted, as far as the filter lets us choose
   /// The picture's own record, or one that borrows its pixels from it or from `copy`. Nobody frees it.
   _BITMAPHANDLE shown;
   LazyCensus census{shown};

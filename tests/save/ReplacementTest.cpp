@@ -96,9 +96,9 @@ TEST_P(Replacing, ComesThroughEveryLackOfMemory) {
                                       {VX_FORMAT_ICO, 32}}) {
     WriteFile(old_, "old");
     const vx::SaveOptions options(format, depth);
-    EXPECT_GT(FailuresForWantOfMemory([&] { icon.Save(old_, options); },
-                                      [&] { ASSERT_EQ(ReadFile(old_), "old"); }),
-              2);
+    EXPECT_GT(
+        FailuresForWantOfMemory([&] { icon.Save(old_, options); }, [&] { ASSERT_EQ(ReadFile(old_), "old"); }),
+        2);
   }
 }
 
