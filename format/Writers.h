@@ -43,7 +43,7 @@ constexpr Writer WriterOf(int format, int bitsPerPixel, bool hasAlpha) {
 /// Every depth that pictures are saved with in a format; none of formats that are not saved.
 constexpr DepthSet WrittenDepths(int format) {
   const SaveRule& rule = SaveRuleOf(format);
-  DepthSet depths = {&rule == &kOtherFormats ? 0 : rule.depths.bits};
+  DepthSet depths = {rule.format == kOtherFormats.format ? 0 : rule.depths.bits};
   for (const WriterRule& own : kWriterRules) {
     if (own.format == format) depths.bits |= own.depths.bits;
   }
