@@ -61,6 +61,7 @@ struct ColourSpace {
   static constexpr uint32_t kWindows = 0x57696E20;   // 'Win '
   static constexpr uint32_t kLinked = 0x4C494E4B;    // 'LINK'
   static constexpr uint32_t kEmbedded = 0x4D424544;  // 'MBED'
+  static constexpr uint32_t kIntentPictures = 4;     // what colours are for: to look right, side by side
 
   uint32_t type = kSrgb;
   uint32_t endpoints[9] = {};  // as stored

@@ -16,11 +16,12 @@ vx::Bitmap PictureFrom(fuzz::Input& input) {
   return vx::Bitmap::FromRgba(width, height, rgba.data());
 }
 
-/// A page that was added, inserted or replaced without a complaint is there.
-void RequirePage(const char* name, int page, const vx::Bitmap& picture) {
+/// A page that was added, inserted or replaced without a complaint is there, at 32 bits pixel for pixel.
+void RequirePage(const char* name, int page, const vx::Bitmap& picture, int bits) {
   const vx::Bitmap loaded = vx::Source::File(name).Load(page);
   fuzz::Require(loaded.Describe().width == picture.Describe().width);
   fuzz::Require(loaded.Describe().height == picture.Describe().height);
+  fuzz::Require(bits != 32 || loaded.Rgba() == picture.Rgba());
 }
 
 void EditOnce(fuzz::Input& input, const char* name) {
@@ -38,10 +39,11 @@ void EditOnce(fuzz::Input& input, const char* name) {
   options.format = 0;
   options.bits_per_pixel = kDepths[input.Choice(6)];
   switch (input.Choice(3)) {
-    case 0: edit.Add(picture, &options); return RequirePage(name, count + 1, picture);
-    case 1: edit.Insert(page, picture, &options); return RequirePage(name, page, picture);
-    default: edit.Replace(page, picture, &options); return RequirePage(name, page, picture);
+    case 0: edit.Add(picture, &options); return RequirePage(name, count + 1, picture, options.bits_per_pixel);
+    case 1: edit.Insert(page, picture, &options); break;
+    default: edit.Replace(page, picture, &options); break;
   }
+  RequirePage(name, page, picture, options.bits_per_pixel);
 }
 
 }  // namespace

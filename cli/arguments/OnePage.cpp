@@ -33,16 +33,20 @@ Wish ParseWish(const std::string& page) {
                                Printable(page)));
 }
 
-int ParseAlpha(const std::string& alpha) {
-  if (alpha.empty() || alpha == "ignore") return VX_ALPHA_IGNORE;
+constexpr std::string_view kDrop = "drop";
+
+int ParseAlpha(const std::string& alpha, bool isSaved) {
+  if (alpha.empty() || alpha == "ignore" || (isSaved && alpha == kDrop)) return VX_ALPHA_IGNORE;
   if (alpha == "auto") return VX_ALPHA_AUTO;
   if (alpha == "force") return VX_ALPHA_FORCE;
-  throw UsageError(fmt::format("--alpha {}: ignore, auto or force is needed", Printable(alpha)));
+  throw UsageError(fmt::format("--alpha {}: ignore, auto{} is needed", Printable(alpha),
+                               isSaved ? ", force or drop" : " or force"));
 }
 
 }  // namespace
 
-void OnePage::Declare(Arguments& command) {
+void OnePage::Declare(Arguments& command, Then then) {
+  isSaved_ = then == Then::kSaved;
   command.Add({.name = "--page",
                .help = "page of an icon or cursor, from 1; 1 unless given. best takes the largest,\n"
                        "nearest:48 the one for 48 pixels",
@@ -51,10 +55,12 @@ void OnePage::Declare(Arguments& command) {
               page_);
   command.Add({.name = "--allow-truncated", .help = "take what is there of a file cut short"},
               allowTruncated_);
+  const std::string help =
+      "the fourth bytes of 32-bit bitmaps where the file does not say what they are:\n"
+      "left out, unless given; alpha where some are in use; or alpha";
   command.Add({.name = "--alpha",
-               .help = "the fourth bytes of 32-bit bitmaps where the file does not say what they are:\n"
-                       "left out, unless given; alpha where some are in use; or alpha",
-               .value = "ignore|auto|force"},
+               .help = isSaved_ ? help + ". drop saves every\npixel opaque, whatever was read" : help,
+               .value = isSaved_ ? "ignore|auto|force|drop" : "ignore|auto|force"},
               alpha_);
   command.Add(
       {.name = "--as-filter", .help = "show exactly what the filter reads, and refuse what it refuses"},
@@ -65,9 +71,13 @@ vx::LoadOptions OnePage::Options() const {
   vx::LoadOptions options;
   options.page = std::max(ParseWish(page_).number, 1);
   options.allow_truncated = allowTruncated_ ? 1 : 0;
-  options.alpha = ParseAlpha(alpha_);
+  options.alpha = ParseAlpha(alpha_, isSaved_);
   options.flags = asFilter_ ? VX_LOAD_AS_FILTER : 0U;
   return options;
+}
+
+bool OnePage::DropsAlpha() const {
+  return alpha_ == kDrop;
 }
 
 void OnePage::ChooseFrom(const vx::Source& source, vx_load_options& options) const {

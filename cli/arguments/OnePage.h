@@ -1,5 +1,5 @@
-// One page of a file, as commands that take just one have it: --page, --allow-truncated, --alpha, --as-filter, and what people
-// ought to know about either.
+// One page of a file, as commands that take just one have it: --page, --allow-truncated, --alpha,
+// --as-filter, and what people ought to know about either.
 #pragma once
 
 #include <string>
@@ -11,13 +11,19 @@ namespace cli {
 
 class OnePage {
  public:
+  /// What becomes of the page once it is loaded.
+  enum class Then { kShown, kSaved };
+
   /// Adds the options to a command. The object must stay where it is until the arguments are parsed.
-  void Declare(Arguments& command);
+  void Declare(Arguments& command, Then then);
 
   /// What holds whatever the file; its page is 1 until one is chosen. @throws UsageError
   [[nodiscard]] vx::LoadOptions Options() const;
   /// Sets the page that was asked for, which may depend on what the file has. @throws vx::Error
   void ChooseFrom(const vx::Source& source, vx_load_options& options) const;
+
+  /// Whether the page is to be saved without its alpha.
+  [[nodiscard]] bool DropsAlpha() const;
 
   /// Tells people who watch, and who named no page, that there are more than the first.
   void RemarkOnOthers(const vx::Source& source, const std::string& file) const;
@@ -26,6 +32,7 @@ class OnePage {
   std::string page_;
   bool allowTruncated_ = false;
   bool asFilter_ = false;
+  bool isSaved_ = false;
   std::string alpha_;
 };
 

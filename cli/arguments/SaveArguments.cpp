@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "failures/Errors.h"
@@ -25,14 +26,14 @@ struct Kind {
 
 const std::vector<Kind>& Kinds() {
   static constexpr std::string_view kNone = "none";
-  static constexpr std::string_view kMask = "there or not: half opaque and more is there";
+  static constexpr std::string_view kBitmap = "soft at 32 bits; none below, but see --4444";
   static constexpr std::string_view kAlpha = "soft at 32 bits, else there or not";
-  static const std::vector<Kind> kinds = {{"bmp", VX_FORMAT_BMP, {".bmp", ".dib"}, kNone},
+  static const std::vector<Kind> kinds = {{"bmp", VX_FORMAT_BMP, {".bmp", ".dib"}, kBitmap},
                                           {"rle", VX_FORMAT_BMP_RLE, {".rle"}, kNone},
                                           {"os2", VX_FORMAT_OS2, {}, kNone},
                                           {"os2v2", VX_FORMAT_OS2_2, {}, kNone},
-                                          {"ico", VX_FORMAT_ICO, {".ico"}, kMask},
-                                          {"cur", VX_FORMAT_CUR, {".cur"}, kMask},
+                                          {"ico", VX_FORMAT_ICO, {".ico"}, kAlpha},
+                                          {"cur", VX_FORMAT_CUR, {".cur"}, kAlpha},
                                           {"png-icon", VX_FORMAT_VISTA_ICO, {}, kAlpha},
                                           {"png", VX_FORMAT_PNG, {".png"}, kAlpha}};
   return kinds;
@@ -90,6 +91,20 @@ int ParseDepth(std::string_view bits, const Kind& kind) {
                                DepthsOf(kind)));
 }
 
+int ParseDpi(std::string_view dpi, int format) {
+  if (dpi.empty()) return 0;
+  constexpr int kMostDpi = 65535;
+  const std::optional<int> number = ParseInt(dpi, 1);
+  if (!number || *number > kMostDpi) {
+    throw UsageError(
+        fmt::format("--dpi {}: a whole number from 1 to {} is needed", Printable(dpi), kMostDpi));
+  }
+  if (format == VX_FORMAT_ICO || format == VX_FORMAT_CUR || format == VX_FORMAT_OS2) {
+    throw UsageError("--dpi is for formats that state a resolution: bmp, rle, os2v2, png-icon, png");
+  }
+  return *number;
+}
+
 vx_dither ParseDither(std::string_view dither) {
   if (dither.empty() || dither == "diffuse") return VX_DITHER_DIFFUSE;
   if (dither == "none") return VX_DITHER_NONE;
@@ -122,6 +137,11 @@ void SaveArguments::Declare(Arguments& command) {
                .offers = "1|4|8|16|24|32"},
               bits_);
   command.Add({.name = "--565", .help = "16 bits with 6 for green, which only bmp has"}, is565_);
+  command.Add({.name = "--1555", .help = "16 bits with a bit of alpha, which only bmp has"}, is1555_);
+  command.Add({.name = "--4444", .help = "16 bits with 4 of alpha, which only bmp has"}, is4444_);
+  command.Add(
+      {.name = "--dpi", .help = "dots per inch to state; those of the picture unless given", .value = "N"},
+      dpi_);
   command.Add({.name = "--dither",
                .help = "what becomes of colours that do not fit up to 8 bits:\n"
                        "diffuse spreads the difference over the neighbours, none does not",
@@ -132,26 +152,35 @@ void SaveArguments::Declare(Arguments& command) {
 vx::SaveOptions SaveArguments::Describe(std::string_view out, vx_palette palette) const {
   const Kind& kind = format_.empty() ? KindGuessed(out) : KindNamed(format_);
   vx::SaveOptions options(kind.format, ParseDepth(bits_, kind));
-  const bool has16 = options.bits_per_pixel == 0 || options.bits_per_pixel == 16;
-  if (is565_ && (kind.format != VX_FORMAT_BMP || !has16)) {
-    throw UsageError("--565 is for bmp files of 16 bits a pixel");
-  }
-  options.use_565 = is565_ ? 1 : 0;
   options.palette = palette;
-  options.dither = ParseDither(dither_);
+  options.dpi = ParseDpi(dpi_, kind.format);
+  DescribeColors(&options);
   return options;
 }
 
-void RemarkOnLosses(std::string_view out, const vx_save_options& options, const vx_save_plan& plan,
-                    std::string_view remedy) {
+void SaveArguments::DescribeColors(vx::SaveOptions* options) const {
+  options->dither = ParseDither(dither_);
+  if (is1555_) options->masks = VX_MASKS_1555;
+  if (is4444_) options->masks = VX_MASKS_4444;
+  options->use_565 = is565_ ? 1 : 0;
+  const bool has16 = options->bits_per_pixel == 0 || options->bits_per_pixel == 16;
+  const bool isBmp16 = options->format == VX_FORMAT_BMP && has16;
+  const std::pair<bool, std::string_view> forms[] = {
+      {is565_, "--565"}, {is1555_, "--1555"}, {is4444_, "--4444"}};
+  for (const auto& [isAsked, name] : forms) {
+    if (isAsked && !isBmp16) throw UsageError(fmt::format("{} is for bmp files of 16 bits a pixel", name));
+  }
+  if (is565_ + is1555_ + is4444_ > 1) throw UsageError("--565, --1555 and --4444 do not go together");
+}
+
+void RemarkOnLosses(std::string_view out, const vx_save_options& options, const vx_save_plan& plan) {
   const std::string name = Printable(out);
-  if (plan.transparency == VX_TRANSPARENCY_LOST) {
-    ReportMessage(fmt::format("{}: the picture's transparency is lost; --to png or an icon keeps it", name));
+  if (plan.transparency == VX_TRANSPARENCY_LOST && options.drop_alpha == 0) {
+    ReportMessage(fmt::format("{}: the picture's transparency is lost; {} keeps it", name,
+                              options.format == VX_FORMAT_BMP ? "--bits 32" : "--to png or an icon"));
   } else if (plan.transparency == VX_TRANSPARENCY_HARDENED) {
-    const bool isPng = options.format == VX_FORMAT_PNG || options.format == VX_FORMAT_VISTA_ICO;
-    const std::string hint = fmt::format("; {} keeps them", isPng ? "--bits 32" : remedy);
-    ReportMessage(fmt::format("{}: soft edges became hard: half opaque and more is opaque{}", name,
-                              plan.format == VX_FORMAT_CUR ? "" : hint));
+    ReportMessage(fmt::format(
+        "{}: soft edges became hard: half opaque and more is opaque; --bits 32 keeps them", name));
   }
   if (plan.format != options.format) {
     Remark(fmt::format("{}: {} bits a pixel have no run-length coding; saved without", name,

@@ -19,17 +19,22 @@ class SaveArguments {
   [[nodiscard]] vx::SaveOptions Describe(std::string_view out, vx_palette palette) const;
 
  private:
+  void DescribeColors(vx::SaveOptions* options) const;
+
   std::string format_;
   std::string bits_;
   std::string dither_;
+  std::string dpi_;
   bool is565_ = false;
+  bool is1555_ = false;
+  bool is4444_ = false;
 };
 
 /// @return what the formats have room for, a line each.
 std::string FormatTable();
 
-/// Says what saving will cost the picture: losses to anyone, the rest to people who watch.
-void RemarkOnLosses(std::string_view out, const vx_save_options& options, const vx_save_plan& plan,
-                    std::string_view remedy);
+/// Says what saving will cost the picture beyond what was asked for: losses to anyone, the rest to people who
+/// watch.
+void RemarkOnLosses(std::string_view out, const vx_save_options& options, const vx_save_plan& plan);
 
 }  // namespace cli

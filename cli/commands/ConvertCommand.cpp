@@ -86,7 +86,7 @@ ExitCode Save(const vx::Bitmap& picture, const std::string& out, const vx_save_o
     const vx_save_plan plan = picture.Plan(options);
     WritePicture(picture, out.c_str(), options);
     RemarkOnProfile(name);
-    RemarkOnLosses(name, options, plan, "--to png-icon");
+    RemarkOnLosses(name, options, plan);
   } catch (const vx::Error& error) {
     ReportFailure(error, {.file = name});
     return kExitFailed;
@@ -96,8 +96,8 @@ ExitCode Save(const vx::Bitmap& picture, const std::string& out, const vx_save_o
 
 ExitCode Convert(const ConvertArguments& arguments) {
   RefuseToReplace(arguments);
-  const vx::SaveOptions saveOptions =
-      arguments.save.Describe(arguments.out, arguments.raw.Palette().ForOutput());
+  vx::SaveOptions saveOptions = arguments.save.Describe(arguments.out, arguments.raw.Palette().ForOutput());
+  saveOptions.drop_alpha = arguments.page.DropsAlpha() ? 1 : 0;
   const std::unique_ptr<RawDescription> raw = arguments.raw.Describe();
   vx::LoadOptions options = OptionsFor(arguments, raw.get());
   RefuseTerminal(arguments.out.c_str());
@@ -126,7 +126,7 @@ Action DeclareConvert(Arguments& command) {
   command.Add({.name = "IN", .help = "file to read; - is standard input", .isRequired = true}, arguments->in);
   command.Add({.name = "OUT", .help = "file to write; - is standard output", .isRequired = true},
               arguments->out);
-  arguments->page.Declare(command);
+  arguments->page.Declare(command, OnePage::Then::kSaved);
   command.Add({.name = "--band",
                .help = "convert COUNT rows only, from row FIRST; the top row is 0",
                .value = "FIRST:COUNT"},

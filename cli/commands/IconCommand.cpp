@@ -255,7 +255,7 @@ Action DeclareIcon(Arguments& command) {
               arguments->sizes);
   command.Add({.name = "--png-from",
                .help = "pages of this size and larger are PNG streams; 256\n"
-                       "unless given. Pages with soft edges always are",
+                       "unless given. Smaller ones with soft edges have 32 bits",
                .value = "SIZE"},
               arguments->pngFrom);
   return [arguments] { return MakeIcon(*arguments); };

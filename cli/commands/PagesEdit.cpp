@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -69,9 +70,10 @@ std::optional<std::vector<vx::Bitmap>> LoadAll(const std::vector<std::string>& i
 
 int ParseIconDepth(const std::string& bits) {
   const std::optional<int> depth = ParseInt(bits, 1);
-  if (depth && (*depth == 1 || *depth == 4 || *depth == 8 || *depth == 24)) return *depth;
+  constexpr int kDepths[] = {1, 4, 8, 24, 32};
+  if (depth && std::find(std::begin(kDepths), std::end(kDepths), *depth) != std::end(kDepths)) return *depth;
   throw UsageError(
-      fmt::format("--bits {}: bitmap pages have one of 1, 4, 8, 24 bits a pixel", Printable(bits)));
+      fmt::format("--bits {}: bitmap pages have one of 1, 4, 8, 24, 32 bits a pixel", Printable(bits)));
 }
 
 bool IsCursorFile(const std::string& file) try {
@@ -107,7 +109,7 @@ ExitCode EditWithImages(const EditArguments& arguments, const Put& put) {
   return Edit(arguments.file, [&](vx::Edit& edit) {
     for (const vx::Bitmap& picture : *pictures) {
       put(edit, picture, options);
-      if (options.format != 0) RemarkOnLosses(arguments.file, options, picture.Plan(options), "--png");
+      if (options.format != 0) RemarkOnLosses(arguments.file, options, picture.Plan(options));
     }
   });
 }
@@ -198,9 +200,10 @@ void DeclareImages(Arguments& command, EditArguments& arguments, Takes takes) {
               arguments.images);
   command.Add({.name = "--png", .help = "store it as a PNG stream, which icons can have"}, arguments.asPng);
   command.Add({.name = "--bits",
-               .help = "store it as a bitmap of 1, 4, 8 or 24 bits a pixel",
+               .help = "store it as a bitmap of 1, 4, 8, 24 or 32 bits a pixel; those of 32\n"
+                       "have soft edges, and are what such pictures become unless given",
                .value = "N",
-               .offers = "1|4|8|24"},
+               .offers = "1|4|8|24|32"},
               arguments.bits);
 }
 

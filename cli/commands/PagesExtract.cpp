@@ -83,7 +83,7 @@ class Extraction {
     ReportRemarks(InputName(arguments_.file.c_str()));
     const vx_save_plan plan = picture->Plan(options);
     WritePicture(*picture, job.out.c_str(), options);
-    RemarkOnLosses(job.out, options, plan, "a PNG file");
+    RemarkOnLosses(job.out, options, plan);
   }
 
   template <class Reads>

@@ -101,7 +101,7 @@ Action DeclareView(Arguments& command) {
   auto arguments = std::make_shared<ViewArguments>();
   command.Add({.name = "FILE", .help = "file to show; - is standard input", .isRequired = true},
               arguments->file);
-  arguments->page.Declare(command);
+  arguments->page.Declare(command, OnePage::Then::kShown);
   command.Add({.name = "--size",
                .help = "fill so many characters in one direction, such as 80x24; unless\n"
                        "given, a picture is as large as it is, and no larger than the terminal",

@@ -1,4 +1,4 @@
-// plan IN OUT: saves as icon where that loses nothing, else as icon with a PNG page, and says what it costs.
+// plan IN OUT: saves as icon of 8 bits where that loses nothing, else of 32 bits, and says what it costs.
 #include <cstdio>
 #include <vx/image.hpp>
 
@@ -29,9 +29,9 @@ vx_save_plan Ask(const vx::Bitmap& bitmap, const vx::SaveOptions& options) {
 int main(int argc, char** argv) try {
   if (argc != 3) return 2;
   const vx::Bitmap bitmap = vx::Source::File(argv[1]).Load();
-  vx::SaveOptions options(VX_FORMAT_ICO);
+  vx::SaveOptions options(VX_FORMAT_ICO, 8);
   if (!LosesNothing(Ask(bitmap, options))) {
-    options.format = VX_FORMAT_VISTA_ICO;
+    options.bits_per_pixel = 32;
     Ask(bitmap, options);
   }
   bitmap.Save(argv[2], options);

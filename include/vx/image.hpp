@@ -58,7 +58,7 @@ struct LoadOptions : vx_load_options {
 /// Save options that start from the defaults.
 struct SaveOptions : vx_save_options {
   explicit SaveOptions(vx_format form = VX_FORMAT_BMP, int bitsPerPixel = 0) noexcept
-      : vx_save_options{form, bitsPerPixel, 0, VX_PALETTE_BEST, VX_DITHER_DIFFUSE, 0} {}
+      : vx_save_options{form, bitsPerPixel, 0, VX_PALETTE_BEST, VX_DITHER_DIFFUSE, 0, 0, VX_MASKS_NONE, 0} {}
 };
 
 /// Options of drawing that start from the defaults.

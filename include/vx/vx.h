@@ -490,21 +490,34 @@ typedef enum vx_dither {
   VX_DITHER_NONE = 1     /**< it is lost: every pixel gets the nearest colour */
 } vx_dither;
 
+/** Bitmaps of 16 bits with alpha, which a header of 124 bytes with four masks tells. */
+typedef enum vx_masks {
+  VX_MASKS_NONE = 0, /**< no alpha at 16 bits */
+  VX_MASKS_1555 = 1, /**< 5 bits a colour, and one that says whether the pixel is there */
+  VX_MASKS_4444 = 2  /**< 4 bits a colour, and as many of alpha */
+} vx_masks;
+
 /** How to save. Start from VX_SAVE_OPTIONS_DEFAULT and set the format. */
 typedef struct vx_save_options {
   int format;         /**< VX_FORMAT_BMP, OS2, OS2_2, BMP_RLE, ICO, CUR, VISTA_ICO or PNG */
   int bits_per_pixel; /**< a depth of the format; 0: the one that loses least, the picture's own if it is one
-                           of those and else the fewest bits; PNG icons get 32 */
+                           of those and else the fewest bits; PNG icons get 32, and so does transparency that
+                           no other depth keeps */
   int use_565;        /**< nonzero: 16 bits are 5-6-5, not 5-5-5 (VX_FORMAT_BMP alone) */
   int palette;        /**< vx_palette */
   int dither;         /**< vx_dither */
   int in_place;       /**< vx_save_file: nonzero writes over an existing file without making room beside it:
                            what lies beyond the new end of an older, longer file stays, and a failure leaves
                            the file half written */
+  int drop_alpha;     /**< nonzero: every pixel is saved opaque, and bitmaps of 32 bits in the plain form that
+                           every reader takes */
+  int masks;          /**< vx_masks (VX_FORMAT_BMP of 16 bits alone) */
+  int dpi; /**< dots per inch to state, 1 to 65535; 0: the picture's own. Icons and cursors of bitmaps,
+                and OS/2 1.x bitmaps, state none */
 } vx_save_options;
 
 #define VX_SAVE_OPTIONS_DEFAULT \
-  { VX_FORMAT_BMP, 0, 0, VX_PALETTE_BEST, VX_DITHER_DIFFUSE, 0 }
+  { VX_FORMAT_BMP, 0, 0, VX_PALETTE_BEST, VX_DITHER_DIFFUSE, 0, 0, VX_MASKS_NONE, 0 }
 
 /** What becomes of a picture's transparency. */
 typedef enum vx_transparency {
@@ -517,7 +530,7 @@ typedef enum vx_transparency {
 typedef struct vx_save_plan {
   int format;         /**< vx_format written: VX_FORMAT_BMP where run-length coding has not the depth */
   int bits_per_pixel; /**< depth written */
-  int colors_lost;    /**< nonzero: some pixels change their colour */
+  int colors_lost;    /**< nonzero: some pixels change their colour; at 4-4-4-4 also: their alpha */
   int transparency;   /**< vx_transparency */
 } vx_save_plan;
 
@@ -604,11 +617,11 @@ VX_API int vx_edit_is_locked(const vx_edit* edit);
 /** Tells how many pages there are now. */
 VX_API int vx_edit_page_count(vx_edit* edit, int* count);
 /*
- * The next three save a picture as a page. options may be null: the page is then a bitmap, or a PNG stream
- * where an icon's picture has soft edges or a side of 256 pixels. Given options have a format of the file's
- * type (VX_FORMAT_CUR for cursors, VX_FORMAT_ICO or VX_FORMAT_VISTA_ICO for icons), or 0 to have it chosen
- * so. A cursor's page gets the hot spot of the picture, which one loaded from a cursor has. Pages count from
- * 1, and those behind an inserted or deleted one change their numbers at once.
+ * The next three save a picture as a page. options may be null: the page is then a bitmap, of 32 bits where
+ * the picture has soft edges, or a PNG stream where an icon's has a side of 256 pixels. Given options have a
+ * format of the file's type (VX_FORMAT_CUR for cursors, VX_FORMAT_ICO or VX_FORMAT_VISTA_ICO for icons), or 0
+ * to have it chosen so. A cursor's page gets the hot spot of the picture, which one loaded from a cursor has.
+ * Pages count from 1, and those behind an inserted or deleted one change their numbers at once.
  */
 /** Adds a page behind the last one. */
 VX_API int vx_edit_add(vx_edit* edit, const vx_bitmap* bitmap, const vx_save_options* options);

@@ -1,6 +1,6 @@
 // Editing icon and cursor files. A transaction is a copy of the file in memory (EditFile), edited by the
-// filter as it edits any file. The filter trusts its caller about the file, so everything it would have to
-// ask is looked at here first.
+// filter, and by beyond/PageWriter, as any file is. The filter trusts its caller about the file, so
+// everything it would have to ask is looked at here first.
 #include "format/PageSlot.h"
 #include "format/SaveRules.h"
 
@@ -10,6 +10,7 @@
 #include "app/Describe.h"
 #include "base/Errors.h"
 #include "beyond/IconFile.h"
+#include "beyond/PageWriter.h"
 #include "files/EditFile.h"
 #include "filter/FilterCalls.h"
 
@@ -88,15 +89,8 @@ int PlanPage(const vx_edit& edit, const State& state, const vx_bitmap& picture,
   }
   constexpr int kLargestBitmapPage = 255;
   const bool isLarge = std::max(picture.record.Width, picture.record.Height) > kLargestBitmapPage;
-  const bool mayBePng = isOpen && !isCursor;
-  if (mayBePng && isLarge) chosen.format = FMT_VISTA_ICO;
-  int status = PlanSave(picture, &chosen, plan);
-  const bool isHardened = status == STATUS_OK && plan->outcome.transparency == VX_TRANSPARENCY_HARDENED;
-  if (mayBePng && isHardened && chosen.bits_per_pixel == 0) {
-    chosen.format = FMT_VISTA_ICO;
-    VX_FreeBitmap(&plan->copy);
-    status = PlanSave(picture, &chosen, plan);
-  }
+  if (isOpen && isLarge && !isCursor) chosen.format = FMT_VISTA_ICO;
+  const int status = PlanSave(picture, &chosen, plan);
   return status == STATUS_OK ? status : NameFailure(status, edit.path);
 }
 
@@ -111,9 +105,9 @@ int PutPage(vx_edit* edit, const State& state, unsigned int flags, int page, Sav
     options.Flags = flags;
     options.PageNumber = page;
   }
-  const int status = End(edit, SavePicture(edit->backend, edit->path.c_str(), options, plan));
-  if (status != STATUS_OK || plan->outcome.format != FMT_CUR) return status;
-  return SetHotSpot(edit, page, plan->hotSpot);  // the filter writes 0, 0
+  const int status = End(edit, SavePage(edit->backend, edit->path.c_str(), options, page, plan));
+  if (status == STATUS_OK) RemarkOnLosses(plan->outcome, page);
+  return status;
 }
 
 int Insert(vx_edit* edit, const State& state, int page, const vx_bitmap& picture,

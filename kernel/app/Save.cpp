@@ -1,6 +1,9 @@
-// vx_save_file and vx_save_memory: a plan, through the filter or the PNG encoder, into a file.
+// vx_save_file and vx_save_memory: a plan, through whoever writes its format, into a file.
+#include "format/SaveRules.h"
+
 #include "base/Errors.h"
-#include "beyond/IconFile.h"
+#include "beyond/BitmapWriter.h"
+#include "beyond/PageWriter.h"
 #include "files/FileLock.h"
 #include "files/MemoryTarget.h"
 #include "files/Place.h"
@@ -12,11 +15,14 @@ namespace {
 
 /// Writes the picture as the file that `backend` opens. @return STATUS_OK, or a failure with its detail set
 int WriteThrough(const Backend& backend, const char* name, SavePlan* plan) {
-  if (plan->outcome.format == FMT_PNG) return SavePng(backend, name, plan);
-  const int status = SavePicture(backend, name, NewFile(), plan);
-  const bool pointsElsewhere = plan->hotSpot.x != 0 || plan->hotSpot.y != 0;
-  if (status != STATUS_OK || plan->outcome.format != FMT_CUR || !pointsElsewhere) return status;
-  return WriteHotSpot(backend, name, 1, plan->hotSpot);  // the filter writes 0, 0
+  switch (plan->writer) {
+    case bmp::Writer::kPng: return SavePng(backend, name, plan);
+    case bmp::Writer::kAlphaBitmap: return SaveAlphaBitmap(backend, name, *plan);
+    case bmp::Writer::kAlphaPage:
+    case bmp::Writer::kFilter: break;
+  }
+  if (bmp::IsIconFormat(plan->outcome.format)) return SavePage(backend, name, NewFile(), 1, plan);
+  return SavePicture(backend, name, NewFile(), plan);
 }
 
 int WriteToMemory(const char* name, SavePlan* plan, MemoryTarget* target) {
@@ -55,6 +61,12 @@ bool AreSystemFiles(const Backend& backend) {
   return backend.functions.open == kSystemBackend.functions.open;
 }
 
+int SaveFile(const char* path, bool inPlace, SavePlan* plan) {
+  const Backend& backend = InstalledBackend();
+  if (!AreSystemFiles(backend)) return WriteThrough(backend, path, plan);
+  return inPlace ? SaveOnto(path, plan) : SaveInPlaceOf(path, plan);
+}
+
 }  // namespace
 }  // namespace vxkrn
 
@@ -64,12 +76,11 @@ int vx_save_file(const vx_bitmap* bitmap, const char* path, const vx_save_option
       return vxkrn::FailForArgument("the bitmap and the path must be given");
     }
     vxkrn::SavePlan plan = {};
-    const int status = vxkrn::PlanSave(*bitmap, options, &plan);
-    if (status != STATUS_OK) return status;
-    const vxkrn::Backend& backend = vxkrn::InstalledBackend();
-    if (!vxkrn::AreSystemFiles(backend)) return vxkrn::WriteThrough(backend, path, &plan);
+    int status = vxkrn::PlanSave(*bitmap, options, &plan);
     const bool inPlace = options != nullptr && options->in_place != 0;
-    return inPlace ? vxkrn::SaveOnto(path, &plan) : vxkrn::SaveInPlaceOf(path, &plan);
+    if (status == STATUS_OK) status = vxkrn::SaveFile(path, inPlace, &plan);
+    if (status == STATUS_OK) vxkrn::RemarkOnLosses(plan.outcome, 0);
+    return status;
   });
 }
 
@@ -85,6 +96,7 @@ int vx_save_memory(const vx_bitmap* bitmap, const vx_save_options* options, uint
     int status = vxkrn::PlanSave(*bitmap, options, &plan);
     if (status == STATUS_OK) status = vxkrn::WriteToMemory("memory", &plan, &target);
     if (status != STATUS_OK) return status;
+    vxkrn::RemarkOnLosses(plan.outcome, 0);
     *size = target.Size();
     *bytes = target.Take().release();
     return VX_OK;

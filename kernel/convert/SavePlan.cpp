@@ -1,21 +1,20 @@
-// Decides how a picture goes into a format: which depth, what is lost, and whether the filter can be shown
-// the picture as it is.
+// Decides how a picture goes into a format: which depth, who writes it, what is lost, and whether the filter
+// can be shown the picture as it is.
 #include "convert/SavePlan.h"
-
-#include "format/SaveRules.h"
 
 #include <algorithm>
 #include <cstring>
 
 #include "base/Errors.h"
+#include "base/Remarks.h"
 #include "bitmap/Region.h"
+#include "convert/FieldPacker.h"
 #include "files/OpenFile.h"
 
 namespace vxkrn {
 namespace {
 
 using bmp::DepthSet;
-using bmp::DepthsOf;
 
 bool IsPngCoded(int format) {
   return format == FMT_PNG || format == FMT_VISTA_ICO;
@@ -27,15 +26,10 @@ bool HasMask(int format) {
 
 /// @return false for formats that are not saved.
 bool FindLimits(int format, vx_format_limits* limits) {
-  if (format == FMT_PNG) {
-    *limits = {DepthsOf(1, 4, 8, 24, 32).bits, 0};
-    return true;
-  }
-  const bmp::SaveRule& rule = bmp::SaveRuleOf(format);
-  if (&rule == &bmp::kOtherFormats) return false;
   constexpr int kLargestInCoreHeader = 0xFFFF;
-  *limits = {rule.depths.bits, format == FMT_OS2 ? kLargestInCoreHeader : rule.largestSide};
-  return true;
+  const int largest = format == FMT_OS2 ? kLargestInCoreHeader : bmp::SaveRuleOf(format).largestSide;
+  *limits = {bmp::WrittenDepths(format).bits, largest};
+  return limits->depths != 0;
 }
 
 int FailForDepth(int format, DepthSet depths, int bitsPerPixel) {
@@ -60,20 +54,54 @@ int CheckSides(const _BITMAPHANDLE& picture, int format, int largest) {
   return STATUS_BAD_DIMENSIONS;
 }
 
+/// Icons of bitmaps and OS/2 1.x headers have no place for a resolution.
+bool StatesResolution(int format) {
+  return !HasMask(format) && format != FMT_OS2;
+}
+
+bool IsOneOf(int value, int first, int second) {
+  return value == first || value == second;
+}
+
+int CheckMasks(const vx_save_options& options) {
+  if (options.masks < VX_MASKS_NONE || options.masks > VX_MASKS_4444) {
+    return FailForArgument("masks is ", options.masks, "; it must be a value of vx_masks");
+  }
+  const bool has16 = IsOneOf(options.bits_per_pixel, 0, 16);
+  if (options.masks != VX_MASKS_NONE && (options.format != FMT_BMP || !has16 || options.use_565 != 0)) {
+    return FailForArgument("masks is set, but only Windows bitmaps of 16 bits that are not 5-6-5 have such");
+  }
+  return STATUS_OK;
+}
+
+int CheckResolution(const vx_save_options& options) {
+  constexpr int kMostDpi = 65535;
+  if (options.dpi < 0 || options.dpi > kMostDpi) {
+    return FailForArgument("dpi is ", options.dpi, "; it must be 0 to ", kMostDpi);
+  }
+  if (options.dpi != 0 && !StatesResolution(options.format)) {
+    return FailForArgument("dpi is set, but this format (", vx_format_name(options.format),
+                           ") states no resolution");
+  }
+  return STATUS_OK;
+}
+
 int CheckOptions(const vx_save_options& options, DepthSet depths) {
-  const auto isOneOf = [](int value, int first, int second) { return value == first || value == second; };
-  if (!isOneOf(options.palette, VX_PALETTE_BEST, VX_PALETTE_FIXED) ||
-      !isOneOf(options.dither, VX_DITHER_DIFFUSE, VX_DITHER_NONE)) {
+  if (!IsOneOf(options.palette, VX_PALETTE_BEST, VX_PALETTE_FIXED) ||
+      !IsOneOf(options.dither, VX_DITHER_DIFFUSE, VX_DITHER_NONE)) {
     return FailForArgument("palette is ", options.palette, " and dither ", options.dither,
                            "; both must be values of their types");
   }
   if (options.use_565 != 0 && options.format != FMT_BMP) {
     return FailForArgument("use_565 is set, but only Windows bitmaps can say that they are 5-6-5");
   }
-  if (options.use_565 != 0 && !isOneOf(options.bits_per_pixel, 0, 16)) {
+  if (options.use_565 != 0 && !IsOneOf(options.bits_per_pixel, 0, 16)) {
     return FailForArgument("use_565 is set, but bits_per_pixel is ", options.bits_per_pixel,
                            "; 5-6-5 has 16");
   }
+  int status = CheckMasks(options);
+  if (status == STATUS_OK) status = CheckResolution(options);
+  if (status != STATUS_OK) return status;
   if (options.bits_per_pixel == 0 || depths.Has(options.bits_per_pixel)) return STATUS_OK;
   return FailForDepth(options.format, depths, options.bits_per_pixel);
 }
@@ -98,7 +126,16 @@ int CopyPixels(const _BITMAPHANDLE& from, _BITMAPHANDLE* copy) {
   return status;
 }
 
-/// Finds depth and losses, one question at a time.
+/// What is stored of each channel, by those writers that store alpha.
+bmp::FieldMasks MasksOf(int masks) {
+  switch (masks) {
+    case VX_MASKS_1555: return bmp::kMasks1555;
+    case VX_MASKS_4444: return bmp::kMasks4444;
+    default: return bmp::kMasks8888;
+  }
+}
+
+/// Finds depth, writer and losses, one question at a time.
 class Decision {
  public:
   Decision(LazyCensus& census, Opacity opacity, const vx_save_options& options, DepthSet depths)
@@ -106,9 +143,8 @@ class Decision {
 
   [[nodiscard]] int Depth() const {
     if (options_.bits_per_pixel != 0) return options_.bits_per_pixel;
-    if (options_.use_565 != 0) return 16;
-    if (options_.format == FMT_VISTA_ICO || (options_.format == FMT_PNG && opacity_ != Opacity::kWhole))
-      return 32;
+    if (options_.use_565 != 0 || options_.masks != VX_MASKS_NONE) return 16;
+    if (options_.format == FMT_VISTA_ICO || NeedsAlpha()) return 32;
     if (IsGood(picture_.BitsPerPixel)) return picture_.BitsPerPixel;
     int depth = 1;
     while (!IsGood(depth)) ++depth;
@@ -123,18 +159,40 @@ class Decision {
             .reservesTransparent = IsPngCoded(options_.format)};
   }
 
+  [[nodiscard]] bmp::Writer WriterAt(int depth) const {
+    const bool hasAlpha = options_.masks != VX_MASKS_NONE || (depth == 32 && opacity_ != Opacity::kWhole);
+    return bmp::WriterOf(options_.format, depth, hasAlpha);
+  }
+
+  [[nodiscard]] bool KeepsColorsAt(int depth) const {
+    if (options_.masks == VX_MASKS_NONE) return KeepsColors(census_, TargetAt(depth));
+    return KeepsColors(picture_, FieldPacker(MasksOf(options_.masks), depth));
+  }
+
   [[nodiscard]] vx_transparency TransparencyAt(int depth) const {
-    if (opacity_ == Opacity::kWhole || (depth == 32 && IsPngCoded(options_.format)))
-      return VX_TRANSPARENCY_KEPT;
-    if (!IsPngCoded(options_.format) && !HasMask(options_.format)) return VX_TRANSPARENCY_LOST;
-    return opacity_ == Opacity::kSoft ? VX_TRANSPARENCY_HARDENED : VX_TRANSPARENCY_KEPT;
+    const bool isSoft = opacity_ == Opacity::kSoft;
+    if (opacity_ == Opacity::kWhole || options_.masks == VX_MASKS_4444) return VX_TRANSPARENCY_KEPT;
+    if (depth == 32 && KeepsAlpha()) return VX_TRANSPARENCY_KEPT;
+    const bool hasOneBit = IsPngCoded(options_.format) || HasMask(options_.format) || options_.masks != 0;
+    if (!hasOneBit) return VX_TRANSPARENCY_LOST;
+    return isSoft ? VX_TRANSPARENCY_HARDENED : VX_TRANSPARENCY_KEPT;
   }
 
  private:
+  [[nodiscard]] bool KeepsAlpha() const {
+    return IsPngCoded(options_.format) || HasMask(options_.format) || options_.format == FMT_BMP;
+  }
+
+  /// Whether 32 bits keep a transparency that no other depth does. A mask keeps one that is there or not.
+  [[nodiscard]] bool NeedsAlpha() const {
+    if (!KeepsAlpha()) return false;
+    return HasMask(options_.format) ? opacity_ == Opacity::kSoft : opacity_ != Opacity::kWhole;
+  }
+
   /// Whether no depth of the format keeps more. The deepest keeps every colour, and below that of PNG with
   /// alpha the transparency's fate is the same at all of them.
   [[nodiscard]] bool IsGood(int depth) const {
-    const bool isUnusedAlpha = depth == 32 && options_.format == FMT_PNG;
+    const bool isUnusedAlpha = depth == 32 && (options_.format == FMT_PNG || HasMask(options_.format));
     if (!depths_.Has(depth) || isUnusedAlpha) return false;
     RowTarget target = TargetAt(depth);
     target.usesFixedPalette = false;  // which is no reason to do without a palette
@@ -182,6 +240,24 @@ int ConvertTo555(const _BITMAPHANDLE& record, SavePlan* plan) {
   return STATUS_OK;
 }
 
+/// Prepares the picture's record to be shown. @return whether it is shown without transparency that it has
+bool Show(const _BITMAPHANDLE& record, const vx_save_options& options, SavePlan* plan) {
+  plan->shown = record;
+  if (options.dpi != 0) plan->shown.XResolution = plan->shown.YResolution = options.dpi;
+  if (options.drop_alpha == 0) return false;
+  plan->shown.Flags &= ~kBitmapHasAlpha;
+  plan->shown.Region = nullptr;
+  plan->shown.RegionBytesPerLine = 0;
+  return LazyCensus(record).HowOpaque() != Opacity::kWhole;
+}
+
+/// Whether the picture has alpha, and goes into a page that has a mask alone.
+bool NeedsHardening(const _BITMAPHANDLE& shown, const vx_save_options& options, Opacity opacity) {
+  const bool isSoftPage =
+      options.bits_per_pixel == 32 || (options.bits_per_pixel == 0 && opacity == Opacity::kSoft);
+  return HasMask(options.format) && HasAlpha(shown) && !isSoftPage;
+}
+
 }  // namespace
 
 int PlanSave(const vx_bitmap& picture, const vx_save_options* options, SavePlan* plan) {
@@ -198,22 +274,31 @@ int PlanSave(const vx_bitmap& picture, const vx_save_options* options, SavePlan*
   if (status == STATUS_OK) status = CheckSides(record, chosen.format, limits.largest_side);
   if (status != STATUS_OK) return status;
 
-  plan->shown = record;
   plan->hotSpot = picture.hotSpot;
   plan->colorSpace = &picture.colorSpace;
+  const bool isDropped = Show(record, chosen, plan);
   const Opacity opacity = plan->census.HowOpaque();
-  if (HasMask(chosen.format) && HasAlpha(record)) status = HardenForMask(record, plan);
+  if (NeedsHardening(plan->shown, chosen, opacity)) status = HardenForMask(record, plan);
   if (status != STATUS_OK) return status;
 
   const Decision decision(plan->census, opacity, chosen, depths);
   const int depth = decision.Depth();
   plan->rows = decision.TargetAt(depth);
+  plan->writer = decision.WriterAt(depth);
+  plan->masks = MasksOf(chosen.masks);
   status = CheckFileSize(record, chosen.format, depth);
   if (status != STATUS_OK) return status;
-  plan->outcome = {bmp::FormatToSave(chosen.format, depth), depth,
-                   KeepsColors(plan->census, plan->rows) ? 0 : 1, decision.TransparencyAt(depth)};
+  plan->outcome = {bmp::FormatToSave(chosen.format, depth), depth, decision.KeepsColorsAt(depth) ? 0 : 1,
+                   isDropped ? VX_TRANSPARENCY_LOST : decision.TransparencyAt(depth)};
   const bool isOther565 = depth == 16 && record.BitsPerPixel == 16 && record.ColorOrder == ORDER_565;
-  return isOther565 && !plan->rows.is565 ? ConvertTo555(record, plan) : STATUS_OK;
+  const bool becomes555 = isOther565 && !plan->rows.is565 && plan->writer == bmp::Writer::kFilter;
+  return becomes555 ? ConvertTo555(record, plan) : STATUS_OK;
+}
+
+void RemarkOnLosses(const vx_save_plan& outcome, int page) noexcept {
+  if (outcome.transparency == VX_TRANSPARENCY_HARDENED) AddRemark(VX_REMARK_ALPHA_HARDENED, 0, 0, page);
+  if (outcome.transparency == VX_TRANSPARENCY_LOST) AddRemark(VX_REMARK_ALPHA_DROPPED, 0, 0, page);
+  if (outcome.colors_lost != 0) AddRemark(VX_REMARK_COLORS_LOST, outcome.bits_per_pixel, 0, page);
 }
 
 }  // namespace vxkrn

@@ -1,6 +1,8 @@
-// What a save was asked to do, checked and complete, and the picture as the filter is shown it. Writes
+// What a save was asked to do, checked and complete, and the picture as its writer is shown it. Writes
 // nothing.
 #pragma once
+
+#include "format/Writers.h"
 
 #include "bitmap/Picture.h"
 #include "convert/RowConverter.h"
@@ -8,7 +10,9 @@
 namespace vxkrn {
 
 struct SavePlan {
-  vx_save_plan outcome;          ///< format, depth, and what is lost
+  vx_save_plan outcome;  ///< format, depth, and what is lost
+  bmp::Writer writer;
+  bmp::FieldMasks masks;         ///< where channels and alpha lie, for those writers that store alpha
   HotSpot hotSpot;               ///< for cursors
   const ColorSpace* colorSpace;  ///< the picture's
   RowTarget rows;                ///< how rows are converted, as far as the filter lets us choose
@@ -26,5 +30,8 @@ struct SavePlan {
 /// Checks the options (null: the defaults) against picture and format, and decides. Throws std::bad_alloc.
 /// @return STATUS_OK, or a failure with its detail set. The picture must outlive the plan.
 [[nodiscard]] int PlanSave(const vx_bitmap& picture, const vx_save_options* options, SavePlan* plan);
+
+/// Remarks on what a save that went well has lost. @param page the page that was saved; 0: the whole file
+void RemarkOnLosses(const vx_save_plan& outcome, int page) noexcept;
 
 }  // namespace vxkrn

@@ -58,17 +58,12 @@ _SAVEDISPATCH DispatchOf(const char* name, SavePlan* plan) {
   return dispatch;
 }
 
-/// Opens a file, writes, and closes it.
-int WriteFile(const char* name, int flags, uint64_t position, const void* bytes, uint64_t count) {
-  HANDLE file = VX_RedirectedOpen(name, flags, 0);
-  if (file == InvalidHandle()) return STATUS_OPEN_WRITE_ERROR;
+bool WriteAt(HANDLE file, uint64_t position, const void* bytes, uint64_t count) {
   const bool fits = position + count <= kLastPosition;
   const auto size = static_cast<unsigned int>(count);
   const auto start = static_cast<int>(static_cast<unsigned int>(position));
-  const bool isWritten = fits && VX_RedirectedSeek(file, start, VX_SEEK_START) == start &&
-                         VX_RedirectedWrite(file, bytes, size) == static_cast<int>(size);
-  (void)VX_RedirectedClose(file);
-  return isWritten ? STATUS_OK : STATUS_WRITE_ERROR;
+  return fits && VX_RedirectedSeek(file, start, VX_SEEK_START) == start &&
+         VX_RedirectedWrite(file, bytes, size) == static_cast<int>(size);
 }
 
 }  // namespace
@@ -103,7 +98,7 @@ int SavePng(const Backend& backend, const char* name, SavePlan* plan) {
                                  plan->ConvertArg2(), plan->colorSpace, &png, &size);
   if (status != STATUS_OK) return ExplainWrite(status, name, 0);
   const memory::Bytes stream(png);
-  return Watched(backend, name, [&] { return WriteFile(name, VX_OPEN_CREATE, 0, png, size); });
+  return WriteWhole(backend, name, stream.get(), size);
 }
 
 int DeletePage(const Backend& backend, const char* name, int page) {
@@ -114,13 +109,25 @@ int DeletePage(const Backend& backend, const char* name, int page) {
   return Watched(backend, name, [&] { return filter->deletePage(&dispatch); });
 }
 
+int WriteFile(const Backend& backend, const char* name, int flags,
+              const std::function<bool(HANDLE file)>& writing) {
+  return Watched(backend, name, [&]() -> int {
+    HANDLE file = VX_RedirectedOpen(name, flags, 0);
+    if (file == InvalidHandle()) return STATUS_OPEN_WRITE_ERROR;
+    const bool isWritten = writing(file);
+    (void)VX_RedirectedClose(file);
+    return isWritten ? STATUS_OK : STATUS_WRITE_ERROR;
+  });
+}
+
 int WriteWhole(const Backend& backend, const char* name, const void* bytes, uint64_t size) {
-  return Watched(backend, name, [&] { return WriteFile(name, VX_OPEN_CREATE, 0, bytes, size); });
+  return WriteFile(backend, name, VX_OPEN_CREATE, [&](HANDLE file) { return WriteAt(file, 0, bytes, size); });
 }
 
 int Overwrite(const Backend& backend, const char* name, uint64_t position, const void* bytes,
               uint32_t count) {
-  return Watched(backend, name, [&] { return WriteFile(name, VX_OPEN_UPDATE, position, bytes, count); });
+  return WriteFile(backend, name, VX_OPEN_UPDATE,
+                   [&](HANDLE file) { return WriteAt(file, position, bytes, count); });
 }
 
 }  // namespace vxkrn

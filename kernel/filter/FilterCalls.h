@@ -1,6 +1,8 @@
-// The filter's calls that write: made over some backend's files, with their failures put into words. What was
-// written is only known to be kept once the file is closed, so that is looked at here too.
+// What writes files, the filter's calls first: made over some backend's files, with failures put into words.
+// What was written is only known to be kept once the file is closed, so that is looked at here too.
 #pragma once
+
+#include <functional>
 
 #include "convert/SavePlan.h"
 #include "files/Backend.h"
@@ -15,6 +17,10 @@ namespace vxkrn {
 /// Encodes the picture as a PNG file, for which no filter is needed.
 [[nodiscard]] int SavePng(const Backend& backend, const char* name, SavePlan* plan);
 [[nodiscard]] int DeletePage(const Backend& backend, const char* name, int page);
+/// Has `writing` write a file, which stands at its start, through the contract's services. It must not throw.
+/// @param flags VX_OPEN_UPDATE or VX_OPEN_CREATE @param writing returns whether everything was written
+[[nodiscard]] int WriteFile(const Backend& backend, const char* name, int flags,
+                            const std::function<bool(HANDLE file)>& writing);
 /// Writes a whole new file.
 [[nodiscard]] int WriteWhole(const Backend& backend, const char* name, const void* bytes, uint64_t size);
 /// Writes bytes into a file that exists.

@@ -21,7 +21,7 @@ sys.path.append(os.path.join(os.path.dirname(__file__), "../common"))
 import png
 
 FORMATS = {"bmp": (1, 4, 8, 16, 24, 32), "rle": (1, 4, 8, 24), "os2": (1, 4, 8, 16, 24), "os2v2": (1, 4, 8, 16, 24),
-           "ico": (1, 4, 8, 24), "cur": (1, 4, 8, 24), "png-icon": (1, 4, 8, 24, 32), "png": (1, 4, 8, 24, 32)}
+           "ico": (1, 4, 8, 24, 32), "cur": (1, 4, 8, 24, 32), "png-icon": (1, 4, 8, 24, 32), "png": (1, 4, 8, 24, 32)}
 EXTENSIONS = {"ico": "ico", "cur": "cur", "png-icon": "ico", "png": "png"}
 ICONS = ("ico", "cur", "png-icon")
 
@@ -105,7 +105,8 @@ def importable(name):
 
 
 PROGRAMS = (imagemagick, pillow, netpbm, icotool, gdk_pixbuf)
-ALL = (1, 4, 8, 16, 24, 32, 565)
+FORMS = {"--565": 565, "--1555": 1555, "--4444": 4444}  # of 16 bits
+ALL = (1, 4, 8, 16, 24, 32, *FORMS.values())
 BITMAPS = ("bmp", "rle", "os2", "os2v2")
 TRANSPARENT = ("hard", "soft")
 # What a program reads otherwise or not at all, and why: programs, formats, depths, pictures (none: all of them).
@@ -117,9 +118,12 @@ UNSUPPORTED = (
     (("netpbm",), ("bmp",), (565,), (), "it takes red where 5-5-5 has it"),
     (("netpbm",), ("os2",), (16,), (), "it takes 16 bits in headers of 40 bytes alone"),
     (("imagemagick",), ("os2v2",), (1, 4, 8), (), "it takes the entries of every OS/2 palette for 3 bytes long"),
-    (("imagemagick",), ("bmp",), (32,), TRANSPARENT, "it takes the fourth byte for alpha, whatever the header says"),
+    (("imagemagick",), ("bmp",), (1555,), (), "it takes a bit of alpha for half opaque"),
+    (("netpbm",), ("bmp",), (32, 1555, 4444), TRANSPARENT, "it leaves out the alpha of bitmaps"),
+    (("gdk_pixbuf", "pillow"), ("bmp",), (1555, 4444), TRANSPARENT, "they leave out the alpha of 16 bits"),
+    (("pillow",), ("bmp",), (4444,), (), "it knows the masks of two layouts of 16 bits"),
     (("pillow",), ("rle",), (4,), ("two", "few", "many", "soft"), "it does not clip codes at the end of rows of odd width"),
-    (("pillow",), ("cur",), ALL, TRANSPARENT, "it leaves the masks of cursors out"),
+    (("pillow",), ("cur",), (1, 4, 8, 24), TRANSPARENT, "it leaves the masks of cursors out"),
     (("pillow",), ("png-icon",), (1, 4, 8, 24), TRANSPARENT, "it leaves out transparency that is not an alpha channel"),
     (("gdk_pixbuf",), ("png-icon",), ALL, (), "it refuses compressed icons"),
     (("gdk_pixbuf",), ("ico", "cur"), (1,), (), "it takes icons of 1 bit for black and white"),
@@ -167,10 +171,11 @@ class Comparison:
         path = self.file_in(name, kind, bits, *more)
         ours = self.read(path) if path else None
         for program in PROGRAMS if ours else ():
-            if not is_there(program) or is_unsupported(program.__name__, kind, 565 if more else bits, name):
+            if not is_there(program) or is_unsupported(program.__name__, kind, FORMS[more[0]] if more else bits, name):
                 continue
             theirs = seen_by(program, path, kind)
-            tolerance = 1 if bits == 16 else 0  # channels of 5 bits become 8 in more ways than one
+            # Channels of 5 bits become 8 in more ways than one, those of 4 by a shift in some programs.
+            tolerance = 15 if "--4444" in more else 1 if bits == 16 else 0
             if theirs is None:
                 self.failures.append(f"{program.__name__} does not open {path}")
             elif not same(ours, theirs, tolerance):
@@ -183,7 +188,7 @@ class Comparison:
             rgba = b"".join(bytes(color(x, y)) for y in range(height) for x in range(width))
             write_png(os.path.join(self.folder, name + ".png"), width, height, rgba)
             cases += [(name, kind, bits) for kind, depths in FORMATS.items() for bits in depths]
-            cases.append((name, "bmp", 16, "--565"))
+            cases += [(name, "bmp", 16, form) for form in FORMS]
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
             list(pool.map(lambda case: self.compare(*case), cases))
 
@@ -218,7 +223,7 @@ class Comparison:
             self.vxbmp("pages", "insert", path, picture, "--at", "1")
             self.vxbmp("pages", "add", path, picture, "--bits", "8")
             self.vxbmp("pages", "delete", path, "--page", "2")
-            self.vxbmp("pages", "replace", path, picture, "--page", "-1")
+            self.vxbmp("pages", "replace", path, os.path.join(self.folder, "soft.png"), "--page", "-1", "--bits", "32")
             after = self.bodies(path)
             if len(after) != len(before) + 1 or after[1:-1] != before[1:]:
                 self.failures.append(f"{path}: pages that were not meant changed")
@@ -262,10 +267,9 @@ class Comparison:
                 continue
             before = self.read(source)
             is_opaque = set(before[2][3::4]) == {255}
-            is_hard = set(before[2][3::4]) <= {0, 255}
             for kind in FORMATS:
                 fits = max(before[:2]) <= (256 if kind == "png-icon" else 255 if kind in ICONS else 65535)
-                keeps = is_opaque or kind in ("png", "png-icon") or (is_hard and kind in ICONS)
+                keeps = is_opaque or kind in ("png", "bmp") + ICONS
                 if not fits or not keeps:
                     continue
                 target = os.path.join(self.folder, "back." + EXTENSIONS.get(kind, "bmp"))

@@ -37,12 +37,6 @@ std::vector<Page> PagesOf(const std::string& path) {
   return pages;
 }
 
-vx::Bitmap Soft(int side) {
-  return WithAlpha(side, side, [](int x, int y) -> Pixel {
-    return {static_cast<uint8_t>(7 * x), static_cast<uint8_t>(y), 5, static_cast<uint8_t>(1 + 9 * x)};
-  });
-}
-
 class Editing : public testing::Test {
  protected:
   void SetUp() override {
@@ -91,18 +85,28 @@ class Chain {
 
   vx::Bitmap Picture(int page) {
     if (Below(3) == 1) return vx::Source::File(path_).Load(page);
-    return isCursor_ || Below(2) == 1 ? Noise(Below(40), Below(9), 8) : Soft(Below(30));
+    return Below(2) == 1 ? Noise(Below(40), Below(9), 8) : Soft(Below(30));
+  }
+
+  /// Pages of the filter's, of the library's and PNG pages, none of which loses anything.
+  vx::SaveOptions Form() {
+    switch (Below(3)) {
+      case 1: return vx::SaveOptions(isCursor_ ? VX_FORMAT_CUR : VX_FORMAT_ICO, 32);
+      case 2: return vx::SaveOptions(isCursor_ ? VX_FORMAT_CUR : VX_FORMAT_VISTA_ICO);
+      default: return vx::SaveOptions(vx_format{});
+    }
   }
 
   void Act(vx::Edit& edit, int page, int act) {
     const vx::Bitmap picture = Picture(page);
+    const vx::SaveOptions form = Form();
     const auto at = model_.begin() + (page - 1);
     lost_ = 0;
     if (act == 1) {
       lost_ = at->body.size();
-      edit.Replace(page, Noise(7, 7, 8));
+      edit.Replace(page, picture, &form);
       const auto hotSpot = at->hotSpot;
-      *at = Page(Noise(7, 7, 8));
+      *at = Page(picture);
       at->hotSpot = hotSpot;
     } else if (act == 2 && model_.size() > 1) {
       lost_ = at->body.size() + 16;  // and its entry
@@ -112,10 +116,10 @@ class Chain {
       at->hotSpot = {Below(2) - 1, 299 + Below(2)};
       edit.SetHotSpot(page, at->hotSpot.first, at->hotSpot.second);
     } else if (act == 4) {
-      edit.Insert(page, picture);
+      edit.Insert(page, picture, &form);
       model_.insert(at, Page(picture));
     } else if (act > 4) {
-      edit.Add(picture);
+      edit.Add(picture, &form);
       model_.emplace_back(picture);
     }
   }
@@ -192,7 +196,8 @@ TEST_F(Editing, CompactionKeepsWhatPagesShareAndWhatTheyLack) {
   {
     vx::Edit edit(icon_);
     edit.Compact();
-    edit.Add(Soft(20));  // behind the last body, where no entry may point by chance
+    const vx::SaveOptions png(VX_FORMAT_VISTA_ICO);
+    edit.Add(Soft(20), &png);  // behind the last body, where no entry may point by chance
     edit.Commit();
   }
   const vx::Source after = vx::Source::File(icon_);
@@ -285,7 +290,8 @@ TEST_F(Editing, ANewFileTakesTheOldOnesPlace) {
   edit.Commit();
   const vx::Source source = vx::Source::File(icon_);
   EXPECT_EQ(source.Describe().page_count, 3);
-  EXPECT_EQ(source.DescribePage(1).is_png, 1);
+  EXPECT_EQ(source.DescribePage(1).is_png, 0);
+  EXPECT_EQ(source.Describe(1).bits_per_pixel, 32);
   EXPECT_EQ(source.DescribePage(2).is_png, 1);
   EXPECT_EQ(source.DescribePage(3).is_png, 0);
 }

@@ -30,6 +30,11 @@ Act Saved(const char* file, vx_format format) {
           [=](const std::string& path) { Noise(16, 16, 24).Save(path, vx::SaveOptions(format)); }};
 }
 
+Act SavedSoft(const char* file, vx_format format) {
+  return {"saved with alpha", file,
+          [=](const std::string& path) { Soft(20).Save(path, vx::SaveOptions(format, 32)); }};
+}
+
 Act Edited(const char* what, const char* file, void (*edits)(vx::Edit& edit), unsigned flags = 0) {
   return {what, file, [=](const std::string& path) {
             vx::Edit edit(path, flags);
@@ -43,6 +48,9 @@ const Act kActs[] = {
     Saved("old.ico", VX_FORMAT_ICO),
     Saved("old.cur", VX_FORMAT_CUR),
     Saved("old.png", VX_FORMAT_PNG),
+    SavedSoft("old.bmp", VX_FORMAT_BMP),
+    SavedSoft("old.cur", VX_FORMAT_CUR),
+    SavedSoft("new.ico", VX_FORMAT_ICO),
     Saved("new.bmp", VX_FORMAT_BMP),
     Saved("new.png", VX_FORMAT_PNG),
     Edited(
@@ -51,6 +59,7 @@ const Act kActs[] = {
         "made", "new.ico", [](vx::Edit& edit) { edit.Add(Noise(9, 9, 8)); }, VX_EDIT_NEW),
     Edited("added", "app.ico", [](vx::Edit& edit) { edit.Add(Noise(9, 9, 8)); }),
     Edited("inserted", "app.ico", [](vx::Edit& edit) { edit.Insert(1, Noise(9, 9, 8)); }),
+    Edited("inserted softly", "app.ico", [](vx::Edit& edit) { edit.Insert(2, Soft(9)); }),
     Edited("replaced", "app.ico", [](vx::Edit& edit) { edit.Replace(1, Noise(9, 9, 8)); }),
     Edited("deleted", "app.ico", [](vx::Edit& edit) { edit.Delete(1); }),
     Edited("compacted", "app.ico", [](vx::Edit& edit) { edit.Compact(); }),

@@ -46,12 +46,21 @@ TEST(Plan, TakesTheDepthThatLosesLeast) {
   const vx::Bitmap soft = WithAlpha(4, 4, [](int x, int /*y*/) -> Pixel {
     return {0, 0, 0, static_cast<uint8_t>(x * 60)};
   });
-  ExpectChoices(soft, {{"lost", VX_FORMAT_BMP, 0, VX_FORMAT_BMP, 32, 0, VX_TRANSPARENCY_LOST},
-                       {"hardened", VX_FORMAT_CUR, 0, VX_FORMAT_CUR, 1, 0, VX_TRANSPARENCY_HARDENED},
+  ExpectChoices(soft, {{"lost", VX_FORMAT_BMP, 24, VX_FORMAT_BMP, 24, 0, VX_TRANSPARENCY_LOST},
+                       {"no place for it", VX_FORMAT_BMP_RLE, 0, VX_FORMAT_BMP, 1, 0, VX_TRANSPARENCY_LOST},
+                       {"hardened", VX_FORMAT_CUR, 1, VX_FORMAT_CUR, 1, 0, VX_TRANSPARENCY_HARDENED},
+                       {"kept", VX_FORMAT_BMP, 0, VX_FORMAT_BMP, 32, 0, kKept},
+                       {"kept", VX_FORMAT_ICO, 0, VX_FORMAT_ICO, 32, 0, kKept},
                        {"hardened", VX_FORMAT_PNG, 8, VX_FORMAT_PNG, 8, 0, VX_TRANSPARENCY_HARDENED},
                        {"kept", VX_FORMAT_PNG, 0, VX_FORMAT_PNG, 32, 0, kKept}});
   const vx::Bitmap hardly = WithAlpha(1, 1, [](int, int) -> Pixel { return {0, 0, 0, 254}; });
-  ExpectChoices(hardly, {{"hardly soft", VX_FORMAT_CUR, 0, VX_FORMAT_CUR, 1, 0, VX_TRANSPARENCY_HARDENED}});
+  ExpectChoices(hardly, {{"hardly soft", VX_FORMAT_CUR, 1, VX_FORMAT_CUR, 1, 0, VX_TRANSPARENCY_HARDENED},
+                         {"and kept", VX_FORMAT_CUR, 0, VX_FORMAT_CUR, 32, 0, kKept}});
+  const vx::Bitmap hard = WithAlpha(4, 1, [](int x, int) -> Pixel {
+    return {0, 0, 0, static_cast<uint8_t>(x % 2 * 255)};
+  });
+  ExpectChoices(hard, {{"a mask keeps it", VX_FORMAT_ICO, 0, VX_FORMAT_ICO, 1, 0, kKept},
+                       {"bitmaps have none", VX_FORMAT_BMP, 0, VX_FORMAT_BMP, 32, 0, kKept}});
   const vx::Bitmap hidden = WithAlpha(40, 4, [](int x, int y) -> Pixel {
     return y == 0 ? Pixel{9, 9, 9, 255} : Pixel{static_cast<uint8_t>(x), 0, 0, 0};
   });
@@ -66,11 +75,13 @@ struct Refusal {
 };
 
 TEST(Plan, RefusesWhatAFormatHasNoRoomFor) {
-  const auto with = [](int format, int bits, int use565 = 0, int palette = 0, int dither = 0) {
-    return vx_save_options{format, bits, use565, palette, dither, 0};
+  const auto with = [](int format, int bits, int use565 = 0, int palette = 0, int dither = 0, int masks = 0,
+                       int dpi = 0) {
+    return vx_save_options{format, bits, use565, palette, dither, 0, 0, masks, dpi};
   };
   const Refusal refusals[] = {
-      {with(VX_FORMAT_ICO, 32), 8, VX_BAD_BPP, "it has 1, 4, 8, 24"},
+      {with(VX_FORMAT_ICO, 16), 8, VX_BAD_BPP, "it has 1, 4, 8, 24, 32"},
+      {with(VX_FORMAT_CUR, 32), 256, VX_BAD_DIMENSIONS, "255 x 255"},
       {with(VX_FORMAT_BMP_RLE, 16), 8, VX_BAD_BPP, "not go"},
       {with(VX_FORMAT_PNG, 16), 8, VX_BAD_BPP, "1, 4, 8, 24, 32"},
       {with(VX_FORMAT_BMP, 2), 8, VX_BAD_BPP, "2 bits"},
@@ -85,6 +96,14 @@ TEST(Plan, RefusesWhatAFormatHasNoRoomFor) {
       {with(VX_FORMAT_BMP, 8, 1), 8, VX_BAD_PARAMETER, "5-6-5"},
       {with(VX_FORMAT_BMP, 8, 0, 2), 8, VX_BAD_PARAMETER, "palette"},
       {with(VX_FORMAT_BMP, 8, 0, 0, -1), 8, VX_BAD_PARAMETER, "dither"},
+      {with(VX_FORMAT_BMP, 16, 0, 0, 0, 3), 8, VX_BAD_PARAMETER, "vx_masks"},
+      {with(VX_FORMAT_BMP, 32, 0, 0, 0, 1), 8, VX_BAD_PARAMETER, "16 bits"},
+      {with(VX_FORMAT_BMP, 16, 1, 0, 0, 1), 8, VX_BAD_PARAMETER, "5-6-5"},
+      {with(VX_FORMAT_OS2, 16, 0, 0, 0, 2), 8, VX_BAD_PARAMETER, "Windows bitmaps"},
+      {with(VX_FORMAT_BMP, 0, 0, 0, 0, 0, -1), 8, VX_BAD_PARAMETER, "dpi is -1"},
+      {with(VX_FORMAT_BMP, 0, 0, 0, 0, 0, 65536), 8, VX_BAD_PARAMETER, "65535"},
+      {with(VX_FORMAT_ICO, 0, 0, 0, 0, 0, 72), 8, VX_BAD_PARAMETER, "no resolution"},
+      {with(VX_FORMAT_OS2, 0, 0, 0, 0, 0, 72), 8, VX_BAD_PARAMETER, "no resolution"},
   };
   for (const Refusal& refusal : refusals) {
     const vx::Bitmap picture = Noise(refusal.width, 1, 8);

@@ -88,11 +88,17 @@ TEST_P(Replacing, ComesThroughEveryLackOfMemory) {
   const vx::Bitmap icon = WithAlpha(40, 40, [](int x, int y) -> Pixel {
     return {static_cast<uint8_t>(x), static_cast<uint8_t>(y), 0, static_cast<uint8_t>(6 * x)};
   });
-  for (const vx_format format : {VX_FORMAT_ICO, VX_FORMAT_VISTA_ICO, VX_FORMAT_PNG, VX_FORMAT_BMP_RLE}) {
+  for (const auto& [format, depth] : {std::pair(VX_FORMAT_ICO, 8),
+                                      {VX_FORMAT_VISTA_ICO, 8},
+                                      {VX_FORMAT_PNG, 8},
+                                      {VX_FORMAT_BMP_RLE, 8},
+                                      {VX_FORMAT_BMP, 32},
+                                      {VX_FORMAT_ICO, 32}}) {
     WriteFile(old_, "old");
-    EXPECT_GT(FailuresForWantOfMemory([&] { icon.Save(old_, vx::SaveOptions(format, 8)); },
-                                      [&] { ASSERT_EQ(ReadFile(old_), "old"); }),
-              2);
+    const vx::SaveOptions options(format, depth);
+    EXPECT_GT(
+        FailuresForWantOfMemory([&] { icon.Save(old_, options); }, [&] { ASSERT_EQ(ReadFile(old_), "old"); }),
+        2);
   }
 }
 

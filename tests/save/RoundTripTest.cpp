@@ -113,8 +113,15 @@ Pixel Ramp(int x, int y) {
 TEST_F(RoundTrip, TransparencyIsKeptWholeOrHardened) {
   const vx::Bitmap soft = WithAlpha(16, 6, Ramp);
   const std::vector<uint8_t> before = soft.Rgba();
-  for (const vx_format format : {VX_FORMAT_PNG, VX_FORMAT_VISTA_ICO}) {
-    EXPECT_EQ(LoadFrom(soft.Save(vx::SaveOptions(format)).Bytes()).Rgba(), before);
+  for (const vx_format format :
+       {VX_FORMAT_PNG, VX_FORMAT_VISTA_ICO, VX_FORMAT_BMP, VX_FORMAT_ICO, VX_FORMAT_CUR}) {
+    EXPECT_EQ(LoadFrom(soft.Save(vx::SaveOptions(format)).Bytes()).Rgba(), before) << format;
+    vx::SaveOptions dropped(format);
+    dropped.drop_alpha = 1;
+    EXPECT_EQ(soft.Plan(dropped).transparency, VX_TRANSPARENCY_LOST);
+    std::vector<uint8_t> opaque = before;
+    for (size_t i = 3; i < opaque.size(); i += 4) opaque[i] = 255;
+    EXPECT_EQ(LoadFrom(soft.Save(dropped).Bytes()).Rgba(), opaque) << format;
   }
   for (const vx_format format : {VX_FORMAT_ICO, VX_FORMAT_CUR, VX_FORMAT_PNG, VX_FORMAT_VISTA_ICO}) {
     for (const int depth : {4, 8, 24}) {
@@ -137,6 +144,115 @@ TEST_F(RoundTrip, TransparencyIsKeptWholeOrHardened) {
   EXPECT_EQ(soft.Rgba(), before) << "the picture itself stays as it is";
 }
 
+TEST_F(RoundTrip, SixteenBitsHaveAlphaWhereAskedFor) {
+  const vx::Bitmap soft = WithAlpha(16, 6, Ramp);  // every alpha is a multiple of 16, hardly any of 17
+  vx::SaveOptions options(VX_FORMAT_BMP);
+  const std::vector<uint8_t> before = soft.Rgba();
+  const auto saved = [&](int masks) {
+    options.masks = masks;
+    return LoadFrom(soft.Save(options).Bytes()).Rgba();
+  };
+  const std::vector<uint8_t> fours = saved(VX_MASKS_4444);
+  const std::vector<uint8_t> fives = saved(VX_MASKS_1555);
+  for (size_t i = 0; i < before.size(); ++i) {
+    ASSERT_EQ(fours[i], (before[i] + 8) / 17 * 17) << i;
+    const bool isAlpha = i % 4 == 3;
+    ASSERT_LE(std::abs(fives[i] - (isAlpha ? before[i] / 128 * 255 : before[i])), isAlpha ? 0 : 4) << i;
+  }
+  EXPECT_EQ(soft.Plan(options).transparency, VX_TRANSPARENCY_HARDENED);
+  options.masks = VX_MASKS_4444;
+  EXPECT_EQ(soft.Plan(options).transparency, VX_TRANSPARENCY_KEPT);
+  EXPECT_EQ(soft.Plan(options).colors_lost, 1);
+  const vx::Bitmap fitting = LoadFrom(soft.Save(options).Bytes());
+  EXPECT_EQ(fitting.Plan(options).colors_lost, 0);
+  EXPECT_EQ(LoadFrom(fitting.Save(options).Bytes()).Rgba(), fours);
+}
+
+/// Bytes from hexadecimal digits; what stands between them does not count.
+std::vector<uint8_t> Hex(const std::string& text) {
+  std::vector<uint8_t> bytes;
+  for (size_t i = 0; i < text.size(); i += text[i] == ' ' ? 1U : 2U) {
+    if (text[i] != ' ') bytes.push_back(static_cast<uint8_t>(std::stoi(text.substr(i, 2), nullptr, 16)));
+  }
+  return bytes;
+}
+
+TEST_F(RoundTrip, FilesWithAlphaAreByteForByteAsCommonToolsHaveThem) {
+  const vx::Bitmap column = WithAlpha(1, 2, [](int, int y) -> Pixel {
+    return y == 0 ? Pixel{0x11, 0x22, 0x33, 0x80} : Pixel{0x44, 0x55, 0x66, 0x7F};
+  });
+  const std::string noFields = std::string(4 * 12 * 2, '0');  // end points and gamma
+  struct Expected {
+    const char* what;
+    vx::SaveOptions options;
+    std::string bytes;
+  };
+  Expected files[] = {
+      {"a page and its mask, from below", vx::SaveOptions(VX_FORMAT_ICO),
+       "0000 0100 0100  01 02 00 00 0100 2000 38000000 16000000"
+       "28000000 01000000 04000000 0100 2000 00000000 10000000 00000000 00000000 00000000 00000000"
+       "6655447F 33221180 80000000 00000000"},
+      {"a hot spot stands where planes and depth are", vx::SaveOptions(VX_FORMAT_CUR),
+       "0000 0200 0100  01 02 00 00 0000 0000 38000000 16000000"
+       "28000000 01000000 04000000 0100 2000 00000000 10000000 00000000 00000000 00000000 00000000"
+       "6655447F 33221180 80000000 00000000"},
+      {"four masks, sRGB, 72 dots per inch", vx::SaveOptions(VX_FORMAT_BMP),
+       "424D 92000000 00000000 8A000000"
+       "7C000000 01000000 02000000 0100 2000 03000000 08000000 130B0000 130B0000 00000000 00000000"
+       "0000FF00 00FF0000 FF000000 000000FF 42475273" +
+           noFields + "04000000 00000000 00000000 00000000 6655447F 33221180"},
+      {"4-4-4-4, rows of whole words", vx::SaveOptions(VX_FORMAT_BMP),
+       "424D 92000000 00000000 8A000000"
+       "7C000000 01000000 02000000 0100 1000 03000000 08000000 130B0000 130B0000 00000000 00000000"
+       "000F0000 F0000000 0F000000 00F00000 42475273" +
+           noFields + "04000000 00000000 00000000 00000000 5674 0000 2381 0000"},
+  };
+  files[2].options.dpi = files[3].options.dpi = 72;
+  files[3].options.masks = VX_MASKS_4444;
+  for (const Expected& expected : files) {
+    const vx::Buffer file = column.Save(expected.options);
+    EXPECT_EQ(std::vector<uint8_t>(file.Bytes().begin(), file.Bytes().end()), Hex(expected.bytes))
+        << expected.what;
+  }
+}
+
+TEST_F(RoundTrip, AResolutionThatIsAskedForIsStated) {
+  const vx::Bitmap opaque = Noise(5, 5, 8);
+  for (const vx_format format : {VX_FORMAT_BMP, VX_FORMAT_BMP_RLE, VX_FORMAT_OS2_2, VX_FORMAT_PNG}) {
+    vx::SaveOptions options(format);
+    options.dpi = 300;
+    const vx::Buffer file = opaque.Save(options);
+    EXPECT_EQ(vx::Source::Memory(file.Bytes()).Describe().y_dpi, 300) << format;
+  }
+}
+
+/// Names of the remarks of the last call.
+std::string Remarks() {
+  int count = 0;
+  const vx_remark* remark = vx_remarks(&count);
+  std::string names;
+  for (int i = 0; i < count; ++i) {
+    names += vx_remark_name(remark[i].code) + (" " + std::to_string(remark[i].page)) + " " +
+             std::to_string(remark[i].first) + ";";
+  }
+  return names;
+}
+
+TEST_F(RoundTrip, WhatASaveLosesItRemarksOn) {
+  const vx::Bitmap soft = WithAlpha(40, 20, Ramp);
+  (void)soft.Save(vx::SaveOptions(VX_FORMAT_BMP));
+  EXPECT_EQ(Remarks(), "");
+  (void)soft.Save(vx::SaveOptions(VX_FORMAT_OS2, 4));
+  EXPECT_EQ(Remarks(), "alpha-dropped 0 0;colors-lost 0 4;");
+  const Folder folder;
+  soft.Save(folder / "a.cur", vx::SaveOptions(VX_FORMAT_CUR, 24));
+  EXPECT_EQ(Remarks(), "alpha-hardened 0 0;");
+  const vx::SaveOptions few(VX_FORMAT_CUR, 1);
+  vx::Edit edit(folder / "a.cur");
+  edit.Add(soft, &few);
+  EXPECT_EQ(Remarks(), "alpha-hardened 2 0;colors-lost 2 1;");
+}
+
 TEST_F(RoundTrip, RegionsBecomeMasksAndAlphaAndComeBack) {
   const vx::Bitmap hard = WithAlpha(9, 4, [](int x, int y) -> Pixel {
     if ((x + y) % 3 == 0) return {0, 0, 0, 0};
@@ -146,8 +262,9 @@ TEST_F(RoundTrip, RegionsBecomeMasksAndAlphaAndComeBack) {
   const vx::Bitmap icon = LoadFrom(hard.Save(vx::SaveOptions(VX_FORMAT_ICO)).Bytes());
   ASSERT_EQ(icon.Describe().has_region, 1);
   ASSERT_EQ(icon.Rgba(), hard.Rgba());
+  ASSERT_EQ(LoadFrom(icon.Save(vx::SaveOptions(VX_FORMAT_BMP)).Bytes()).Rgba(), hard.Rgba());
   for (const vx_format format : {VX_FORMAT_CUR, VX_FORMAT_PNG, VX_FORMAT_VISTA_ICO}) {
-    for (const int depth : {0, 4, 8, 24}) {
+    for (const int depth : {0, 4, 8, 24, 32}) {
       const vx::Bitmap again = LoadFrom(icon.Save(vx::SaveOptions(format, depth)).Bytes());
       const std::vector<uint8_t> before = icon.Rgba();
       const std::vector<uint8_t> after = again.Rgba();

@@ -44,6 +44,12 @@ vx::Bitmap WithAlpha(int width, int height, const std::function<Pixel(int x, int
   return vx::Bitmap::FromRgba(width, height, rgba.data());
 }
 
+vx::Bitmap Soft(int side) {
+  return WithAlpha(side, side, [](int x, int y) -> Pixel {
+    return {static_cast<uint8_t>(7 * x), static_cast<uint8_t>(y), 5, static_cast<uint8_t>(1 + 9 * x)};
+  });
+}
+
 vx::Bitmap Colors24(int width, int height, int colors) {
   const vx::Bitmap opaque = WithAlpha(width, height, [=](int x, int y) -> Pixel {
     const int color = (y * width + x) % colors;

@@ -19,6 +19,8 @@ struct Pixel {
 };
 /// A 32-bit picture with an alpha channel.
 vx::Bitmap WithAlpha(int width, int height, const std::function<Pixel(int x, int y)>& pixelAt);
+/// One whose alpha rises from left to right.
+vx::Bitmap Soft(int side);
 
 /// Its pixels as 24-bit ones without transparency, of at most `colors` different colours.
 vx::Bitmap Colors24(int width, int height, int colors);
