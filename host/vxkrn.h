@@ -249,8 +249,7 @@ typedef int (*LOADPNGFROMMEMORY)(unsigned char* buffer, _BITMAPHANDLE* bitmap, u
                                  int bitsPerPixel, int reserved1, unsigned int bufferSize, int reserved0,
                                  IMAGEINFO* info);
 
-/** Describes the PNG stream of bufferSize bytes at buffer in info, a cleared record of infoRecordSize bytes.
- */
+/** Describes the PNG stream of bufferSize bytes at buffer in info: infoRecordSize bytes, cleared. */
 typedef int (*GETPNGINFOFROMMEMORY)(unsigned char* buffer, IMAGEINFO* info, unsigned int infoRecordSize,
                                     unsigned int bufferSize, int reserved0, int reserved1);
 
@@ -468,13 +467,14 @@ int VX_MemoryCompare(const void* first, const void* second, unsigned int count);
  * @return STATUS_OK, or STATUS_BAD_PARAMETER, STATUS_BAD_DIMENSIONS or STATUS_BAD_BPP.
  */
 int VX_InitBitmap(_BITMAPHANDLE* bitmap, unsigned int recordSize, int width, int height, int bitsPerPixel);
-/** Gives bitmap zeroed pixel memory; option is BITMAP_ALLOCATE_PIXELS. @return STATUS_OK or STATUS_NO_MEMORY.
- */
+/** Gives bitmap zeroed pixels; option is BITMAP_ALLOCATE_PIXELS. @return STATUS_OK or STATUS_NO_MEMORY. */
 int VX_AllocateBitmap(_BITMAPHANDLE* bitmap, int option);
 /** Releases pixels, palette and region. The record itself stays its owner's, empty again. */
 void VX_FreeBitmap(_BITMAPHANDLE* bitmap);
-/** Opens bitmap for row access; option is BITMAP_ACCESS_ROWS. Every success is matched by one
- * VX_IntReleaseBitmap. */
+/**
+ * Opens bitmap for row access; option is BITMAP_ACCESS_ROWS. Every success is matched by one
+ * VX_IntReleaseBitmap.
+ */
 int VX_IntAccessBitmap(_BITMAPHANDLE* bitmap, int option);
 /**
  * Ends row access; option is BITMAP_RELEASE_ROWS. @return status as passed, unless ending the access itself
