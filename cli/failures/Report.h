@@ -19,7 +19,7 @@ void ReportFailure(const vx::Error& error, const Circumstances& circumstances);
 /// "vxbmp: message"
 void ReportMessage(std::string_view message);
 
-/// The same, as long as standard error is a terminal: for what is good to know and nothing wrong.
+/// The same, but only where standard error is a terminal: for remarks on what went well.
 void Remark(std::string_view message);
 
 }  // namespace cli

@@ -131,13 +131,13 @@ class Decision {
   }
 
  private:
-  /// Whether no depth of the format keeps more. The deepest keeps every colour, and below that of PNG with
-  /// alpha the transparency's fate is the same at all of them.
+  /// Whether no depth of the format keeps more: every colour stays. Transparency fares the same at all depths
+  /// but the 32 bits of PNG, and pictures that need those do not get here.
   [[nodiscard]] bool IsGood(int depth) const {
     const bool isUnusedAlpha = depth == 32 && options_.format == FMT_PNG;
     if (!depths_.Has(depth) || isUnusedAlpha) return false;
     RowTarget target = TargetAt(depth);
-    target.usesFixedPalette = false;  // which is no reason to do without a palette
+    target.usesFixedPalette = false;  // asking for the fixed palette does not rule palettes out
     return KeepsColors(census_, target);
   }
 
