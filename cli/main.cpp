@@ -14,8 +14,8 @@
 
 namespace {
 
-/// A file opened later must not get the number of a standard stream that was closed. What takes the place
-/// of the stream fails as a closed one does: a descriptor that is open the wrong way round.
+/// A file opened later must not get the number of a standard stream that was closed. So each closed one gets
+/// a descriptor that is open the wrong way round: using it fails, as using a closed stream does.
 void OccupyClosedStreams() {
   constexpr std::array<int, 3> kWrongWayRound{O_WRONLY, O_RDONLY, O_RDONLY};
   for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
@@ -28,7 +28,7 @@ cli::ExitCode Run(int argc, char** argv) {
   try {
     return cli::CommandLine().Run(argc, argv);
   } catch (const cli::OutputClosed&) {
-    // Whoever closed it knows.
+    // Nothing to report: whoever closed the pipe knows.
   } catch (const std::bad_alloc&) {
     cli::ReportMessage("memory ran out");
   } catch (const std::exception& error) {
@@ -42,7 +42,7 @@ cli::ExitCode Run(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     OccupyClosedStreams();
-    // Both are told by the write that fails as well, and that leaves time to clean up.
+    // With these signals ignored the write fails instead, which leaves time to clean up.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     std::setlocale(LC_CTYPE, "C.UTF-8");

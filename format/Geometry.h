@@ -43,8 +43,8 @@ constexpr uint64_t PictureBytes(int width, int height, int bitsPerPixel) {
   return static_cast<uint64_t>(Stride(width, bitsPerPixel)) * static_cast<uint64_t>(height);
 }
 
-/// The stride for sizes that nobody has looked at, as the filter's function of that purpose answers it. Depth
-/// 2 is computed though no image has it; 0 for others.
+/// The stride for sizes that were not checked, as the filter's GetBytesPerLine answers it. Depth 2 is
+/// computed, though no image has it; any other unknown depth gives 0.
 constexpr int WrappedStride(int bitsPerPixel, int width) {
   const auto padded = [](int bytes) { return WrapAdd(bytes, 3) & ~3; };
   switch (bitsPerPixel) {

@@ -51,7 +51,7 @@ inline constexpr SaveRule kSaveRules[] = {
     {FMT_VISTA_ICO, SAVETYPE_OS2_2, DepthsOf(1, 4, 8, 24, 32), 256},
 };
 
-/// Formats of no row of their own are written like OS/2 2.x bitmaps.
+/// Formats without a row above are written like OS/2 2.x bitmaps.
 inline constexpr SaveRule kOtherFormats = {0, SAVETYPE_OS2_2, DepthsOf(1, 4, 8, 24), 0};
 
 constexpr const SaveRule& SaveRuleOf(int format) {

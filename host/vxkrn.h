@@ -249,8 +249,7 @@ typedef int (*LOADPNGFROMMEMORY)(unsigned char* buffer, _BITMAPHANDLE* bitmap, u
                                  int bitsPerPixel, int reserved1, unsigned int bufferSize, int reserved0,
                                  IMAGEINFO* info);
 
-/** Describes the PNG stream of bufferSize bytes at buffer in info, a cleared record of infoRecordSize bytes.
- */
+/** Describes the PNG stream of bufferSize bytes at buffer in info: infoRecordSize bytes, cleared. */
 typedef int (*GETPNGINFOFROMMEMORY)(unsigned char* buffer, IMAGEINFO* info, unsigned int infoRecordSize,
                                     unsigned int bufferSize, int reserved0, int reserved1);
 
@@ -370,8 +369,8 @@ typedef struct DISPLAYOPTIONS {
 
 /**
  * Draws bitmap as text for a terminal, in its proportions. What is outside the region, or transparent by the
- * bitmap's alpha channel, shows the terminal's background. What the terminal takes is told by the
- * environment. The caller frees *text, *size bytes without a closing 0, with VX_LocalFree.
+ * bitmap's alpha channel, shows the terminal's background. The environment tells what the terminal takes. The
+ * caller frees *text, *size bytes without a closing 0, with VX_LocalFree.
  */
 typedef int (*DISPLAYDRAW)(_BITMAPHANDLE* bitmap, const DISPLAYOPTIONS* options, char** text,
                            unsigned int* size);
@@ -439,8 +438,8 @@ int VX_RedirectedClose(HANDLE file);
 
 /**
  * Allocates count elements of size bytes, tagged with the place that asked.
- * @return memory aligned for any type, never null for 0 bytes; null when the product overflows, the
- * limit is reached or there is none. Goes back through VX_LocalFree.
+ * @return memory aligned for any type, never null for 0 bytes; null when the product overflows, the limit is
+ * reached or memory runs out. Goes back through VX_LocalFree.
  */
 void* VX_LocalAlloc(unsigned int count, unsigned int size, int line, const char* file);
 /** As VX_LocalAlloc, with every byte 0. */
@@ -468,13 +467,14 @@ int VX_MemoryCompare(const void* first, const void* second, unsigned int count);
  * @return STATUS_OK, or STATUS_BAD_PARAMETER, STATUS_BAD_DIMENSIONS or STATUS_BAD_BPP.
  */
 int VX_InitBitmap(_BITMAPHANDLE* bitmap, unsigned int recordSize, int width, int height, int bitsPerPixel);
-/** Gives bitmap zeroed pixel memory; option is BITMAP_ALLOCATE_PIXELS. @return STATUS_OK or STATUS_NO_MEMORY.
- */
+/** Gives bitmap zeroed pixels; option is BITMAP_ALLOCATE_PIXELS. @return STATUS_OK or STATUS_NO_MEMORY. */
 int VX_AllocateBitmap(_BITMAPHANDLE* bitmap, int option);
 /** Releases pixels, palette and region. The record itself stays its owner's, empty again. */
 void VX_FreeBitmap(_BITMAPHANDLE* bitmap);
-/** Opens bitmap for row access; option is BITMAP_ACCESS_ROWS. Every success is matched by one
- * VX_IntReleaseBitmap. */
+/**
+ * Opens bitmap for row access; option is BITMAP_ACCESS_ROWS. Every success is matched by one
+ * VX_IntReleaseBitmap.
+ */
 int VX_IntAccessBitmap(_BITMAPHANDLE* bitmap, int option);
 /**
  * Ends row access; option is BITMAP_RELEASE_ROWS. @return status as passed, unless ending the access itself
@@ -522,8 +522,8 @@ int VX_OsFreeHandle(void* handle, int line, const char* file);
 
 /**
  * Fills the display dispatch. @return STATUS_OK; STATUS_NO_DISPLAY_LIBRARY while VXDIS.so is not loaded;
- * STATUS_BAD_PARAMETER for null or a record of another size; STATUS_NOT_SUPPORTED for a VXDIS.so that is
- * none. The functions in the record stay valid: once they were handed out the library is not unloaded.
+ * STATUS_BAD_PARAMETER for null or a record of another size; STATUS_NOT_SUPPORTED for a VXDIS.so that cannot
+ * draw. The functions in the record stay valid: once they were handed out the library is not unloaded.
  */
 int VX_GetDisDispatch(_DISDISPATCH* dispatch);
 /**

@@ -31,7 +31,7 @@ struct Argument {
   Takes takes = Takes::Many;  ///< for lists
 };
 
-/// An argument as it was declared. Of the targets it has one or, where the parser itself acts on it, none.
+/// An argument as it was declared, with one target; without any where the parser itself acts on it.
 struct Declared {
   Argument argument;
   bool* flag = nullptr;

@@ -71,7 +71,7 @@ class Selector {
     if (!isThere && pages_.size() == before) FailToFind(item);
   }
 
-  /// A page that cannot be described is of no size.
+  /// A page that cannot be described matches no size.
   [[nodiscard]] bool IsOfSize(int page, int width, int height, int bits) const try {
     const vx_info info = source_.Describe(page);
     return info.width == width && info.height == height && (bits == 0 || info.bits_per_pixel == bits);

@@ -15,7 +15,7 @@ class PaletteArgument {
   /// Adds the option to a command. The object must stay where it is until the arguments are parsed.
   void Declare(Arguments& command);
 
-  /// @return the file named; "" for none. @throws UsageError where two are
+  /// @return the file named; "" where none is. @throws UsageError where two files are named
   [[nodiscard]] std::string File() const;
   /// @throws UsageError where both words are given
   [[nodiscard]] vx_palette ForOutput() const;

@@ -32,7 +32,7 @@ class RawArguments {
   /// @throws UsageError where the values make no sense, FileError where the palette cannot be read.
   std::unique_ptr<RawDescription> Describe() const;
 
-  /// --palette, of which this only takes the file.
+  /// --palette. The file that it may name is read here; its words are about OUT.
   [[nodiscard]] const PaletteArgument& Palette() const { return palette_; }
 
  private:

@@ -53,7 +53,7 @@ vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescripti
   return options;
 }
 
-/// Whatever the names and links they were reached by. Devices are no files in this sense.
+/// Compares files, not names, so links are seen through. Devices do not count: they may be read and written.
 bool AreSameFile(const std::string& one, const std::string& other) {
   struct stat first {};
   struct stat second {};

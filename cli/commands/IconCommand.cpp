@@ -102,7 +102,7 @@ void FindPages(Image& image, std::vector<Original>& originals) {
   });
 }
 
-/// The usual sizes, but none that would have to be made up.
+/// The usual sizes, without those larger than every picture: their details would have to be made up.
 std::vector<int> SizesFor(const std::vector<Original>& originals) {
   std::vector<int> sizes = {16, 24, 32, 48, 64, 128, 256};
   const int largest = originals.back().side;
@@ -119,7 +119,7 @@ const Original& OriginalFor(const std::vector<Original>& originals, int size) {
   return enough == originals.end() ? originals.back() : *enough;
 }
 
-/// A picture while pages are made from it. One that is no page itself goes at once.
+/// A picture while pages are made from it. It is kept whole only if it can be a page itself.
 class Picture {
  public:
   explicit Picture(vx::Bitmap picture) : resizable_(picture) {
@@ -193,7 +193,8 @@ class IconMaker {
                      [](const Original& a, const Original& b) { return a.side < b.side; });
   }
 
-  /// Sizes ascend, and what they are made from with them: no picture is needed again after another one.
+  /// Sizes ascend, and so do the pictures they are made from: a picture is not needed again once the next one
+  /// is loaded.
   const Picture& PictureFor(int size) {
     const Original* original = &OriginalFor(originals_, size);
     if (picture_ && original->image == loaded_.image && original->page == loaded_.page) return *picture_;

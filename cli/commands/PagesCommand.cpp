@@ -26,7 +26,7 @@ struct ListArguments {
   bool json = false;
 };
 
-/// What is known of a page: of one that is damaged, only where it is said to lie.
+/// What is known of a page. Of a damaged one that is only the place that the directory names.
 struct Page {
   int number;
   vx_page_info place;
@@ -121,7 +121,7 @@ ExitCode List(const ListArguments& arguments) try {
   return kExitFailed;
 }
 
-/// The commands below have a file of their own, so one before their name is too many.
+/// The commands below take their own file, so a file before their name is one too many.
 void RefuseListArguments(const ListArguments& arguments) {
   if (!arguments.file.empty()) throw UsageError(Printable(arguments.file) + " is a word too many");
   if (arguments.json) throw UsageError("--json is for the list of pages");

@@ -79,7 +79,7 @@ int ParseIconDepth(const std::string& bits) {
 bool IsCursorFile(const std::string& file) try {
   return vx::Source::File(file).DescribeDirectory().is_cursor != 0;
 } catch (const vx::Error&) {
-  return false;  // what is wrong with it the edit says
+  return false;  // the edit says what is wrong with it
 }
 
 /// How pictures become pages: as the library sees fit, unless the arguments say more.

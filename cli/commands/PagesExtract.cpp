@@ -42,7 +42,7 @@ std::string NameFor(const ExtractArguments& arguments, const vx_info& info) {
   return name;
 }
 
-/// Takes out what can be taken out; a bad page is told of and keeps no other from it.
+/// Takes out what can be taken out. A bad page is reported and does not stop the others.
 class Extraction {
  public:
   Extraction(const ExtractArguments& arguments, const vx::Source& source)

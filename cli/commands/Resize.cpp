@@ -1,4 +1,4 @@
-// The resizer counts in int and tabulates whole sides, so it never sees a side as long as files have them.
+// The resizer counts in int and tabulates whole sides, so it is never given a side as long as files may have.
 #include "commands/Resize.h"
 
 #include <stb/stb_image_resize.h>
@@ -12,8 +12,8 @@
 namespace cli {
 namespace {
 
-/// Eight pixels of it, and never less than four, make one of the largest page: what was averaged before shows
-/// in none.
+/// The largest page has 256 pixels, so eight pixels, and never fewer than four, make one of it: nobody sees
+/// that the picture was made smaller once before.
 constexpr int kLongestSide = 2048;
 
 }  // namespace

@@ -39,7 +39,7 @@ bool TakesFiles(const Place& place) {
                      [](const OfferedArgument& argument) { return argument.value.isFile; });
 }
 
-/// What is no option and no file.
+/// Words that are neither options nor files.
 std::vector<std::string> PlainWords(const Place& place) {
   std::vector<std::string> words;
   for (const OfferedCommand& command : place.commands) words.push_back(command.name);
@@ -185,7 +185,8 @@ std::string ZshFunction(const Place& place) {
 std::string ZshScript(const std::vector<Place>& places) {
   std::string script = "#compdef vxbmp\n# vxbmp in zsh; \"vxbmp completions zsh\" wrote this\n";
   for (const Place& place : places) script += ZshFunction(place);
-  // Loaded by its name it is to complete at once, read from a file it is to be told to the shell.
+  // When zsh loads the script as the function _vxbmp, it completes at once; when a user sources it, it
+  // registers that function.
   return script + R"(
 if [[ $funcstack[1] == _vxbmp ]]; then
   _vxbmp "$@"

@@ -83,11 +83,12 @@ std::vector<Place> PlacesOf(const Arguments& top) {
   Collect(top, places);
   for (size_t i = 1; i < places.size(); ++i) {
     for (const OfferedOption& option : places.front().options) {
-      // They hold everywhere, but those without a value, such as --version, want to be alone.
+      // The program's options may stand with any command, but those without a value, such as --version, stand
+      // alone.
       if (!option.value.name.empty()) places[i].options.push_back(option);
     }
   }
-  // The one command that the parser does not know as such.
+  // The parser does not know help as a command.
   Place help = {.path = "help", .commands = {}, .options = {}, .arguments = {}};
   help.arguments.push_back({{"COMMAND", {}, false}, false});
   for (const OfferedCommand& command : places.front().commands) {

@@ -1,9 +1,9 @@
 // What a shell offers while somebody types a vxbmp command. Read off what the commands declare, so that it
 // cannot lag behind them.
 //
-// What an option or argument takes is in what it offers or, where that is empty, in what the help calls its
-// value: words and FILE, with | between them, such as auto|fixed|FILE. Capitals stand for what nobody can
-// list, but FILE, IMAGE, IN and OUT are names of files.
+// The values of an option or argument are read from what it offers or, where that is empty, from what the
+// help calls its value: words and FILE, with | between them, such as auto|fixed|FILE. FILE, IMAGE, IN and OUT
+// stand for names of files; other words in capitals stand for values that cannot be listed.
 #pragma once
 
 #include <string>

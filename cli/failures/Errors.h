@@ -1,4 +1,4 @@
-// What can go wrong on the way to a result, and the exit codes it leads to. Says nothing to anyone itself.
+// What can go wrong on the way to a result, and the exit codes it leads to. Prints nothing.
 #pragma once
 
 #include <stdexcept>
@@ -37,7 +37,7 @@ class FileError : public std::runtime_error {
 /// one, or else what the status means.
 std::string ProblemOf(const vx::Error& error);
 
-/// Nobody reads what is written any more: a reason to stop, not one to talk about.
+/// The reader of our output has gone. The command stops and reports nothing.
 class OutputClosed : public std::runtime_error {
  public:
   OutputClosed() : std::runtime_error("the output was closed") {}

@@ -39,7 +39,7 @@ void Print(const std::string& line) {
   std::fputs(line.c_str(), stderr);
 }
 
-/// Whether the text begins with the file's name as a name: what follows is no part of another word.
+/// Whether the text begins with the file's name, and not with a longer word that begins like it.
 bool NamesFile(std::string_view text, std::string_view file) {
   if (!text.starts_with(file)) return false;
   text.remove_prefix(file.size());

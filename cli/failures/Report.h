@@ -22,7 +22,7 @@ void ReportMessage(std::string_view message);
 /// "vxbmp: FILE: remark" for everything that the last load or save has to remark.
 void ReportRemarks(std::string_view file);
 
-/// The same, as long as standard error is a terminal: for what is good to know and nothing wrong.
+/// The same, but only where standard error is a terminal: for remarks on what went well.
 void Remark(std::string_view message);
 
 }  // namespace cli

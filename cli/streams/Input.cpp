@@ -31,7 +31,7 @@ class Stream {
   Stream(const Stream&) = delete;
   Stream& operator=(const Stream&) = delete;
 
-  /// Of a Stream `user`. @return the bytes read; 0 at the end, below 0 on an error.
+  /// A vx_read_function; `user` is the Stream. @return the bytes read; 0 at the end, below 0 on an error.
   static int64_t Read(void* user, void* buffer, uint32_t size) {
     const auto* stream = static_cast<const Stream*>(user);
     ssize_t count = 0;

@@ -12,7 +12,7 @@ namespace cli {
 /// @return the name of an input for messages: "standard input" for "-".
 std::string InputName(const char* path);
 
-/// Whether a name stands for what can be read but once: a pipe, a device, a socket, or "-".
+/// Whether a name stands for what can be read only once: a pipe, a device, a socket, or "-".
 bool IsStream(const char* path);
 
 /// @return the bytes of a file, a pipe, or standard input for "-", but at most the first `most`,
@@ -22,8 +22,8 @@ std::vector<uint8_t> ReadUpTo(const char* path, size_t most);
 /// What a file is taken for.
 enum class Content { Picture, Headerless };
 
-/// An opened image file. What cannot be read twice, a pipe or standard input, is taken into the library's
-/// memory, and not to its end where its first bytes are those of no picture.
+/// An opened image file. A pipe or standard input, which cannot be read twice, is read into the library's
+/// memory. Reading stops early where the first bytes are those of no picture.
 class Input {
  public:
   /// @throws vx::Error, FileError

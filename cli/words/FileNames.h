@@ -6,8 +6,8 @@
 
 namespace cli {
 
-/// @return the last dot of the name and what follows, in lower case; "" where no dot is, or one that begins
-/// the name.
+/// @return the last dot of the name and what follows, in lower case; "" where there is no dot, or only the
+/// one that begins the name.
 std::string EndingOf(std::string_view path);
 
 /// @return the name without its folder and its ending.

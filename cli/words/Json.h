@@ -15,11 +15,11 @@ class JsonLine {
   /// @param text any bytes; those that are not UTF-8 are told as \xNN
   void Add(std::string_view name, std::string_view text);
   void Add(std::string_view name, std::integral auto number) { AddRaw(name, std::to_string(number)); }
-  /// An array of both.
+  /// Adds an array of the two numbers.
   void Add(std::string_view name, std::pair<int, int> point);
 
-  /// Tells of which file the line speaks. JSON has no way to hold a name that is not UTF-8: of such a one
-  /// "file" is for people, with \xNN for what is none, and "file_bytes" has all its bytes, two hexadecimal
+  /// Names the file that the line is about. JSON cannot hold a name that is not UTF-8: "file" is then for
+  /// people, with \xNN for every byte that is not UTF-8, and "file_bytes" has all bytes, two hexadecimal
   /// digits each.
   void AddFile(std::string_view file);
   /// Adds "error", "status" and "message".

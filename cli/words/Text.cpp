@@ -45,7 +45,7 @@ CodePoint Decode(std::string_view text) {
   return IsShortestForm(point) ? point : CodePoint{};
 }
 
-/// Takes the character away from the front of `text`, or the byte that is none.
+/// Takes the first character off `text`, or one byte where no character begins.
 std::string_view Take(std::string_view& text, const CodePoint& point) {
   const std::string_view character = text.substr(0, std::max<size_t>(point.length, 1));
   text.remove_prefix(character.size());

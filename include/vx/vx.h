@@ -39,7 +39,7 @@
 extern "C" {
 #endif
 
-/* ---- Statuses ---------------------------------------------------------------------------------- */
+/* ---- Statuses ---- */
 
 typedef enum vx_status {
   VX_OK = 1,                   /**< it worked */
@@ -169,8 +169,7 @@ VX_API int vx_error_reason(void);
 VX_API void vx_last_error(vx_error_info* info);
 /** @return the reason's name, such as "ends-early"; "unknown" for any other number. */
 VX_API const char* vx_reason_name(int reason);
-/** @return one sentence that says what to do about it; "" where there is nothing to be done, or no such
- * reason. */
+/** @return one sentence that says what to do about it; "" where nothing can be done, and for other numbers */
 VX_API const char* vx_reason_advice(int reason);
 /**
  * Whether this thread's last failed call was a vx_load that found headers and palette whole, but not all the
@@ -179,7 +178,7 @@ VX_API const char* vx_reason_advice(int reason);
  */
 VX_API int vx_error_rows_missing(void);
 
-/* ---- Remarks ------------------------------------------------------------------------------------- */
+/* ---- Remarks ---- */
 
 /** What went well, but not whole or not as the file says. first and second are numbers of vx_remark. */
 typedef enum vx_remark_code {
@@ -231,7 +230,7 @@ VX_API const char* vx_remark_name(int code);
  */
 VX_API const char* vx_remark_text(int code);
 
-/* ---- What a file holds --------------------------------------------------------------------------- */
+/* ---- What a file holds ---- */
 
 typedef enum vx_format {
   VX_FORMAT_BMP = 6,      /**< Windows bitmap, uncompressed or bit fields */
@@ -281,7 +280,7 @@ typedef struct vx_info {
   char compression[20]; /**< "Run Length", "PNG", or "" for none */
 } vx_info;
 
-/* ---- Sources ---------------------------------------------------------------------------------------- */
+/* ---- Sources ---- */
 
 /** A file or memory block that images are read from. */
 typedef struct vx_source vx_source;
@@ -333,7 +332,7 @@ VX_API int vx_describe(vx_source* source, int page, vx_info* info);
  */
 VX_API int vx_best_page(vx_source* source, int width, int* page);
 
-/* ---- Loading ------------------------------------------------------------------------------------------ */
+/* ---- Loading ---- */
 
 /** Description of headerless pixel data. */
 typedef struct vx_raw {
@@ -388,8 +387,7 @@ VX_API int vx_load(vx_source* source, const vx_load_options* options, vx_bitmap*
 /** Frees a bitmap; null does nothing. */
 VX_API void vx_bitmap_free(vx_bitmap* bitmap);
 
-/* ---- Pictures --------------------------------------------------------------------------------------------
- */
+/* ---- Pictures ---- */
 
 /** What the numbers of a bitmap's pixels mean. */
 typedef enum vx_color_space {
@@ -467,7 +465,7 @@ VX_API int vx_bitmap_encode_png(const vx_bitmap* bitmap, uint8_t** png, size_t* 
 /** Frees what the library allocated for the caller; null does nothing. */
 VX_API void vx_free(void* memory);
 
-/* ---- Saving -------------------------------------------------------------------------------------------- */
+/* ---- Saving ---- */
 
 /** What a format can hold. */
 typedef struct vx_format_limits {
@@ -562,8 +560,7 @@ VX_API int vx_save_file(const vx_bitmap* bitmap, const char* path, const vx_save
 VX_API int vx_save_memory(const vx_bitmap* bitmap, const vx_save_options* options, uint8_t** bytes,
                           size_t* size);
 
-/* ---- Pages of icon and cursor files -----------------------------------------------------------------------
- */
+/* ---- Pages of icon and cursor files ---- */
 
 /** What an icon or cursor file says of itself, whatever its pages are like. */
 typedef struct vx_directory_info {
@@ -627,8 +624,7 @@ VX_API int vx_edit_page_count(vx_edit* edit, int* count);
 VX_API int vx_edit_add(vx_edit* edit, const vx_bitmap* bitmap, const vx_save_options* options);
 /** Inserts a page so that it becomes page `page`, from 1 to the number of pages and one. */
 VX_API int vx_edit_insert(vx_edit* edit, int page, const vx_bitmap* bitmap, const vx_save_options* options);
-/** Replaces a page; a cursor's keeps the hot spot that it had. The old body stays in the file until it is
- * compacted. */
+/** Replaces a page; a cursor's keeps its hot spot. The old body stays in the file until it is compacted. */
 VX_API int vx_edit_replace(vx_edit* edit, int page, const vx_bitmap* bitmap, const vx_save_options* options);
 /** Deletes a page; the only one of a file cannot go: VX_LAST_PAGE. Its body stays until it is compacted. */
 VX_API int vx_edit_delete(vx_edit* edit, int page);
@@ -648,9 +644,7 @@ VX_API int vx_edit_commit(vx_edit* edit);
 /** Ends the edit; without vx_edit_commit before it the file stays as it was. Null does nothing. */
 VX_API void vx_edit_close(vx_edit* edit);
 
-/* ---- Animated cursors
- * ---------------------------------------------------------------------------------------
- */
+/* ---- Animated cursors ---- */
 
 /*
  * The frames of an animated cursor are its pages, from 1. Each is a file of its own, an icon or a cursor as a
@@ -705,8 +699,7 @@ typedef struct vx_animation_options {
 VX_API int vx_save_animation(const vx_bitmap* const* frames, int count, const vx_animation_options* options,
                              const char* path);
 
-/* ---- Drawing in a terminal
- * --------------------------------------------------------------------------------- */
+/* ---- Drawing in a terminal ---- */
 
 /** How pixels become text. */
 typedef enum vx_draw_mode {
@@ -738,8 +731,7 @@ typedef struct vx_draw_options {
  */
 VX_API int vx_bitmap_draw(const vx_bitmap* bitmap, const vx_draw_options* options, char** text, size_t* size);
 
-/* ---- The library
- * ------------------------------------------------------------------------------------------- */
+/* ---- The library ---- */
 
 /**
  * Sets how many bytes of pictures and buffers may be alive at once, for the whole process; loads that

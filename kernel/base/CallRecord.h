@@ -38,7 +38,7 @@ struct FilterCall {
   bool isMaskCut = false;             ///< and this one did
   bool sawPng = false;                ///< the filter had a PNG stream described or decoded: `png`
   PngDescription png = {};
-  int convertArg1 = CONVERT_PALETTE_BEST;  ///< how SaveToMemory converts, which is not told
+  int convertArg1 = CONVERT_PALETTE_BEST;  ///< how SaveToMemory converts: its arguments do not say
   int convertArg2 = CONVERT_DIFFUSE;
   LazyCensus* census = nullptr;  ///< of the picture that is saved
 };
@@ -57,7 +57,7 @@ struct CallRecord {
   ReadTrace lastRead;            ///< of the handle that was closed last
   LateWrite lateWrite;
   Backend installed = {};            ///< the application's files; without functions: the system's
-  const Backend* scoped = nullptr;   ///< goes before it
+  const Backend* scoped = nullptr;   ///< outranks `installed`; null: none
   FilterCall* filterCall = nullptr;  ///< the innermost call into the filter; null outside any
 };
 

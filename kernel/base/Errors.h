@@ -88,15 +88,15 @@ int FailForArgument(const Parts&... parts) noexcept {
 /// STATUS_NO_MEMORY with what was needed, and whether the limit or the system had no more.
 int FailForMemory(std::string_view what, uint64_t needed) noexcept;
 
-/// STATUS_NO_MEMORY for want of memory that was noticed far from what it was for.
+/// STATUS_NO_MEMORY after an exception, which does not say what the memory was for.
 int FailForException() noexcept;
 
 /// Puts the name of the file, and the page where that is worth saying, before the detail of what failed.
 /// @return status
 int NameFailure(int status, std::string_view name, int page = 0) noexcept;
 
-/// Runs an application's call: no exception leaves it. What cannot be had is memory; anything else that is
-/// thrown is a fault of this library, or of functions of the application's.
+/// Runs an application's call: no exception leaves it. std::bad_alloc means that memory ran out. Anything
+/// else that is thrown is a fault of this library, or of functions of the application's.
 template <class Call>
 int Guarded(Call&& call) noexcept {
   BeginCall();

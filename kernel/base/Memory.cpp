@@ -25,7 +25,7 @@ struct alignas(std::max_align_t) Header {
   Tag tag;
 };
 
-/// No object can be larger than what pointers into it can be apart.
+/// Two pointers into one object must have a difference that a ptrdiff_t can hold.
 constexpr std::size_t kLargestBlock = PTRDIFF_MAX - sizeof(Header);
 
 struct alignas(64) Shard {

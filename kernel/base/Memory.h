@@ -38,8 +38,8 @@ void SetLimit(uint64_t bytes) noexcept;
 /// Whether `bytes` more would stay below the limit now.
 [[nodiscard]] bool Fits(uint64_t bytes) noexcept;
 
-/// An allocation that failed, and what was in use when it did: much of that may be given back by the time
-/// that it is told.
+/// An allocation that failed, and what was in use then: much of it may be freed by the time the failure is
+/// reported.
 struct Refusal {
   uint64_t bytes;
   uint64_t inUse;

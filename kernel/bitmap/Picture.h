@@ -26,7 +26,7 @@ struct vx_bitmap {
   void TakeColors() noexcept { colors = vxkrn::ColorsOf(record); }
   /// Rewrites 16-bit pixels from the layout they have to `order`; does nothing for other depths.
   void ConvertOrder(int order) noexcept;
-  /// Sets pixels of row `row` from the top, from pixel `first` on, of a picture of MakePicture's.
+  /// Sets pixels of row `row` from the top, from pixel `first` on, of a picture that MakePicture made.
   void PutColors(int row, int first, std::span<const vxkrn::Rgba> pixels) noexcept;
 };
 

@@ -1,5 +1,5 @@
-// Pictures made smaller by a whole factor, a piece of a row at a time: neither a row nor the picture is ever
-// there a second time. What becomes of a picture after that is not known here.
+// Pictures made smaller by a whole factor, a piece of a row at a time: neither a whole row nor the picture is
+// ever copied. What becomes of them is not known here.
 #include <algorithm>
 #include <array>
 #include <cmath>

@@ -1,4 +1,4 @@
-// Every question has its own end, and the pass ends with the last: a photograph is left after its first rows.
+// The pass ends as soon as every question is answered: of a photograph only the first rows are looked at.
 #include "convert/Census.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ class ColorSet {
  public:
   ColorSet() { slots_.fill(kFree); }
 
-  /// Whether there are more colours than are told. No other is taken then.
+  /// Whether there are more than kMost colours; no further one is taken then.
   [[nodiscard]] bool IsFull() const noexcept { return count_ > Census::kMost; }
   void Add(Color color) noexcept {
     std::size_t slot = (color * 0x9E3779B1U) >> 8 & (slots_.size() - 1);
@@ -88,7 +88,8 @@ class Count {
     return asksAlpha_ || asks555_ || asks565_ || !opaque_.IsFull();
   }
 
-  /// While no set is full, every colour is in one, and they are asked about 16 bits in the end.
+  /// As long as no set is full every colour is in one, so it is enough to ask the sets about 16 bits at the
+  /// end.
   void AddRow(std::span<const Rgba> row) noexcept {
     if (!opaque_.IsFull()) AddColors(row);
     if (opaque_.IsFull() || others_.IsFull()) Ask16(row);
@@ -122,7 +123,7 @@ class Count {
     }
   }
 
-  /// Which entries opaque and other pixels have is found out first: there are few.
+  /// Finds first which palette entries the opaque pixels have and which the others: there are only a few.
   void AddIndices(const _BITMAPHANDLE& bitmap) {
     std::array<std::array<bool, 256>, 2> isSeen = {};
     memory::Vector<uint8_t> indices(static_cast<std::size_t>(bitmap.Width));

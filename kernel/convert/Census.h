@@ -9,7 +9,7 @@
 
 namespace vxkrn {
 
-/// Whether nothing says of any pixel that it can be seen through.
+/// Whether every pixel is opaque because the bitmap has neither an alpha channel nor a region.
 [[nodiscard]] inline bool IsWhole(const _BITMAPHANDLE& bitmap) noexcept {
   return !HasAlpha(bitmap) && bitmap.Region == nullptr;
 }

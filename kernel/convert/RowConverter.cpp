@@ -1,5 +1,5 @@
-// Decides how the rows of a picture get their depth, then does it. The order of the decisions is the order of
-// what is lost: nothing, nothing but the palette's order, as little as can be.
+// Decides how the rows of a picture get their depth, then does it. The ways are tried in the order of what
+// they lose: nothing, the palette's order alone, as little as possible.
 #include "convert/RowConverter.h"
 
 #include <algorithm>

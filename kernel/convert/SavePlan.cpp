@@ -195,7 +195,7 @@ class Decision {
     const bool isUnusedAlpha = depth == 32 && (options_.format == FMT_PNG || HasMask(options_.format));
     if (!depths_.Has(depth) || isUnusedAlpha) return false;
     RowTarget target = TargetAt(depth);
-    target.usesFixedPalette = false;  // which is no reason to do without a palette
+    target.usesFixedPalette = false;  // asking for the fixed palette does not rule palettes out
     return KeepsColors(census_, target);
   }
 

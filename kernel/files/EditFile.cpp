@@ -1,5 +1,5 @@
 // Not everybody who writes to a file looks for locks, so what is about to be replaced is compared with what
-// was opened. Its times are not asked: they are too coarse to notice a quick change, and change with its
+// was opened. Its times are not compared: they are too coarse to notice a quick change, and change with its
 // mode.
 #include "files/EditFile.h"
 

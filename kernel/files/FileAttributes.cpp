@@ -44,12 +44,12 @@ bool IsMissing(int error) {
   return error == ENODATA || error == EOPNOTSUPP || error == ENOSYS;
 }
 
-/// Notes on files that may be written but not read cannot be kept.
+/// Extended attributes of a file that may be written but not read cannot be kept.
 bool IsOutOfReach(int error) {
   return IsMissing(error) || error == EACCES || error == EPERM;
 }
 
-/// What users note is kept. Labels of the system's are where the system lets us.
+/// Copies extended attributes. Those of users must be kept; labels of the system are kept where it lets us.
 int CopyNotes(int from, int to) {
   std::string names;
   if (!ReadWhole(&names, [&](char* list, std::size_t size) { return flistxattr(from, list, size); })) {
@@ -67,8 +67,8 @@ int CopyNotes(int from, int to) {
   return 0;
 }
 
-/// What the old group could do, of an access control list that has another owning group from now on: its
-/// entry grants nothing, and who was in the old one and is nobody in particular now gets no more than it had.
+/// Fits an access control list to another owning group. The group's entry grants nothing from now on. Members
+/// of the old group now count among the others, who therefore get no more than that group had.
 void DropGroup(std::string* list) {
   posix_acl_xattr_entry entry = {};
   constexpr std::size_t kFirst = sizeof(posix_acl_xattr_header);
@@ -90,7 +90,7 @@ void DropGroup(std::string* list) {
   });
 }
 
-/// The same of a mode.
+/// The same for a mode.
 mode_t WithoutGroup(mode_t mode) {
   const mode_t ofGroup = (mode & S_IRWXG) >> 3;
   return (mode & ~static_cast<mode_t>(S_IRWXG | S_IRWXO)) | (mode & S_IRWXO & ofGroup);

@@ -1,5 +1,5 @@
-// Writers replace the file, so whoever waited for the lock may have got that of a file that is none any more:
-// the name is looked at again then. Over NFS a file must be open for writing to be locked.
+// Writers replace the file, so whoever waited for the lock may have got that of a file that was replaced
+// meanwhile: the name is looked at again. Over NFS a file must be open for writing to be locked.
 #include "files/FileLock.h"
 
 #include <fcntl.h>

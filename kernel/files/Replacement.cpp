@@ -45,8 +45,7 @@ void ClearFirst(int folder) {
   for (int slot = 0; slot < kLooked; ++slot) (void)Clear(folder, UnfinishedName(slot));
 }
 
-/// Tells everybody who looks that the file's process is alive. Where files cannot be locked nobody removes
-/// it.
+/// Locks the file, which shows that its process is alive. Where files cannot be locked nobody removes it.
 bool Claim(int file) {
   return flock(file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
@@ -107,8 +106,8 @@ Replacement::~Replacement() {
   Close();
 }
 
-/// Closes the file, with its lock. What has no place by then goes; that it is ours is looked at while it is
-/// locked, because the name may be another one's right after.
+/// Closes the file, which ends its lock. A file that was not moved to its place is removed before that: as
+/// soon as the lock ends, the name may belong to somebody else.
 void Replacement::Close() noexcept {
   const int error = errno;
   const bool isLeft = !name_.empty() && IsAt(place_->Folder(), name_, file_.descriptor);
@@ -129,7 +128,8 @@ int Replacement::OpenUnnamed() {
                   place_->Exists() ? S_IRUSR | S_IWUSR : kReadWriteForAll);
   });
   if (descriptor < 0) return -1;
-  // It is named through /proc in the end; without one it had better have a name from the start.
+  // A file without a name gets one through /proc in the end; where there is no /proc it needs one from the
+  // start.
   if (access(LinkTo(descriptor).c_str(), F_OK) == 0 && Claim(descriptor)) return descriptor;
   close(descriptor);
   errno = EOPNOTSUPP;

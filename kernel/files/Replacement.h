@@ -33,12 +33,12 @@ class Replacement {
 
   /// Stores the new file and moves it to its place, whatever stands there by then, once nobody else edits it.
   /// @return STATUS_OK; or STATUS_OPEN_WRITE_ERROR where somebody does, or STATUS_WRITE_ERROR, with the
-  /// detail set. What stood there still does, but in the one case that the detail tells: the folder cannot be
-  /// stored
+  /// detail set. The old file is still there after a failure, unless the detail says that the folder cannot
+  /// be stored
   [[nodiscard]] int Commit();
-  /// The same in the place of the file that `lock` has, or where it has none, of nothing: what has come there
-  /// meanwhile stays, and that is VX_FILE_CHANGED. `check` is called just before: a status, with the detail
-  /// set where it is no STATUS_OK and ends this.
+  /// The same over the file that `lock` holds. Where it holds none, nothing may stand there: a file that
+  /// somebody made meanwhile stays, and the result is VX_FILE_CHANGED. `check` is called right before the
+  /// move; any status of it but STATUS_OK, with the detail set, becomes the result.
   [[nodiscard]] int CommitOver(const FileLock& lock, const std::function<int()>& check);
 
  private:

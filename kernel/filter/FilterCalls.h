@@ -27,7 +27,7 @@ namespace vxkrn {
 [[nodiscard]] int Overwrite(const Backend& backend, const char* name, uint64_t position, const void* bytes,
                             uint32_t count);
 
-/// No page of anything: a new file.
+/// For `page`: the picture becomes a new file.
 [[nodiscard]] SAVEOPTIONS NewFile() noexcept;
 
 }  // namespace vxkrn

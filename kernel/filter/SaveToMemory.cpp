@@ -24,7 +24,7 @@ PngPicture PictureOf(const _BITMAPHANDLE& bitmap) {
   return picture;
 }
 
-// The owners of the rows below have the picture's orientation in their hands: PNG rows count from the top.
+// PNG rows count from the top, so the rows below are found by the bitmap's orientation.
 
 struct IndexRows {
   const _BITMAPHANDLE& bitmap;

@@ -44,7 +44,7 @@ png_uint_32 PerMetre(int dpi) {
   return static_cast<png_uint_32>((int64_t{dpi} * 10000 + 127) / 254);
 }
 
-/// Fully transparent from one entry or colour on; there is no half.
+/// One entry or one colour is fully transparent, and everything else is opaque.
 void WriteTransparency(PngSession& session, const PngPicture& picture) {
   if (picture.transparentEntry >= 0) {
     png_byte alpha[256];
@@ -100,7 +100,7 @@ int EncodePng(const PngPicture& picture, unsigned char** png, std::size_t* size)
   PngSession session(PngSession::Direction::kWrite);
   if (session.Png() != nullptr) png_set_write_fn(session.Png(), &sink, WriteToSink, FlushSink);
   PngPicture job = picture;
-  // Whatever stops a writer of valid pictures is want of memory.
+  // Writing a valid picture fails only when memory runs out.
   if (session.Run(WritePicture, &job) != STATUS_OK) {
     return FailForMemory("encoding the picture as PNG", memory::LastRefusal());
   }

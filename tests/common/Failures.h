@@ -26,6 +26,14 @@ void ExpectFailure(int status, const std::string& words, const Call& call) try {
   EXPECT_NE(error.detail().find(words), std::string::npos) << error.what() << ", instead of: " << words;
 }
 
+/// Expects the thread's last failure to have that reason and that number, and no other.
+inline void ExpectReason(vx_reason reason, int64_t first = 0) {
+  vx_error_info info;
+  vx_last_error(&info);
+  EXPECT_TRUE(info.reason == reason && info.first == first && info.second == 0)
+      << vx_reason_name(info.reason) << ", " << info.first << ", " << info.second;
+}
+
 /// Calls with little memory, and more each time, until it works: it must fail for want of memory and leave
 /// none in use.
 /// @return how many times it failed, each followed by `afterwards`

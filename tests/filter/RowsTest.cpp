@@ -40,7 +40,7 @@ TEST(Rows, DeltasWithoutEndStayInTheRow) {
   }
 }
 
-// ---- random data against the model -------------------------------------------------------------------
+// ---- random data against the model
 
 class Dice {
  public:

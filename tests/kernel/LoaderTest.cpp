@@ -65,7 +65,7 @@ TEST(Errors, AreCutWhereTheirRoomEndsAndForgottenByTheNextCall) {
 
 TEST(Errors, ThatNoFileOfATestBringsAboutHaveTheirReasonsToo) {
   constexpr int64_t kNeeded = 1000;
-  (void)vxkrn::FailForMemory("it", kNeeded);
+  EXPECT_EQ(vxkrn::FailForMemory("it", kNeeded), VX_NO_MEMORY);
   EXPECT_EQ(vxkrn::Failure().reason, VX_REASON_OUT_OF_MEMORY) << "the limit has room for it";
   EXPECT_EQ(vxkrn::Failure().first, kNeeded);
 

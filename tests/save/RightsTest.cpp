@@ -265,7 +265,7 @@ TEST_F(Sharing, WhatOthersDidMeanwhileIsToldAndStays) {
       const std::string now = ReadFile(icon_);
       if (each.what != nullptr) {
         ExpectFailure(VX_FILE_CHANGED, each.what, [&] { edit.Commit(); });
-        EXPECT_EQ(vx_error_reason(), VX_REASON_FILE_CHANGED);
+        ExpectReason(VX_REASON_FILE_CHANGED);
       } else {
         edit.Commit();
       }
@@ -278,6 +278,7 @@ TEST_F(Sharing, WhatOthersDidMeanwhileIsToldAndStays) {
   edit.Add(Noise(8, 8, 8));
   WriteFile(made, "mine");
   ExpectFailure(VX_FILE_CHANGED, "", [&] { edit.Commit(); });
+  ExpectReason(VX_REASON_FILE_CHANGED);
   EXPECT_EQ(ReadFile(made), "mine");
 }
 
@@ -325,7 +326,7 @@ TEST_F(Sharing, WhereFilesCannotBeLockedThatIsSaidOrRefused) {
     edit.Add(Noise(8, 8, 8));
     edit.Commit();
     ExpectFailure(VX_OPEN_WRITE_ERROR, "cannot be locked", [&] { vx::Edit(icon_, VX_EDIT_REQUIRE_LOCK); });
-    EXPECT_EQ(vx_error_reason(), VX_REASON_NO_LOCKS);
+    ExpectReason(VX_REASON_NO_LOCKS, error);
   }
   EXPECT_EQ(vx::Source::File(icon_).Describe().page_count, 3);
 }

@@ -74,7 +74,7 @@ int VerifyColorMasks(unsigned int* masks, int* convert, int* is565, int bitsPerP
   const bmp::MaskVerdict verdict =
       bmp::JudgeMasks({.red = masks[0], .green = masks[1], .blue = masks[2]}, bitsPerPixel);
   *is565 = verdict.is565 ? 1 : 0;
-  if (bitsPerPixel == 16) *convert = verdict.needsConversion ? 1 : 0;  // of other depths nobody asks
+  if (bitsPerPixel == 16) *convert = verdict.needsConversion ? 1 : 0;  // callers ask this of 16 bits only
   return verdict.isUsable ? STATUS_OK : STATUS_BAD_FORMAT;
 }
 int GetBytesPerLine(int bitsPerPixel, int width, int /*height*/) {

@@ -103,14 +103,14 @@ VXBMP_EXPORT void InvertBuffer(unsigned char* buffer, unsigned int count);
 /// @return STATUS_OK; STATUS_OPEN_WRITE_ERROR, STATUS_WRITE_ERROR, or what SaveToMemory answered
 [[nodiscard]] VXBMP_EXPORT int OverwriteVistaIcon(_SAVEDISPATCH* dispatch);
 
-/// Makes the image of the record a page of the icon or cursor file that it names, as SaveOptions say: a new
-/// entry in the directory, or another content of one. The body is appended, and no body is removed. Nothing
-/// is rolled back on a failure.
+/// Makes the image of the record a page of the icon or cursor file that it names, as SaveOptions say: with a
+/// new entry in the directory, or in the place of an old page. The body is appended, and no body is removed.
+/// Nothing is rolled back on a failure.
 /// @param kind not looked at
 /// @return STATUS_OK; STATUS_OPEN_WRITE_ERROR where there is no file or an empty one, STATUS_BAD_FORMAT where
-/// it ends in its first 6 bytes, STATUS_BAD_PAGE for a page below -1, one to replace where there is none, and
-/// one more than 65535, all with the file untouched; STATUS_WRITE_ERROR, STATUS_NO_MEMORY, or what a callback
-/// answered
+/// it ends in its first 6 bytes, STATUS_BAD_PAGE for a page below -1, for a page to replace that does not
+/// exist, and where there are 65535 pages already, all with the file untouched; STATUS_WRITE_ERROR,
+/// STATUS_NO_MEMORY, or what a callback answered
 [[nodiscard]] VXBMP_EXPORT int AddPage(_SAVEDISPATCH* dispatch, int kind);
 
 /// Writes the entry at `entryOffset` of an icon file, and the image of the record as a PNG stream at its end.

@@ -18,7 +18,7 @@ inline constexpr char kFileTag[] = "API/Filters/Bmp/Common/Bmp";
 template <class Element = uint8_t>
 class Buffer {
  public:
-  Buffer() = default;  // of nothing, until something is allocated
+  Buffer() = default;  // empty until something is allocated
   explicit Buffer(uint32_t count, uint32_t size = sizeof(Element), int line = __builtin_LINE())
       : elements_(static_cast<Element*>(VX_LocalAlloc(count, size, line, kFileTag))) {}
   ~Buffer() { Release(); }
@@ -28,7 +28,7 @@ class Buffer {
   explicit operator bool() const { return elements_ != nullptr; }
   [[nodiscard]] Element* Get() const { return elements_; }
 
-  /// Takes `count` elements, every byte 0, in place of what was held.
+  /// Allocates `count` elements, every byte 0, in place of what was held.
   [[nodiscard]] bool AllocateZeroed(uint32_t count, int line = __builtin_LINE()) {
     Release(line);
     elements_ = static_cast<Element*>(VX_LocalAllocInit(count, sizeof(Element), line, kFileTag));
@@ -46,7 +46,7 @@ class Buffer {
   Element* elements_ = nullptr;
 };
 
-/// How a file is opened. None of the ways makes an existing file shorter.
+/// How a file is opened. Opening never makes an existing file shorter.
 struct OpenMode {
   int flags;
   int permission;
@@ -85,13 +85,14 @@ template <size_t Size>
   return VX_RedirectedRead(file, block.data(), Size) == static_cast<int>(Size);
 }
 
-/// Reads exactly `count` bytes. Counts from 2^31 on cannot be told from an error and fail.
+/// Reads exactly `count` bytes. A count from 2^31 on fails, because the kernel's answer would look like an
+/// error.
 [[nodiscard]] inline bool ReadExactly(HANDLE file, void* bytes, uint32_t count) {
   const int read = VX_RedirectedRead(file, bytes, count);
   return read >= 0 && static_cast<uint32_t>(read) == count;
 }
 
-/// Writes exactly `count` bytes. Of none the kernel is not told: it would take that for the end of the file.
+/// Writes exactly `count` bytes. A write of 0 bytes would end the file, so it is not passed on.
 /// @return false when fewer were stored
 [[nodiscard]] inline bool WriteExactly(HANDLE file, const void* bytes, uint32_t count) {
   if (count == 0) return true;
@@ -104,12 +105,12 @@ template <size_t Size>
   return WriteExactly(file, block.data(), Size);
 }
 
-/// Goes to an absolute offset, which counts as unsigned; where that fails, the read that follows tells.
+/// Goes to an absolute offset, which counts as unsigned. A failure shows in the read that follows.
 inline void GoTo(HANDLE file, uint32_t offset) {
   VX_RedirectedSeek(file, static_cast<int>(offset), VX_SEEK_START);
 }
 
-/// Goes to an absolute offset. @return false when the file is not there then
+/// Goes to an absolute offset. @return false when the file stands elsewhere afterwards
 [[nodiscard]] inline bool SeekTo(HANDLE file, uint32_t offset) {
   const int position = VX_RedirectedSeek(file, static_cast<int>(offset), VX_SEEK_START);
   return position != -1 && static_cast<uint32_t>(position) == offset;

@@ -1,4 +1,4 @@
-// A page less in a file that exists. Its body stays in the file, where nothing refers to it any more.
+// Takes a page out of a file's directory. Its body stays in the file, where nothing refers to it any more.
 #include "Drivers/DeletePage.h"
 
 #include "Kernel.h"

@@ -1,4 +1,4 @@
-// Deleting: a page less in an icon or cursor file.
+// Deleting a page of an icon or cursor file.
 #pragma once
 
 #include <vxkrn.h>

@@ -63,7 +63,7 @@ void SetResolution(_BITMAPHANDLE& bitmap, const ImageHeader& header) {
   bitmap.YResolution = DotsPerInch(header.yPixelsPerMetre);
 }
 
-/// The colour order that the target had stands if it is one; otherwise the file's is set.
+/// Keeps the target's colour order if it is a known one, and takes the file's otherwise.
 int FinalColorOrder(int prior, int bitCount, bool is565) {
   if (prior == ORDER_RGB || prior == ORDER_BGR || prior == ORDER_565) return prior;
   return ImpliedColorOrder(bitCount, is565);

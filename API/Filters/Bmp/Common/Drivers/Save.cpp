@@ -27,7 +27,7 @@ int CheckRequest(const _SAVEDISPATCH& dispatch) {
   return rule.largestSide != 0 && isTooLarge ? STATUS_BAD_DIMENSIONS : STATUS_OK;
 }
 
-/// What the conversion is told by flags.
+/// The flags that BeginSave and GetSaveRow get.
 unsigned int ConversionFlags(const _SAVEDISPATCH& dispatch) {
   if (dispatch.Bitmap->ColorOrder == ORDER_565) return SAVE_ORDER_565;
   return dispatch.BitsPerPixel > 8 ? SAVE_DIRECT_COLOR : 0;
@@ -50,7 +50,7 @@ void Patch(HANDLE file, uint32_t value) {
 }
 
 /// Ends a run-length coded image and puts the sizes that are known now into the headers. Readers do without
-/// the sizes, so a failure to write those is none of the save's.
+/// the sizes, so the save does not fail where they cannot be written.
 int FinishRunLength(HANDLE file, int bitsPerPixel) {
   if (WriteEndOfBitmap(file) != STATUS_OK) return STATUS_WRITE_ERROR;
   const auto end = static_cast<uint32_t>(VX_RedirectedSeek(file, 0, VX_SEEK_CURRENT));

@@ -1,5 +1,5 @@
-// A page more in a file that exists, or another one in the place of an old one. Only the directory changes in
-// the middle of the file: bodies are appended, and that of a replaced page stays.
+// Adds a page to a file that exists, or replaces one. Only the directory changes in the middle of the file:
+// bodies are appended, and that of a replaced page stays.
 #include "Pages/AddPage.h"
 
 #include "Kernel.h"
@@ -53,7 +53,7 @@ class PageBody {
   const _BITMAPHANDLE& converted_;
 };
 
-/// Closes a file that was opened before what must outlive it.
+/// Closes a file earlier than its own scope would: before everything that was declared ahead of this.
 class ClosedFirst {
  public:
   explicit ClosedFirst(File& file) : file_(file) {}
@@ -102,7 +102,7 @@ int AddPage(_SAVEDISPATCH& dispatch) {
   if (!file.IsOpen()) return STATUS_OPEN_WRITE_ERROR;
   Block<kDirectorySize> bytes;
   const int read = VX_RedirectedRead(file.Handle(), bytes.data(), kDirectorySize);
-  if (read <= 0) return STATUS_OPEN_WRITE_ERROR;  // there is no file yet to speak of
+  if (read <= 0) return STATUS_OPEN_WRITE_ERROR;  // an empty file is as good as none
   if (read < static_cast<int>(kDirectorySize)) return STATUS_BAD_FORMAT;
 
   const ICONDIR directory = DecodeDirectory(bytes);

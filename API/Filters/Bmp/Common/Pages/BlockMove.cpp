@@ -1,5 +1,5 @@
-// One buffer, chunk by chunk: from the first one towards the start of the file, from the last one towards its
-// end, so that nothing is written over before it was read.
+// Moves chunk by chunk through one buffer. A move towards the start of the file begins with the first chunk,
+// one towards its end with the last, so that nothing is written over before it was read.
 #include "Pages/BlockMove.h"
 
 #include <algorithm>
@@ -12,8 +12,8 @@ namespace {
 constexpr uint32_t kChunkSize = 1024;
 using Chunk = Block<kChunkSize>;
 
-/// Writes where the file stands. None end the file there, which may fail: stale bytes then stay behind the
-/// end.
+/// Writes bytes where the file stands; 0 bytes end the file there. Ending it may fail, which harms nobody:
+/// stale bytes then stay behind the last page.
 bool Store(HANDLE file, const Chunk& chunk, uint32_t size) {
   const int stored = VX_RedirectedWrite(file, chunk.data(), size);
   return size == 0 || stored == static_cast<int>(size);
@@ -35,8 +35,8 @@ int MoveTowardsStart(HANDLE file, uint32_t source, uint32_t destination) {
   return STATUS_OK;
 }
 
-/// Takes back a move towards the end of which everything from `from` on is done. Nobody can be told more than
-/// that the move failed, so that this one may fail as well.
+/// Undoes a move towards the end that got as far down as `from`. The caller reports a failure anyway, so a
+/// failure in here is not told.
 void PutBack(HANDLE file, uint32_t from, uint32_t distance) {
   static_cast<void>(MoveTowardsStart(file, from + distance, from));
 }

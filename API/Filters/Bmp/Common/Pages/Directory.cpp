@@ -18,7 +18,8 @@ bool MoveBody(HANDLE file, int page, uint32_t distance) {
   return SeekTo(file, offset) && WriteBlock(file, EncodeEntry(entry));
 }
 
-/// Adds to the count of the directory that the file has or, where it cannot be read once more, had.
+/// Adds to the count in the file's directory. Where the directory cannot be read again, the one read before
+/// counts.
 /// @return false when it cannot be written
 bool Count(HANDLE file, ICONDIR& directory, int difference) {
   Block<kDirectorySize> bytes;

@@ -10,7 +10,7 @@
 
 namespace bmp {
 
-/// Whether the 8 bytes are one that PNG streams begin with.
+/// Whether the 8 bytes are a signature that PNG streams begin with.
 [[nodiscard]] bool IsPngSignature(const uint8_t* bytes);
 
 /// Tells whether the body is a PNG stream. @return STATUS_OK, or STATUS_READ_ERROR when it is not there

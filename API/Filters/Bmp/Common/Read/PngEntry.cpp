@@ -26,7 +26,7 @@ class DecodedBitmap {
   _BITMAPHANDLE& record_;
 };
 
-/// Decodes the entry's stream. While the kernel is at it, the file information speaks of a PNG.
+/// Decodes the entry's stream. While the kernel decodes it, the file information says PNG.
 int DecodeStream(_LOADDISPATCH& dispatch, HANDLE file, const ICONDIRENTRY& entry, _BITMAPHANDLE& decoded) {
   const Buffer stream(entry.BytesInRes);
   if (!stream) return STATUS_NO_MEMORY;
@@ -71,7 +71,7 @@ int DeliverRows(_LOADDISPATCH& dispatch, _BITMAPHANDLE& decoded, uint8_t* row) {
 int LoadPngEntry(_LOADDISPATCH& dispatch, HANDLE file, const ICONDIRENTRY& entry) {
   _BITMAPHANDLE record{};
   const int status = DecodeStream(dispatch, file, entry, record);
-  if (status != STATUS_OK) return status;  // what the kernel had begun is its own to take back
+  if (status != STATUS_OK) return status;  // the kernel has freed what it had begun
   DecodedBitmap decoded(record);
   DescribeTarget(*dispatch.Bitmap, entry, record);
 

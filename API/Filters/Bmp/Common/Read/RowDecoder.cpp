@@ -83,7 +83,7 @@ bool MayEndEarly(const Decoding& decoding, int row) {
   return decoding.band.IsLast(row) || (decoding.dispatch.LoadOptions->Flags & LOAD_ALLOW_TRUNCATED) != 0;
 }
 
-/// What a row that ends early does not bring stays as the row before left it.
+/// Where a row ends early, the rest of the row buffer keeps the row before it.
 int ReadPlainRow(Decoding& decoding, int row) {
   const bool isWhole = ReadBuffered(decoding.input, decoding.row, decoding.stride) == decoding.stride;
   return isWhole || MayEndEarly(decoding, row) ? STATUS_OK : STATUS_READ_ERROR;

@@ -1,5 +1,5 @@
-// Everything that stands before the rows of a new file with one image. What is written for a header kind, in
-// which order, is here; where each field lies is Format's.
+// Everything that stands before the rows of a new file with one image. This file knows what is written for a
+// header kind and in which order; format/ knows where each field lies.
 #include "Write/HeaderWriter.h"
 
 #include "format/SaveRules.h"
@@ -65,7 +65,7 @@ class NewImage {
   }
 
  private:
-  /// Bytes of the masks or of the table, of which an image has one at most.
+  /// Bytes of the masks or of the colour table; no image has both.
   [[nodiscard]] uint32_t ColorBytes() const {
     constexpr auto kEntryBytes = static_cast<uint32_t>(sizeof(RGBQUAD));
     return kEntryBytes * (HasTable() || !HasMasks() ? TableEntries() : kMaskCount);
