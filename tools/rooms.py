@@ -23,6 +23,8 @@ ALLOWED = {  # a folder or file: those below it
     **{f"cli/{room}": ["include/vx", *(f"cli/{lower}" for lower in CLI[:floor])] for floor, room in enumerate(CLI)},
     "cli": ["include/vx", *(f"cli/{room}" for room in CLI)],
     "samples": [],
+    "examples": ["host"],
+    "docs/tutorial": ["include/vx"],
 }
 ROOTS = ["", "kernel", "host", "include", "cli", FILTER]  # where includes are looked for, after the folder itself
 
@@ -42,7 +44,7 @@ def faults():
     for source in map(pathlib.Path, listed):
         room = room_of(source)
         for number, line in enumerate(source.read_text().splitlines() if room and source.exists() else [], 1):
-            included = re.match(r'#include ["<](.*)[">]', line)
+            included = re.match(r'\s*#\s*include\s*["<](.*)[">]', line)
             place = target(source, included[1]) if included else None
             below = room_of(place) if place else None
             if below not in (None, room, *ALLOWED[room]):

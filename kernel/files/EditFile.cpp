@@ -106,16 +106,21 @@ int EditFile::Open(unsigned int flags) {
               ": files of the application's own cannot be locked");
 }
 
-int EditFile::CheckIsUnchanged() const {
+/// Whether the name still means what was opened.
+int EditFile::CheckIsSameFile() const {
   struct stat named = {};
-  struct stat held = {};
   if (!place_.Look(&named)) {
     return errno == ENOENT ? FailAsChanged(path, "deleted")
                            : Fail(SystemCause(STATUS_WRITE_ERROR, errno), path,
                                   " cannot be looked at: ", std::strerror(errno));
   }
+  return AreSameFile(named, lock_.Locked()) ? STATUS_OK : FailAsChanged(path, "replaced");
+}
+
+int EditFile::CheckIsUnchanged() const {
+  if (const int status = CheckIsSameFile(); status != STATUS_OK) return status;
   const struct stat& opened = lock_.Locked();
-  if (!AreSameFile(named, opened)) return FailAsChanged(path, "replaced");
+  struct stat held = {};
   uint64_t sum = checksum_;
   const bool isReadable = fstat(lock_.Number(), &held) == 0 && (isNew_ || SumUp(lock_.Number(), &sum));
   if (!isReadable)
@@ -125,8 +130,17 @@ int EditFile::CheckIsUnchanged() const {
   return FailAsChanged(path, "written to");
 }
 
+/// The edits are in the file already. They are lost where nobody finds it under its name any more, and are
+/// not stored yet. An application's own files are its own matter.
+int EditFile::CommitInPlace() const {
+  if (!lock_.IsOpen()) return STATUS_OK;
+  if (const int status = CheckIsSameFile(); status != STATUS_OK) return status;
+  if (Uninterrupted([this] { return fsync(lock_.Number()); }) == 0) return STATUS_OK;
+  return Fail(SystemCause(STATUS_WRITE_ERROR, errno), path, " cannot be written: ", std::strerror(errno));
+}
+
 int EditFile::Commit() {
-  if (inPlace) return STATUS_OK;
+  if (inPlace) return CommitInPlace();
   if (place_.IsStream()) {
     if (isNew_) return WriteToStream(path.c_str(), place_, copy.Data(), copy.Size());
     const int status = CheckIsUnchanged();

@@ -20,8 +20,8 @@ struct EditFile {
   /// Opens and locks the file and takes a copy of it. Throws std::bad_alloc.
   /// @param flags vx_edit_flags @return STATUS_OK, or a failure with its detail set
   [[nodiscard]] int Open(unsigned int flags);
-  /// Stores the copy, unless somebody else changed or replaced the file. @return STATUS_OK, or a failure with
-  /// its detail set: the file is as it was then, but for what is written through descriptors
+  /// Stores the copy, unless the file is another one than it was. @return STATUS_OK, or a failure with its
+  /// detail set: the file is as it was then, but for what is written in place or through descriptors
   [[nodiscard]] int Commit();
   /// Whether other edits and saves have to wait.
   [[nodiscard]] bool IsLocked() const noexcept { return lock_.IsOpen() && lock_.WhyUnlocked() == 0; }
@@ -30,7 +30,9 @@ struct EditFile {
   [[nodiscard]] int OpenSystemFile(unsigned int flags);
   [[nodiscard]] int TakeLock(unsigned int flags);
   [[nodiscard]] int TakeCopy();
+  [[nodiscard]] int CheckIsSameFile() const;
   [[nodiscard]] int CheckIsUnchanged() const;
+  [[nodiscard]] int CommitInPlace() const;
 
   bool isNew_ = false;
   uint64_t checksum_ = 0;  ///< of what was copied

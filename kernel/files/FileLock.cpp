@@ -71,8 +71,9 @@ int FileLock::Take(const Place& place, const char* path) {
                 " is being edited, by another process or by another edit of this one; try again when that is "
                 "done");
   }
-  return Fail(SystemCause(STATUS_OPEN_WRITE_ERROR, error), path,
-              " cannot be opened for editing: ", std::strerror(error));
+  const bool isNoFile = error == ESPIPE;
+  return Fail(SystemCause(STATUS_OPEN_WRITE_ERROR, error), path, " cannot be opened for editing: ",
+              isNoFile ? "it is a pipe or a device, and only files can be edited" : std::strerror(error));
 }
 
 int FileLock::TakeIfThere(const Place& place, const char* path) {

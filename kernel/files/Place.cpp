@@ -99,7 +99,8 @@ int Place::FollowLinks(std::string path) {
       return S_ISDIR(found_.st_mode) ? EISDIR : 0;
     }
     if (IsOfProc(folder_.Number())) return TakeStream();
-    if (!MayFollow(folder_.Number(), found_)) return EACCES;
+    isForeign_ = !MayFollow(folder_.Number(), found_);
+    if (isForeign_) return EACCES;
     if (const int error = ReadLink(entry.Number(), &path); error != 0) return error;
     followed_ = true;
   }
@@ -115,8 +116,8 @@ int Place::Find(const char* path) {
     if (isThere && !(exists_ && AreSameFile(status, found_))) error = ESTALE;
   }
   if (error == 0) return STATUS_OK;
-  return Fail(SystemCause(STATUS_OPEN_WRITE_ERROR, error), path,
-              " cannot be written: ", std::strerror(error));
+  return Fail(SystemCause(STATUS_OPEN_WRITE_ERROR, error), path, " cannot be written: ", std::strerror(error),
+              isForeign_ ? "; it leads through a link that somebody else put in a folder for all" : "");
 }
 
 int Place::OpenStream() const noexcept {

@@ -75,7 +75,8 @@ class Place {
   struct stat found_ = {};
   bool exists_ = false;
   bool isStream_ = false;
-  bool followed_ = false;  ///< a link
+  bool followed_ = false;   ///< a link
+  bool isForeign_ = false;  ///< a link that may not be followed
 };
 
 }  // namespace vxkrn

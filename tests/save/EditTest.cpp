@@ -316,6 +316,10 @@ TEST_F(Editing, WhatFailsInTheMiddleLeavesTheOldFile) {  // and what is killed, 
     system_calls::Restore();
     expectUntouched();
   }
+  system_calls::Fail("fsync", EIO);
+  ExpectFailure(VX_WRITE_ERROR, "Input/output", [&] { vx::Edit(icon_, VX_EDIT_IN_PLACE).Commit(); });
+  system_calls::Restore();
+  expectUntouched();
   EXPECT_GT(FailuresForWantOfMemory(editTwice, expectUntouched), 3);
   EXPECT_EQ(PagesOf(icon_).size(), 2U);
 }

@@ -81,7 +81,7 @@ TEST_P(Rights, OtherPeoplesLinksInFoldersForAllAreNotFollowed) {
     WriteFile(old_, "old");
     if (geteuid() == 0) {
       ASSERT_EQ(lchown(link.c_str(), 1234, 1234), 0);
-      ExpectUntouched(link, VX_OPEN_WRITE_ERROR, "Permission denied");
+      ExpectUntouched(link, VX_OPEN_WRITE_ERROR, "a link that somebody else");
       ASSERT_EQ(chown(shared.c_str(), 1234, 1234), 0);  // whose links are
       SaveTo(link);
       fs::remove(folder_ / "new.bmp");
@@ -238,25 +238,28 @@ TEST_F(Sharing, WhatOthersDidMeanwhileIsToldAndStays) {
   const struct {
     const char* what;  // that the detail says; null: it is committed
     bool mayNew;       // told of a new file, too
+    bool isElsewhere;  // told of an edit in place, too
     std::function<void()> act;
-  } cases[] = {{"replaced", true,
-                [&] {
-                  WriteFile(folder_ / "other", changed());
-                  fs::rename(folder_ / "other", icon_);
-                }},
-               {"written to", true, [&] { WriteFile(icon_, before + "more"); }},
-               {"written to", false,
-                [&] {
-                  const auto time = fs::last_write_time(icon_);
-                  WriteFile(icon_, changed());
-                  fs::last_write_time(icon_, time);
-                }},
-               {"deleted", true, [&] { fs::remove(icon_); }},
-               {nullptr, true, [&] { ASSERT_EQ(chmod(icon_.c_str(), 0600), 0); }},
-               {nullptr, false, [&] { fs::last_write_time(icon_, fs::file_time_type::clock::now()); }}};
+  } cases[] = {
+      {"replaced", true, true,
+       [&] {
+         WriteFile(folder_ / "other", changed());
+         fs::rename(folder_ / "other", icon_);
+       }},
+      {"written to", true, false, [&] { WriteFile(icon_, before + "more"); }},
+      {"written to", false, false,
+       [&] {
+         const auto time = fs::last_write_time(icon_);
+         WriteFile(icon_, changed());
+         fs::last_write_time(icon_, time);
+       }},
+      {"deleted", true, true, [&] { fs::remove(icon_); }},
+      {nullptr, true, false, [&] { ASSERT_EQ(chmod(icon_.c_str(), 0600), 0); }},
+      {nullptr, false, false, [&] { fs::last_write_time(icon_, fs::file_time_type::clock::now()); }}};
   for (const auto& each : cases) {
-    for (const unsigned flags : {0U, unsigned{VX_EDIT_NEW}}) {
-      if (flags != 0 && !each.mayNew) continue;
+    for (const unsigned flags : {0U, unsigned{VX_EDIT_NEW}, unsigned{VX_EDIT_IN_PLACE}}) {
+      if (flags == VX_EDIT_NEW && !each.mayNew) continue;
+      if (flags == VX_EDIT_IN_PLACE && !each.isElsewhere) continue;
       fs::remove(icon_);
       WriteFile(icon_, before);
       vx::Edit edit(icon_, flags);
