@@ -18,7 +18,7 @@ import sys
 
 HERE = pathlib.Path(__file__).resolve().parent
 VXBMP = HERE.parent / "vxbmp"  # the build puts this folder beside it
-EXTENSIONS = {".bmp", ".dib", ".ico", ".cur", ".rle"}
+EXTENSIONS = {".ani", ".bmp", ".dib", ".ico", ".cur", ".rle"}
 LIST_NAME = "samples.tsv"  # a folder's list of its files: name, title, outcome, arguments for headerless data
 MEMORY_LIMIT = "256M"  # a file that asks for a gigantic picture shows how that is refused
 MAX_PAGES = 12

@@ -72,7 +72,7 @@ vx::LoadOptions OnePage::Options() const {
   options.page = std::max(ParseWish(page_).number, 1);
   options.allow_truncated = allowTruncated_ ? 1 : 0;
   options.alpha = ParseAlpha(alpha_, isSaved_);
-  options.flags = asFilter_ ? VX_LOAD_AS_FILTER : 0U;
+  if (asFilter_) options.flags = VX_LOAD_AS_FILTER;
   return options;
 }
 

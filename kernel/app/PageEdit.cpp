@@ -106,7 +106,7 @@ int PutPage(vx_edit* edit, const State& state, unsigned int flags, int page, Sav
     options.PageNumber = page;
   }
   const int status = End(edit, SavePage(edit->backend, edit->path.c_str(), options, page, plan));
-  if (status == STATUS_OK) RemarkOnLosses(plan->outcome, page);
+  if (status == STATUS_OK) RemarkOnLosses(*plan, page);
   return status;
 }
 

@@ -79,7 +79,7 @@ int vx_save_file(const vx_bitmap* bitmap, const char* path, const vx_save_option
     int status = vxkrn::PlanSave(*bitmap, options, &plan);
     const bool inPlace = options != nullptr && options->in_place != 0;
     if (status == STATUS_OK) status = vxkrn::SaveFile(path, inPlace, &plan);
-    if (status == STATUS_OK) vxkrn::RemarkOnLosses(plan.outcome, 0);
+    if (status == STATUS_OK) vxkrn::RemarkOnLosses(plan, 0);
     return status;
   });
 }
@@ -96,7 +96,7 @@ int vx_save_memory(const vx_bitmap* bitmap, const vx_save_options* options, uint
     int status = vxkrn::PlanSave(*bitmap, options, &plan);
     if (status == STATUS_OK) status = vxkrn::WriteToMemory("memory", &plan, &target);
     if (status != STATUS_OK) return status;
-    vxkrn::RemarkOnLosses(plan.outcome, 0);
+    vxkrn::RemarkOnLosses(plan, 0);
     *size = target.Size();
     *bytes = target.Take().release();
     return VX_OK;

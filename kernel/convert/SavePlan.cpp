@@ -295,10 +295,14 @@ int PlanSave(const vx_bitmap& picture, const vx_save_options* options, SavePlan*
   return becomes555 ? ConvertTo555(record, plan) : STATUS_OK;
 }
 
-void RemarkOnLosses(const vx_save_plan& outcome, int page) noexcept {
+void RemarkOnLosses(const SavePlan& plan, int page) noexcept {
+  const vx_save_plan& outcome = plan.outcome;
   if (outcome.transparency == VX_TRANSPARENCY_HARDENED) AddRemark(VX_REMARK_ALPHA_HARDENED, 0, 0, page);
   if (outcome.transparency == VX_TRANSPARENCY_LOST) AddRemark(VX_REMARK_ALPHA_DROPPED, 0, 0, page);
   if (outcome.colors_lost != 0) AddRemark(VX_REMARK_COLORS_LOST, outcome.bits_per_pixel, 0, page);
+  // Readers of icons take all of them as sRGB, PNG pages too, so these say nothing of colours either.
+  const bool hasPlace = outcome.format == FMT_PNG;
+  if (!hasPlace && plan.colorSpace->NeedsPlace()) AddRemark(VX_REMARK_PROFILE_DROPPED, 0, 0, page);
 }
 
 }  // namespace vxkrn

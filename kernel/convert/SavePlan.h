@@ -32,6 +32,6 @@ struct SavePlan {
 [[nodiscard]] int PlanSave(const vx_bitmap& picture, const vx_save_options* options, SavePlan* plan);
 
 /// Remarks on what a save that went well has lost. @param page the page that was saved; 0: the whole file
-void RemarkOnLosses(const vx_save_plan& outcome, int page) noexcept;
+void RemarkOnLosses(const SavePlan& plan, int page) noexcept;
 
 }  // namespace vxkrn

@@ -5,7 +5,6 @@
 
 #include "base/CallRecord.h"
 #include "base/Errors.h"
-#include "base/Remarks.h"
 #include "convert/Conversion.h"
 #include "files/Files.h"
 #include "filter/FilterLoader.h"
@@ -86,8 +85,6 @@ int SavePicture(const Backend& backend, const char* name, const SAVEOPTIONS& pag
   context.convertArg2 = dispatch.ConvertArg2;
   context.census = &plan->census;
   const FilterCallScope scope(&context);
-  // Readers of icons take all of them as sRGB, PNG pages too, so these say nothing of colours either.
-  if (plan->colorSpace->NeedsPlace()) AddRemark(VX_REMARK_PROFILE_DROPPED);
   return Watched(backend, name, [&] { return filter->save(&dispatch); });
 }
 

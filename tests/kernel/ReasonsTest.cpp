@@ -148,7 +148,10 @@ TEST_F(Reasons, OfWhatAFileSays) {
       VX_BAD_FORMAT, VX_REASON_PNG_IN_CURSOR, [&] { (void)vx::Source::Memory(cursor).Load(asFilter); }, 22);
   Bytes cut = Icon(icon, false, {{22 + 14, 0}});
   cut.resize(cut.size() - 1);
-  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_PAGE_DAMAGED, cut, 22);
+  vx::LoadOptions asFilter;
+  asFilter.flags = VX_LOAD_AS_FILTER;
+  Expect(
+      VX_BAD_FORMAT, VX_REASON_PAGE_DAMAGED, [&] { (void)vx::Source::Memory(cut).Load(asFilter); }, 22);
   const Bytes two = samples::IconFile(icon, {samples::TrueColorPage(samples::MoonBadge(kSide)),
                                              samples::TrueColorPage(samples::MoonBadge(kSide))});
   Expect(
