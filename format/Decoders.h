@@ -14,6 +14,7 @@ enum class Decoder : uint8_t {
   kFields,   // pixels of 16 and 32 bits whose channels lie anywhere
   kTwoBits,  // indices of 2 bits
   kWide,     // 16 bits a channel, linear light
+  kRunOn,    // run-length codes whose rows no code ends
   kRle24,    // run-length codes of whole colours
   kHuffman,  // the one-dimensional code of fax machines
   kJpeg,     // a JPEG stream

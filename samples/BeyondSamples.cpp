@@ -159,6 +159,38 @@ Sample RunLengthWithoutFileHeader() {
                  ToPicture(boat)));
 }
 
+/// The end-of-line codes are left out.
+Sample RunsOn(std::string name, int bits) {
+  Indexed boat = Reduce(Boat(kWidth, kHeight, "ON"), 16, 0, true);
+  Bytes codes;
+  for (int y = kHeight - 1; y >= 0; --y) {
+    for (int x = 0; x < kWidth; ++x) {
+      Append8(codes, 1);
+      Append8(codes, static_cast<uint32_t>(boat.At(x, y) << (bits == 4 ? 4 : 0)));
+    }
+  }
+  Append16(codes, 0x0100);
+  ImageHeader header = HeaderFor(ToPicture(boat), bits);
+  header.compression = bits == 4 ? Compression::Rle4 : Compression::Rle8;
+  const Bytes palette = EncodePalette(boat.palette, size_t{1} << bits, 4);
+  return MakeSample(std::move(name), "Windows bitmap, run-length codes that end no row",
+                    BitmapFile(Encode(header), palette, codes), ToPicture(boat));
+}
+
+/// A run and a literal go over the end of a row, as far as the rows after it.
+Sample RunsOverTheEnd() {
+  Indexed stripes{3, 4, {{0, 0, 0, 255}, {200, 30, 30, 255}, {30, 30, 200, 255}, {30, 200, 30, 255}}, {}};
+  stripes.indices = {3, 0, 0, 1, 2, 3, 1, 1, 1, 1, 1, 1};  // from the top
+  ImageHeader header = HeaderFor(ToPicture(stripes), 4);
+  header.compression = Compression::Rle4;
+  // three of 1 fill the first row exactly; then three more, and a literal 1 2 3 3 of which one pixel is left
+  // over
+  const Bytes codes{3, 0x11, 3, 0x11, 0, 4, 0x12, 0x33, 0, 1};
+  return MakeSample(
+      "win-rle4-over-the-end.bmp", "Windows bitmap, RLE4, a literal that goes on in the next row",
+      BitmapFile(Encode(header), EncodePalette(stripes.palette, 16, 4), codes), ToPicture(stripes));
+}
+
 Sample BareV5() {
   const Masks masks{0xFF0000, 0xFF00, 0xFF, 0xFF000000};
   Masks repeated = masks;
@@ -193,6 +225,9 @@ std::vector<Sample> BeyondSamples() {
       WithoutFileHeader("bare-32bit-masks.dib", fields),
       RunLengthWithoutFileHeader(),
       BareV5(),
+      RunsOn("win-rle8-runs-on.bmp", 8),
+      RunsOn("win-rle4-runs-on.bmp", 4),
+      RunsOverTheEnd(),
   };
 }
 

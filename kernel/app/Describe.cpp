@@ -51,7 +51,9 @@ int AskFilter(const Filter& filter, vx_source& source, int* page, IMAGEINFO* inf
   if (status != STATUS_READ_ERROR) return status;
   MendedIcon mended(source);
   if (!mended.MendFor(*page)) return status;
-  return LetFilterLook(filter, mended.View(), source.Name(), page, info, trace);
+  const int again = LetFilterLook(filter, mended.View(), source.Name(), page, info, trace);
+  info->TotalPages = mended.PageCount();
+  return again;
 }
 
 int PageCount(const IMAGEINFO& info) {

@@ -38,7 +38,9 @@ int ReadRows(const vx_source& source, const LoadPlan& plan, RowReader& reader, v
   if (status == STATUS_OK || !Detail().Empty()) return status;
   const bool isLastRow = row == plan.info.Height && IsPlain(plan.image->layout, plan.image->decoder);
   // Run-length data may end anywhere, in every coding alike; what is missing is remarked on.
-  const bool mayEnd = plan.options.allow_truncated != 0 || plan.image->decoder == bmp::Decoder::kRle24;
+  const bmp::Decoder decoder = plan.image->decoder;
+  const bool isRunLength = decoder == bmp::Decoder::kRle24 || decoder == bmp::Decoder::kRunOn;
+  const bool mayEnd = plan.options.allow_truncated != 0 || isRunLength;
   if (!mayEnd && !isLastRow) return FailForRows(source, plan, reader, first + row - 1);
   picture->rowsPresent = std::max(row - 1, 0);
   return STATUS_OK;

@@ -8,6 +8,7 @@
 #include "beyond/EmbeddedStream.h"
 #include "beyond/IconPage.h"
 #include "beyond/Os2Icon.h"
+#include "beyond/RunOnReader.h"
 #include "bitmap/Bitmap.h"
 #include "files/OpenFile.h"
 #include "format/Rules.h"
@@ -185,6 +186,24 @@ std::string_view CompressionWord(Decoder decoder, const BitmapLayout& layout) no
 
 }  // namespace
 
+namespace {
+
+/// By the table, and by what the data says that no header does.
+int ChooseDecoder(const vx_source& source, BitmapImage* image) noexcept {
+  bmp::BitmapLayout* layout = &image->layout;
+  image->decoder = bmp::DecoderOf(*layout);
+  if (image->decoder == Decoder::kPng || image->decoder == Decoder::kJpeg) {
+    const int status = TakeStreamsWord(source, image->decoder, layout);
+    if (status != STATUS_OK) return status;
+  }
+  const bool isRunLength = image->decoder == Decoder::kFilter && !IsPlain(*layout, image->decoder);
+  if (isRunLength && RunsOn(source, *layout)) image->decoder = Decoder::kRunOn;
+  image->isFilters = IsFilters(*image);
+  return STATUS_OK;
+}
+
+}  // namespace
+
 int FindBitmap(const vx_source& source, int page, std::optional<BitmapImage>* found) noexcept {
   found->reset();
   BitmapImage image;
@@ -219,14 +238,9 @@ int FindBitmap(const vx_source& source, int page, std::optional<BitmapImage>* fo
   if (size >= 0 && layout->headerOffset + layout->headerSize > static_cast<uint64_t>(size)) {
     return FailForHeader(*layout, size);
   }
-  image.decoder = bmp::DecoderOf(*layout);
-  if (image.decoder == Decoder::kPng || image.decoder == Decoder::kJpeg) {
-    const int status = TakeStreamsWord(source, image.decoder, layout);
-    if (status != STATUS_OK) return status;
-  }
-  image.isFilters = IsFilters(image);
-  *found = image;
-  return STATUS_OK;
+  const int status = ChooseDecoder(source, &image);
+  if (status == STATUS_OK) *found = image;
+  return status;
 }
 
 int ReadPalette(const vx_source& source, const BitmapLayout& layout, RGBQUAD (&palette)[256]) noexcept {

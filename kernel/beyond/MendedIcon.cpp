@@ -26,10 +26,16 @@ bool MendedIcon::MendFor(int page) {
     entry = asked;
     isMended = true;
   }
-  entries_.clear();
+  pageCount_ = static_cast<int>(directory.entries.size());
+  // A count that is too high makes entries of the pages themselves: the page asked for must not be covered.
+  if (asked.ImageOffset < directory.Bytes()) directory.entries.resize(static_cast<std::size_t>(page));
+  ICONDIR shown = start;
+  shown.Count = static_cast<uint16_t>(directory.entries.size());
+  const auto head = bmp::EncodeDirectory(shown);
+  directory_.assign(head.begin(), head.end());
   for (const ICONDIRENTRY& entry : directory.entries) {
     const auto bytes = bmp::EncodeEntry(entry);
-    entries_.insert(entries_.end(), bytes.begin(), bytes.end());
+    directory_.insert(directory_.end(), bytes.begin(), bytes.end());
   }
   return isMended;
 }
@@ -53,13 +59,9 @@ int64_t MendedIcon::ReadAt(void* user, void* /*file*/, void* buffer, uint32_t co
   const Backend view = self.source_.View();
   const int64_t got = view.functions.read_at(view.user, nullptr, buffer, count, position);
   if (got <= 0) return got;
-  const uint64_t entriesBegin = bmp::kDirectorySize;
-  const uint64_t entriesEnd = entriesBegin + self.entries_.size();
-  const uint64_t begin = std::max(position, entriesBegin);
-  const uint64_t end = std::min(position + static_cast<uint64_t>(got), entriesEnd);
-  if (begin >= end) return got;
-  std::memcpy(static_cast<unsigned char*>(buffer) + (begin - position),
-              self.entries_.data() + (begin - entriesBegin), static_cast<std::size_t>(end - begin));
+  const uint64_t end = std::min<uint64_t>(position + static_cast<uint64_t>(got), self.directory_.size());
+  if (position >= end) return got;
+  std::memcpy(buffer, self.directory_.data() + position, static_cast<std::size_t>(end - position));
   return got;
 }
 

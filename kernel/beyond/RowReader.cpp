@@ -7,6 +7,7 @@
 #include "beyond/HuffmanReader.h"
 #include "beyond/PixelReaders.h"
 #include "beyond/Rle24Reader.h"
+#include "beyond/RunOnReader.h"
 
 namespace vxkrn {
 namespace {
@@ -30,6 +31,7 @@ int MakeRowReader(vx_source& source, const BitmapImage& image, memory::Owned<Row
       break;
     case bmp::Decoder::kTwoBits: return Make<TwoBitReader>(source, layout, reader);
     case bmp::Decoder::kWide: return Make<WideReader>(source, layout, reader);
+    case bmp::Decoder::kRunOn: return Make<RunOnReader>(source, layout, reader);
     case bmp::Decoder::kRle24: return Make<Rle24Reader>(source, layout, reader);
     case bmp::Decoder::kHuffman: return Make<HuffmanReader>(source, layout, reader);
     case bmp::Decoder::kJpeg: return MakeJpegReader(source, layout, reader);

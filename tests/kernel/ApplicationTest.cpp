@@ -124,7 +124,7 @@ TEST_F(Application, ReadsWhatAFileBeginsWithOnce) {
     const bool isArray = sample.bytes[1] == 'A';
     const std::size_t offsetAt = isArray ? 24 : 10;
     const bool isBitmap = sample.raw.empty() && sample.bytes[0] == 'B';
-    const uint64_t says = sample.bytes[offsetAt] + 256U * sample.bytes[offsetAt + 1];
+    const uint64_t says = isBitmap ? sample.bytes[offsetAt] + 256U * sample.bytes[offsetAt + 1] : 0;
     const uint64_t pixelsAt = isBitmap ? std::max<uint64_t>(says, 26) : 0;
     int reads = 0;
     MemoryFile file = {.bytes = sample.bytes};

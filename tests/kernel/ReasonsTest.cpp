@@ -249,17 +249,20 @@ TEST_F(Reasons, OfEdits) {
       VX_BAD_PAGE, VX_REASON_TOO_MANY_PAGES, [&] { Edit(full).Add(Picture(9)); }, -1, 0xFFFF);
   const vx::Edit open = Edit(Icon(icon, false));
   Expect(VX_OPEN_WRITE_ERROR, VX_REASON_LOCKED, [&] { vx::Edit{path_}; });
+  MemoryFile own = {.bytes = Icon(icon, false)};
+  vx::Check(vx_redirect_files(&MemoryFile::kFunctions, &own));
+  Expect(VX_NOT_SUPPORTED, VX_REASON_NO_LOCKS, [] { vx::Edit("it", VX_EDIT_REQUIRE_LOCK); });
 }
 
 TEST_F(Reasons, AreAllReachedAndHaveNames) {
   // These take a system call that fails, another filter or display library, or a codec: their own tests reach
   // them.
   const std::set<int> elsewhere = {
-      VX_REASON_OUT_OF_MEMORY, VX_REASON_CHANGED_WHILE_READ, VX_REASON_FILE_TOO_LARGE,
-      VX_REASON_NO_LOCKS,      VX_REASON_FILE_CHANGED,       VX_REASON_FOLDER_NOT_STORED,
-      VX_REASON_NO_FILTER,     VX_REASON_BAD_FILTER,         VX_REASON_NO_DISPLAY,
-      VX_REASON_BAD_DISPLAY,   VX_REASON_FILTER_GAVE_UP,     VX_REASON_JPEG_DAMAGED,
-      VX_REASON_NO_JPEG,       VX_REASON_PROFILE_DAMAGED,    VX_REASON_NO_COLOR_MANAGEMENT};
+      VX_REASON_OUT_OF_MEMORY,   VX_REASON_CHANGED_WHILE_READ, VX_REASON_FILE_TOO_LARGE,
+      VX_REASON_FILE_CHANGED,    VX_REASON_FOLDER_NOT_STORED,  VX_REASON_NO_FILTER,
+      VX_REASON_BAD_FILTER,      VX_REASON_NO_DISPLAY,         VX_REASON_BAD_DISPLAY,
+      VX_REASON_FILTER_GAVE_UP,  VX_REASON_JPEG_DAMAGED,       VX_REASON_NO_JPEG,
+      VX_REASON_PROFILE_DAMAGED, VX_REASON_NO_COLOR_MANAGEMENT};
   for (int reason = VX_REASON_BAD_ARGUMENT; reason <= VX_REASON_NO_COLOR_MANAGEMENT; ++reason) {
     EXPECT_STRNE(vx_reason_name(reason), "unknown") << reason;
     EXPECT_STRNE(vx_reason_advice(reason), "") << vx_reason_name(reason);
