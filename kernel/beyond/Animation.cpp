@@ -156,7 +156,8 @@ class ChunkWalk {
     headerAt_ = extent.begin;
     if (header.size != bmp::kAnimationHeaderSize) RemarkOnSize(extent.begin - kWord, header.size);
     auto bytes = source_.BlockAt<bmp::kAnimationHeaderSize>(extent.begin);
-    for (uint64_t i = SizeOf(extent); i < bytes.size(); ++i) bytes[i] = 0;
+    const auto whole = static_cast<std::size_t>(std::min<uint64_t>(SizeOf(extent), bytes.size()));
+    std::fill(bytes.begin() + whole, bytes.end(), uint8_t{0});
     animation_.header = bmp::DecodeAnimation(bytes);
   }
 

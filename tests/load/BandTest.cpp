@@ -66,7 +66,8 @@ class EndlessBitmap {
     auto* bytes = static_cast<uint8_t*>(buffer);
     uint32_t done = 0;
     count = static_cast<uint32_t>(std::min<uint64_t>(count, size - std::min(size, position)));
-    for (; done < count && position < kHeaderSize; ++done, ++position) bytes[done] = header[position];
+    for (; done < count && position < kHeaderSize; ++done, ++position)
+      bytes[done] = header[static_cast<size_t>(position)];
     while (done < count) {
       const uint64_t row = (position - kHeaderSize) / stride;
       const uint64_t left = kHeaderSize + (row + 1) * stride - position;
