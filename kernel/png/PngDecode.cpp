@@ -34,7 +34,8 @@ PngInput InputFrom(Block& block) {
   return {&block, [](void* owner, unsigned char* to, std::size_t count) {
             auto* from = static_cast<Block*>(owner);
             const std::size_t got = std::min(count, from->left);
-            if (got > 0) std::memcpy(to, from->bytes, got);  // a stream without bytes may have no address either
+            if (got > 0)
+              std::memcpy(to, from->bytes, got);  // a stream without bytes may have no address either
             from->bytes += got;
             from->left -= got;
             return got;
