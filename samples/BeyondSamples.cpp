@@ -191,6 +191,20 @@ Sample RunsOverTheEnd() {
       BitmapFile(Encode(header), EncodePalette(stripes.palette, 16, 4), codes), ToPicture(stripes));
 }
 
+/// Higher than its file is long: one pixel in the lowest row, one 101 rows above it, and an end.
+Sample HighRunLength() {
+  const std::vector<Color> colors{{10, 20, 30, 255}, {250, 200, 0, 255}, {0, 90, 200, 255}};
+  Indexed picture{3, 2000, colors, std::vector<uint8_t>(6000, 0)};
+  picture.indices[1999 * 3] = 1;
+  picture.indices[1898 * 3 + 1] = 2;
+  ImageHeader header = HeaderFor(ToPicture(picture), 8);
+  header.compression = Compression::Rle8;
+  header.colorsUsed = 3;
+  const Bytes codes{1, 1, 0, 0, 0, 2, 1, 100, 1, 2, 0, 1};
+  return MakeSample("win-rle8-high.bmp", "Windows bitmap, RLE8, nearly all of it blank",
+                    BitmapFile(Encode(header), EncodePalette(colors, 3, 4), codes), ToPicture(picture));
+}
+
 Sample BareV5() {
   const Masks masks{0xFF0000, 0xFF00, 0xFF, 0xFF000000};
   Masks repeated = masks;
@@ -228,6 +242,7 @@ std::vector<Sample> BeyondSamples() {
       RunsOn("win-rle8-runs-on.bmp", 8),
       RunsOn("win-rle4-runs-on.bmp", 4),
       RunsOverTheEnd(),
+      HighRunLength(),
   };
 }
 

@@ -5,6 +5,7 @@
 
 #include "app/Describe.h"
 #include "base/Errors.h"
+#include "beyond/RunLengthScan.h"
 #include "bitmap/Bitmap.h"
 
 namespace vxkrn {
@@ -145,7 +146,11 @@ int CheckRowsThere(const vx_source& source, const LoadPlan& plan, int there) {
 int PlanRows(const vx_source& source, LoadPlan* plan) {
   BitmapImage& image = *plan->image;
   if (const int status = CheckTable(source, image.layout); status != STATUS_OK) return status;
-  if (!IsPlain(image.layout, image.decoder)) return STATUS_OK;
+  if (!IsPlain(image.layout, image.decoder)) {
+    if (image.decoder == bmp::Decoder::kFilter && !image.icon)
+      plan->rowsTouched = RowsTouched(source, image.layout);
+    return STATUS_OK;
+  }
   const int there = RowsThere(source, image.layout);
   // The filter decodes an icon whole, with all the rows that its header speaks of, there or not.
   const bool isCutIcon = image.icon && there < image.layout.height;

@@ -1,6 +1,7 @@
 // What a load was asked to do, checked and complete: nothing later has to look at the options again.
 #pragma once
 
+#include <climits>
 #include <optional>
 #include "base/Contract.h"
 
@@ -27,6 +28,7 @@ struct LoadPlan {
   bool isIcon;
   bool isPng;
   std::optional<BitmapImage> image;  ///< of a bitmap, or of a page of an icon: what the library makes of it
+  int rowsTouched = INT_MAX;         ///< stored rows behind these are blank: the filter need not go on
   bool filterCutsBand;  ///< the filter is asked for the band's rows alone (and says in its flags if it was)
 };
 

@@ -55,6 +55,7 @@ void RowSink::NoteFourthBytes(const unsigned char* row) noexcept {
 }
 
 int RowSink::Take(int orientation, unsigned char* row, bool isUncompressed, int rowNumber) {
+  if (rowNumber >= plan_.rowsTouched) return kAllRowsTaken;
   const int status = CheckPng();
   if (status != STATUS_OK) return status;
 

@@ -7,6 +7,9 @@
 
 namespace vxkrn {
 
+/// What the callback answers once no row is worth waiting for: no status of the contract's.
+inline constexpr int kAllRowsTaken = -2000;
+
 class RowSink {
  public:
   /// All three must outlive the sink.

@@ -2,6 +2,8 @@
 // what follows.
 #include "beyond/RunLengthScan.h"
 
+#include <algorithm>
+
 #include "beyond/ByteReader.h"
 
 namespace vxkrn {
@@ -24,19 +26,22 @@ class Scan {
   Scan(const vx_source& source, const bmp::BitmapLayout& layout) noexcept
       : layout_(layout), bytes_(source, layout.pixelOffset) {}
 
-  int Rows() noexcept {
+  void Run() noexcept {
     while (row_ < layout_.height && !isComplete_) {
       const int count = bytes_.Byte();
       const int value = bytes_.Byte();
-      if (value < 0) return row_ + (x_ >= layout_.width ? 1 : 0);
+      if (value < 0) return;
       if (count > 0) {
         x_ += count;
       } else {
         Follow(value);
       }
     }
-    return layout_.height;
   }
+  /// The row that the next code would be for.
+  [[nodiscard]] int Row() const noexcept { return row_; }
+  [[nodiscard]] bool IsRowFull() const noexcept { return x_ >= layout_.width; }
+  [[nodiscard]] bool IsComplete() const noexcept { return isComplete_ || row_ >= layout_.height; }
 
  private:
   void Follow(int code) noexcept {
@@ -57,7 +62,7 @@ class Scan {
     }
   }
   void EndRows(int rows) noexcept {
-    row_ += rows;
+    row_ = std::min(row_, layout_.height) + rows;
     x_ = 0;
   }
 
@@ -71,7 +76,19 @@ class Scan {
 }  // namespace
 
 int RowsCoded(const vx_source& source, const bmp::BitmapLayout& layout) noexcept {
-  return EndsAsDeclared(source, layout) ? layout.height : Scan(source, layout).Rows();
+  if (EndsAsDeclared(source, layout)) return layout.height;
+  Scan scan(source, layout);
+  scan.Run();
+  return scan.IsComplete() ? layout.height : scan.Row() + (scan.IsRowFull() ? 1 : 0);
+}
+
+int RowsTouched(const vx_source& source, const bmp::BitmapLayout& layout) noexcept {
+  const int64_t size = source.Size();
+  // A row takes two bytes at least, unless it is jumped over.
+  if (size < 0 || layout.height <= size) return layout.height;
+  Scan scan(source, layout);
+  scan.Run();
+  return std::min(scan.Row() + 1, layout.height);
 }
 
 }  // namespace vxkrn

@@ -11,4 +11,9 @@ namespace vxkrn {
 /// code says that the rest is blank.
 [[nodiscard]] int RowsCoded(const vx_source& source, const bmp::BitmapLayout& layout) noexcept;
 
+/// Rows from the first one on in which some code may put a pixel: the others are blank, millions of them
+/// where a few bytes say that they are so high. All of them unless the picture is much higher than its data
+/// is long.
+[[nodiscard]] int RowsTouched(const vx_source& source, const bmp::BitmapLayout& layout) noexcept;
+
 }  // namespace vxkrn
