@@ -12,7 +12,7 @@ enum class PixelBytesOrder : uint8_t { kBgr, kBgra, kRgba };  // the fourth byte
 class ColorTransform {
  public:
   ColorTransform() noexcept = default;
-  ~ColorTransform();
+  ~ColorTransform();  // NOLINT(performance-trivially-destructible): an engine has something to give back
   ColorTransform(const ColorTransform&) = delete;
   ColorTransform& operator=(const ColorTransform&) = delete;
 
