@@ -123,7 +123,8 @@ Bytes Os2Masks(const Picture& picture, const std::vector<bool>& isLight) {
       Bytes row((static_cast<size_t>(picture.Width()) + 31) / 32 * 4);
       for (int x = 0; x < picture.Width(); ++x) {
         const Screen screen = ScreenAt(picture, x, y);
-        const bool light = isLight[static_cast<size_t>(y * picture.Width() + x)];
+        const bool light =
+            isLight[static_cast<size_t>(y) * static_cast<size_t>(picture.Width()) + static_cast<size_t>(x)];
         const bool isSet = isAnd ? screen != Screen::Covered
                                  : screen == Screen::Inverted || (screen == Screen::Covered && light);
         if (isSet) row[static_cast<size_t>(x / 8)] |= static_cast<uint8_t>(0x80 >> x % 8);
