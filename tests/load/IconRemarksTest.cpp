@@ -14,10 +14,11 @@ using Remark = std::array<int64_t, 3>;  // code, first, second
 
 std::vector<Remark> RemarksOn(const loading::Bytes& file) {
   (void)vx::Source::Memory(file).Load();
-  int count = 0;
-  const vx_remark* remarks = vx_remarks(&count);
-  std::vector<Remark> all;
-  for (int i = 0; i < count; ++i) all.push_back({remarks[i].code, remarks[i].first, remarks[i].second});
+  const auto remarks = vx::Remarks();
+  std::vector<Remark> all(remarks.size());
+  std::transform(remarks.begin(), remarks.end(), all.begin(), [](const vx_remark& remark) {
+    return Remark{remark.code, remark.first, remark.second};
+  });
   return all;
 }
 
@@ -128,7 +129,8 @@ TEST(BestPage, IsTheOnePeopleMean) {
   using samples::AlphaPage;
   using samples::IndexedPage;
   using samples::MoonBadge;
-  const auto file = [](std::vector<samples::Page> pages, samples::IconType type = samples::IconType::Icon) {
+  const auto file = [](const std::vector<samples::Page>& pages,
+                       samples::IconType type = samples::IconType::Icon) {
     return samples::IconFile(type, pages);
   };
   const auto sizes = file({IndexedPage(MoonBadge(16), 4), IndexedPage(MoonBadge(48), 8),
