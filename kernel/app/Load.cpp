@@ -154,7 +154,7 @@ void RemarkOnMask(const LoadPlan& plan, const FilterCall& context) {
 }
 
 /// The rows, decoded by the filter. @return STATUS_OK, or a failure with its detail set that names the file
-int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t* fourthBytes) {
+int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t* pixelBits) {
   const Filter* filter = nullptr;
   int status = LoadFilter(&filter);
   if (status != STATUS_OK) return status;
@@ -180,7 +180,7 @@ int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t
     return status;
   }
   if (plan->isPng && context.png.hasAlpha) picture->record.Flags |= kBitmapHasAlpha;
-  *fourthBytes = sink.FourthBytes();
+  *pixelBits = sink.PixelBits();
   RemarkOnMask(*plan, context);
   return plan->IsOwn() ? SetOwnRegion(source, *plan, &picture->record) : int{STATUS_OK};
 }
@@ -188,12 +188,12 @@ int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t
 /// What the fourth bytes of 32-bit pixels mean. Icons say nothing of it: there any that is not 0 makes all of
 /// them alpha. Bitmap files say so by a mask; many writers leave 0 everywhere all the same, and every reader
 /// that people use shows such a picture.
-void SettleAlpha(const LoadPlan& plan, uint32_t fourthBytes, _BITMAPHANDLE* record) {
+void SettleAlpha(const LoadPlan& plan, uint32_t pixelBits, _BITMAPHANDLE* record) {
   const bool isPng = plan.isPng || (plan.image && plan.image->decoder == bmp::Decoder::kPng);
   if (record->BitsPerPixel != 32 || isPng) return;
-  const bool isInUse = fourthBytes != 0;
+  const bool isInUse = UseFourthByte(pixelBits);
   if (HasAlpha(*record)) {
-    if (isInUse) return;
+    if (isInUse || pixelBits == 0) return;  // where there is no colour either, nothing is all that there is
     record->Flags &= ~kBitmapHasAlpha;
     return AddRemark(VX_REMARK_ALPHA_EMPTY);
   }
@@ -245,7 +245,7 @@ int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bit
   if (status != STATUS_OK) return status;
   auto picture = memory::Make<vx_bitmap>({"kernel/Load", __LINE__});
   if (picture == nullptr) return FailForMemory("a bitmap record", sizeof(vx_bitmap));
-  uint32_t fourthBytes = 0;
+  uint32_t pixelBits = 0;
   const bool toSrgb = (plan.options.flags & VX_LOAD_TO_SRGB) != 0;
   if (plan.image && !plan.image->icon)
     status = ReadColorSpace(source, plan.image->layout, toSrgb, &picture->colorSpace);
@@ -254,15 +254,15 @@ int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bit
     status = LoadPngFile(source, plan.bandFirst, plan.bandCount, picture.get());
     if (status != STATUS_OK) return Explain(status, source, 0, {});
   } else if (plan.IsDecodedHere()) {
-    status = LoadOwn(source, plan, picture.get(), &fourthBytes);
+    status = LoadOwn(source, plan, picture.get(), &pixelBits);
     if (status == STATUS_OK) RemarkOnMask(plan, {});
     if (status != STATUS_OK)
       return Explain(status, source, plan.info.TotalPages > 1 ? plan.options.page : 0, {});
   } else {
-    status = LoadByFilter(source, &plan, picture.get(), &fourthBytes);
+    status = LoadByFilter(source, &plan, picture.get(), &pixelBits);
     if (status != STATUS_OK) return status;
   }
-  if (plan.info.Format != FMT_PNG) SettleAlpha(plan, fourthBytes, &picture->record);
+  if (plan.info.Format != FMT_PNG) SettleAlpha(plan, pixelBits, &picture->record);
   if (toSrgb) status = ConvertToSrgb(picture.get());
   if (status != STATUS_OK) return NameFailure(status, source.Name());
   picture->TakeColors();

@@ -25,7 +25,7 @@ int FailForRows(const vx_source& source, const LoadPlan& plan, const RowReader& 
 
 /// Reads rows until the data ends. What is missing stays 0 where that is allowed.
 int ReadRows(const vx_source& source, const LoadPlan& plan, RowReader& reader, vx_bitmap* picture,
-             uint32_t* fourthBytes) {
+             uint32_t* pixelBits) {
   const int first = FirstStoredRow(plan.bandFirst, plan.bandCount, plan.info.Height, plan.info.Orientation);
   int status = first > 0 ? reader.Skip(first) : int{STATUS_OK};
   const bool has32 = picture->record.BitsPerPixel == 32;
@@ -33,7 +33,7 @@ int ReadRows(const vx_source& source, const LoadPlan& plan, RowReader& reader, v
   for (; status == STATUS_OK && row < plan.bandCount; ++row) {
     uint8_t* const pixels = StoredRow(picture->record, row);
     status = reader.Next(pixels);
-    if (has32) *fourthBytes |= FourthBytes(pixels, static_cast<std::size_t>(picture->record.Width));
+    if (has32) *pixelBits |= PixelBits(pixels, static_cast<std::size_t>(picture->record.Width));
   }
   if (status == STATUS_OK || !Detail().Empty()) return status;
   const bool isLastRow = row == plan.info.Height && IsPlain(plan.image->layout, plan.image->decoder);
@@ -47,15 +47,15 @@ int ReadRows(const vx_source& source, const LoadPlan& plan, RowReader& reader, v
 }
 
 /// Whether some pixel of the image can be seen: a band may lie where none can.
-int SeeAlpha(vx_source& source, const LoadPlan& plan, uint32_t* fourthBytes) {
+int SeeAlpha(vx_source& source, const LoadPlan& plan, uint32_t* pixelBits) {
   memory::Owned<RowReader> reader;
   int status = MakeRowReader(source, *plan.image, &reader);
   if (status != STATUS_OK) return status;
   memory::Vector<uint8_t> row(static_cast<std::size_t>(Stride(plan.info.Width, 32)));
-  for (int i = 0; status == STATUS_OK && *fourthBytes == 0 && i < plan.info.Height; ++i) {
+  for (int i = 0; status == STATUS_OK && !UseFourthByte(*pixelBits) && i < plan.info.Height; ++i) {
     std::fill(row.begin(), row.end(), uint8_t{0});
     status = reader->Next(row.data());
-    *fourthBytes |= FourthBytes(row.data(), static_cast<std::size_t>(plan.info.Width));
+    *pixelBits |= PixelBits(row.data(), static_cast<std::size_t>(plan.info.Width));
   }
   return status == STATUS_OK || Detail().Empty() ? int{STATUS_OK} : status;
 }
@@ -78,7 +78,7 @@ int SetOwnRegion(const vx_source& source, const LoadPlan& plan, _BITMAPHANDLE* r
   return SetRegionOf(source, *plan.image->icon, first, record);
 }
 
-int LoadOwn(vx_source& source, const LoadPlan& plan, vx_bitmap* picture, uint32_t* fourthBytes) {
+int LoadOwn(vx_source& source, const LoadPlan& plan, vx_bitmap* picture, uint32_t* pixelBits) {
   if (plan.IsPngHere()) {
     return LoadPngBody(source, *plan.image->icon, plan.bandFirst, plan.bandCount, picture);
   }
@@ -95,9 +95,9 @@ int LoadOwn(vx_source& source, const LoadPlan& plan, vx_bitmap* picture, uint32_
   record->YResolution = plan.info.YResolution;
   if (shape.hasAlpha) record->Flags |= kBitmapHasAlpha;
   status = SetPalette(source, plan, *reader, picture);
-  if (status == STATUS_OK) status = ReadRows(source, plan, *reader, picture, fourthBytes);
-  const bool mayBeHidden = shape.hasAlpha && *fourthBytes == 0 && plan.bandCount < plan.info.Height;
-  if (status == STATUS_OK && mayBeHidden) status = SeeAlpha(source, plan, fourthBytes);
+  if (status == STATUS_OK) status = ReadRows(source, plan, *reader, picture, pixelBits);
+  const bool mayBeHidden = shape.hasAlpha && !UseFourthByte(*pixelBits) && plan.bandCount < plan.info.Height;
+  if (status == STATUS_OK && mayBeHidden) status = SeeAlpha(source, plan, pixelBits);
   return status == STATUS_OK ? SetOwnRegion(source, plan, record) : status;
 }
 

@@ -50,12 +50,7 @@ bool RowSink::MayRunShortAfter(int rowNumber) const noexcept {
   return plan_.options.allow_truncated != 0 || rowNumber >= rows - 2;
 }
 
-void RowSink::NoteFourthBytes(const unsigned char* row) noexcept {
-  fourthBytes_ |= vxkrn::FourthBytes(row, rowBytes_ / 4);
-}
-
 int RowSink::Take(int orientation, unsigned char* row, bool isUncompressed, int rowNumber) {
-  if (rowNumber >= plan_.rowsTouched) return kAllRowsTaken;
   const int status = CheckPng();
   if (status != STATUS_OK) return status;
 
@@ -63,7 +58,10 @@ int RowSink::Take(int orientation, unsigned char* row, bool isUncompressed, int 
   const int count = plan_.bandCount;
   const bool isCut = plan_.filterCutsBand && isUncompressed;
   if (rowNumber < 0 || rowNumber >= (isCut ? count : height)) return FailForChange();
-  if (!plan_.isPng && picture_->record.BitsPerPixel == 32) NoteFourthBytes(row);
+  if (rowNumber >= plan_.rowsTouched) return kAllRowsTaken;
+  if (!plan_.isPng && picture_->record.BitsPerPixel == 32) {
+    pixelBits_ |= vxkrn::PixelBits(row, rowBytes_ / 4);
+  }
 
   // Rows of a band that the filter cut start at the band's first stored row.
   const int inBand = isCut ? FlipRow(rowNumber, count, orientation)

@@ -18,8 +18,8 @@ class RowSink {
 
   /// Gives the picture its pixels. @return STATUS_OK, or a failure with its detail set.
   [[nodiscard]] int Allocate(int bitsPerPixel);
-  /// The fourth bytes of 32-bit pixels, wanted or not, all of them or-ed together.
-  [[nodiscard]] uint32_t FourthBytes() const noexcept { return fourthBytes_; }
+  /// The 32-bit pixels, wanted or not, all of them or-ed together.
+  [[nodiscard]] uint32_t PixelBits() const noexcept { return pixelBits_; }
 
   /// How many rows came.
   [[nodiscard]] int RowsTaken() const noexcept { return rowsTaken_; }
@@ -32,13 +32,12 @@ class RowSink {
   int Take(int orientation, unsigned char* row, bool isUncompressed, int rowNumber);
   [[nodiscard]] int CheckPng();
   [[nodiscard]] bool MayRunShortAfter(int rowNumber) const noexcept;
-  void NoteFourthBytes(const unsigned char* row) noexcept;
 
   const LoadPlan& plan_;
   const FilterCall& context_;
   vx_bitmap* picture_;
   std::size_t rowBytes_ = 0;
-  uint32_t fourthBytes_ = 0;
+  uint32_t pixelBits_ = 0;
   int rowsTaken_ = 0;
 };
 

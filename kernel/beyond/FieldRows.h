@@ -19,12 +19,14 @@ class FieldRows {
 
  private:
   [[nodiscard]] std::span<Rgba> Read(int row) noexcept;
+  [[nodiscard]] bool IsAllHidden(uint32_t alphaMask) noexcept;
 
   ColorRows rows_;
   FieldPacker packer_;
   std::size_t pixelBytes_;
   std::size_t maskBytes_;
   memory::Vector<uint8_t> row_;
+  bool isHidden_;  // no pixel can be seen: colours below that would make readers show them
 };
 
 /// Writes a piece where the file stands. @return whether all of it was taken

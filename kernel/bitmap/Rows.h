@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstring>
 #include <span>
 
 #include "bitmap/Bitmap.h"
@@ -23,11 +24,19 @@ void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedR
 void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, int first, int count,
               uint8_t* rgba) noexcept;
 
-/// The fourth bytes of 32-bit pixels, all of them or-ed together.
-[[nodiscard]] inline uint32_t FourthBytes(const uint8_t* row, std::size_t pixels) noexcept {
-  uint32_t seen = 0;
-  for (std::size_t i = 0; i < pixels; ++i) seen |= row[4 * i + 3];
-  return seen;
+/// 32-bit pixels, all of them or-ed together: the highest byte is that of the fourth bytes.
+[[nodiscard]] inline uint32_t PixelBits(const uint8_t* row, std::size_t pixels) noexcept {
+  uint32_t bits = 0;
+  for (std::size_t i = 0; i < pixels; ++i) {
+    uint32_t pixel;
+    std::memcpy(&pixel, row + 4 * i, sizeof pixel);
+    bits |= pixel;
+  }
+  return bits;
+}
+/// Whether some fourth byte of such pixels is not 0.
+[[nodiscard]] constexpr bool UseFourthByte(uint32_t pixelBits) noexcept {
+  return pixelBits >> 24 != 0;
 }
 
 /// Takes the indices of 1, 4 or 8 bits out of a row, one a byte.

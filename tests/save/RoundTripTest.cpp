@@ -177,6 +177,19 @@ std::vector<uint8_t> Hex(const std::string& text) {
   return bytes;
 }
 
+/// Alpha that would hide every pixel is not believed where there are colours, so those are left out.
+TEST_F(RoundTrip, NothingToBeSeenStaysNothing) {
+  for (const auto& [alpha, bits] : {std::pair<uint8_t, int>{0, 32}, {0, 16}, {8, 16}}) {
+    std::vector<uint8_t> rgba;
+    for (int i = 0; i < 6; ++i) rgba.insert(rgba.end(), {200, 100, 50, alpha});
+    vx::SaveOptions options(VX_FORMAT_BMP, bits);
+    if (bits == 16) options.masks = VX_MASKS_4444;
+    const vx::Buffer file = vx::Bitmap::FromRgba(3, 2, rgba.data()).Save(options);
+    const std::vector<uint8_t> again = vx::Source::Memory(file.Bytes()).Load().Rgba();
+    EXPECT_EQ(again, std::vector<uint8_t>(rgba.size(), 0)) << int{alpha} << ", " << bits;
+  }
+}
+
 TEST_F(RoundTrip, FilesWithAlphaAreByteForByteAsCommonToolsHaveThem) {
   const vx::Bitmap column = WithAlpha(1, 2, [](int, int y) -> Pixel {
     return y == 0 ? Pixel{0x11, 0x22, 0x33, 0x80} : Pixel{0x44, 0x55, 0x66, 0x7F};
