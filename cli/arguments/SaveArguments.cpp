@@ -191,4 +191,12 @@ void RemarkOnLosses(std::string_view out, const vx_save_options& options, const 
   }
 }
 
+int ParseIconDepth(const std::string& bits) {
+  const std::optional<int> depth = ParseInt(bits, 1);
+  constexpr int kDepths[] = {1, 4, 8, 24, 32};
+  if (depth && std::find(std::begin(kDepths), std::end(kDepths), *depth) != std::end(kDepths)) return *depth;
+  throw UsageError(
+      fmt::format("--bits {}: bitmap pages have one of 1, 4, 8, 24, 32 bits a pixel", Printable(bits)));
+}
+
 }  // namespace cli

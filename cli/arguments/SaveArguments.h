@@ -37,4 +37,7 @@ std::string FormatTable();
 /// watch.
 void RemarkOnLosses(std::string_view out, const vx_save_options& options, const vx_save_plan& plan);
 
+/// The depth of a bitmap page. @throws UsageError
+[[nodiscard]] int ParseIconDepth(const std::string& bits);
+
 }  // namespace cli

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "arguments/PageSelection.h"
+#include "arguments/SaveArguments.h"
 #include "commands/Command.h"
 #include "commands/Resize.h"
 #include "failures/Report.h"
@@ -29,6 +30,7 @@ struct IconArguments {
   std::string out;
   std::string sizes;
   std::string pngFrom;
+  std::string bits;
 };
 
 int ParseSize(std::string_view text, std::string_view option, std::string_view all) {
@@ -129,9 +131,11 @@ class Picture {
     page_ = std::move(picture);
   }
 
-  void AddTo(vx::Edit& edit, int size, int pngFrom) const {
+  void AddTo(vx::Edit& edit, int size, int pngFrom, int bits) const {
     vx::SaveOptions options;
-    options.format = size >= pngFrom ? VX_FORMAT_VISTA_ICO : 0;
+    const bool isPng = size >= pngFrom;
+    options.format = isPng ? VX_FORMAT_VISTA_ICO : bits == 0 ? 0 : VX_FORMAT_ICO;
+    if (!isPng) options.bits_per_pixel = bits;
     if (size == side_) {
       edit.Add(page_, &options);
     } else {
@@ -160,7 +164,8 @@ class IconMaker {
   explicit IconMaker(const IconArguments& arguments)
       : arguments_(arguments),
         pngFrom_(arguments.pngFrom.empty() ? kLargestPage
-                                           : ParseSize(arguments.pngFrom, "--png-from", arguments.pngFrom)) {
+                                           : ParseSize(arguments.pngFrom, "--png-from", arguments.pngFrom)),
+        bits_(arguments.bits.empty() ? 0 : ParseIconDepth(arguments.bits)) {
     if (!arguments.sizes.empty()) sizes_ = ParseSizes(arguments.sizes);
   }
 
@@ -174,7 +179,8 @@ class IconMaker {
       // A bad page that was left out may have been the largest.
       const bool isMadeUp = size > originals_.back().side && size != sizes_.front();
       if (isMadeUp && arguments_.sizes.empty()) break;
-      picture.AddTo(edit, size, pngFrom_);
+      picture.AddTo(edit, size, pngFrom_, bits_);
+      ReportRemarks(arguments_.out);
     }
     edit.Commit();
     return kExitOk;
@@ -225,6 +231,7 @@ class IconMaker {
 
   const IconArguments& arguments_;
   int pngFrom_;
+  int bits_;  // of bitmap pages; 0: as suits the picture
   std::vector<int> sizes_;
   std::deque<Image> images_;  // which stay where they are
   std::vector<Original> originals_;
@@ -259,6 +266,12 @@ Action DeclareIcon(Arguments& command) {
                        "unless given. Smaller ones with soft edges have 32 bits",
                .value = "SIZE"},
               arguments->pngFrom);
+  command.Add({.name = "--bits",
+               .help = "bits a pixel of the bitmap pages: 1, 4, 8, 24 or 32; unless given\n"
+                       "32 where edges are soft, else as few as lose nothing",
+               .value = "N",
+               .offers = "1|4|8|24|32"},
+              arguments->bits);
   return [arguments] { return MakeIcon(*arguments); };
 }
 

@@ -68,14 +68,6 @@ std::optional<std::vector<vx::Bitmap>> LoadAll(const std::vector<std::string>& i
   return pictures;
 }
 
-int ParseIconDepth(const std::string& bits) {
-  const std::optional<int> depth = ParseInt(bits, 1);
-  constexpr int kDepths[] = {1, 4, 8, 24, 32};
-  if (depth && std::find(std::begin(kDepths), std::end(kDepths), *depth) != std::end(kDepths)) return *depth;
-  throw UsageError(
-      fmt::format("--bits {}: bitmap pages have one of 1, 4, 8, 24, 32 bits a pixel", Printable(bits)));
-}
-
 bool IsCursorFile(const std::string& file) try {
   return vx::Source::File(file).DescribeDirectory().is_cursor != 0;
 } catch (const vx::Error&) {
