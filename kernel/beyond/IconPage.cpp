@@ -151,23 +151,6 @@ int FindPngPage(const vx_source& source, BitmapImage image, std::optional<Bitmap
   return STATUS_OK;
 }
 
-bool IsPngAt(const vx_source& source, uint64_t offset) noexcept {
-  const auto start = source.BlockAt<bmp::kPngSignatureSize>(offset);
-  return std::find(std::begin(bmp::kPngSignatures), std::end(bmp::kPngSignatures), start) !=
-         std::end(bmp::kPngSignatures);
-}
-
-/// Whether a page makes its file one of the newer kind, by the filter's rule: it looks into bitmaps only
-/// where the entry leaves a side open.
-bool IsNewerPage(const vx_source& source, int page) noexcept {
-  const ICONDIRENTRY entry = bmp::DecodeEntry(source.BlockAt<bmp::kEntrySize>(bmp::EntryOffset(page)));
-  if (IsPngAt(source, entry.ImageOffset)) return true;
-  if (entry.Width != 0 && entry.Height != 0) return false;
-  const auto header =
-      bmp::DecodeInfoHeader(source.BlockAt<bmp::kInfoHeaderSize>(uint64_t{entry.ImageOffset}));
-  return header.width == bmp::kLargeIcon || header.height == bmp::kLargeIcon;
-}
-
 void RemarkOnEntry(const BitmapImage& image, uint64_t fileSize, int page) noexcept {
   const BitmapLayout& layout = image.layout;
   const IconPart& part = *image.icon;
@@ -208,19 +191,9 @@ int FindIconPage(const vx_source& source, int page, std::optional<BitmapImage>* 
   if (part.kind == Kind::kCursor) part.hotSpot = {part.entry.Planes, part.entry.BitCount};
   if (part.bodyOffset >= FileSize(source)) return STATUS_OK;
   image.icon = part;
-  return IsPngAt(source, part.bodyOffset) ? FindPngPage(source, image, found)
+  const auto start = source.BlockAt<bmp::kPngSignatureSize>(part.bodyOffset);
+  return bmp::IsOneOfPngSignatures(start) ? FindPngPage(source, image, found)
                                           : FindBitmapPage(source, image, found);
-}
-
-int FormatOfIconFile(vx_source& source) noexcept {
-  const ICONDIR directory = bmp::DecodeDirectory(source.BlockAt<bmp::kDirectorySize>(0));
-  if (directory.Type == bmp::kCursorType) return FMT_CUR;
-  if (source.iconFormat != 0) return source.iconFormat;
-  source.iconFormat = FMT_ICO;
-  for (int page = 1; page <= directory.Count && source.iconFormat == FMT_ICO; ++page) {
-    if (IsNewerPage(source, page)) source.iconFormat = FMT_VISTA_ICO;
-  }
-  return source.iconFormat;
 }
 
 void RemarkOnPage(const vx_source& source, const BitmapImage& image) noexcept {

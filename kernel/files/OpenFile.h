@@ -1,4 +1,4 @@
-// One open file: a position, and a window of bytes read ahead or not yet written, so that callers may read
+// One open file: a position, and a window of bytes read ahead and not yet written, so that callers may read
 // and write byte by byte. Knows nothing of names or threads.
 #pragma once
 
@@ -42,10 +42,12 @@ class OpenFile {
  private:
   [[nodiscard]] bool HasWindow() noexcept;
   uint32_t TakeFromWindow(uint8_t* destination, uint32_t count) noexcept;
+  int64_t FillWindow(uint32_t count) noexcept;
   int64_t ReadStep(uint8_t* destination, uint32_t count) noexcept;
   int64_t ReadBackend(uint8_t* destination, uint32_t count, uint64_t offset) noexcept;
   [[nodiscard]] bool WriteBackend(const uint8_t* source, std::size_t count, uint64_t offset) noexcept;
   [[nodiscard]] bool Flush() noexcept;
+  [[nodiscard]] bool WriteIntoWindow(const uint8_t* source, uint32_t count) noexcept;
   void NoteWriteFailure() noexcept;
 
   Backend backend_;
@@ -55,7 +57,9 @@ class OpenFile {
   uint64_t windowStart_ = 0;  // file offset of the window's first byte
   uint32_t windowFill_ = 0;   // bytes in it
   uint32_t readAhead_ = 0;    // bytes the next fill asks for
-  bool waiting_ = false;      // the window's bytes are not in the file yet
+  uint32_t waitingFrom_ = 0;  // the bytes of the window that are not in the file yet
+  uint32_t waitingTo_ = 0;
+  bool isGathered_ = false;  // the window's bytes were written, not read
   bool writable_;
   bool writeFailed_ = false;
   int writeError_ = 0;
