@@ -34,7 +34,20 @@ inline constexpr uint32_t kGamma = 96;      // red, green, blue, as 16.16 fixed-
 inline constexpr uint32_t kIntent = 108;
 inline constexpr uint32_t kProfileOffset = 112;  // from the start of the image header
 inline constexpr uint32_t kProfileSize = 116;
+inline constexpr uint32_t kReserved = 120;
 }  // namespace long_at
+
+/// Where the fields lie that only OS/2 2.x headers have.
+namespace os2_at {
+inline constexpr uint32_t kResolutionUnit = 40;
+inline constexpr uint32_t kReserved = 42;
+inline constexpr uint32_t kRecording = 44;  // the order of the rows
+inline constexpr uint32_t kRendering = 46;  // how halftones were made
+inline constexpr uint32_t kHalftone1 = 48;
+inline constexpr uint32_t kHalftone2 = 52;
+inline constexpr uint32_t kColourEncoding = 56;
+inline constexpr uint32_t kIdentifier = 60;  // for the application
+}  // namespace os2_at
 
 enum class HeaderFamily : uint8_t { kCore, kOs2, kWindows };
 
