@@ -20,6 +20,10 @@ int CheckOptions(vx_load_options* options) {
                            "; it must be even and 2 or more, or 0");
   }
   const int order = options->color_order;
+  if (const unsigned int unknown = options->flags & ~unsigned{VX_LOAD_AS_FILTER | VX_LOAD_TO_SRGB};
+      unknown != 0) {
+    return FailForArgument("flags are ", options->flags, ", but ", unknown, " means nothing");
+  }
   if (options->alpha < VX_ALPHA_IGNORE || options->alpha > VX_ALPHA_FORCE) {
     return FailForArgument("alpha is ", options->alpha, "; it must be VX_ALPHA_IGNORE, AUTO or FORCE");
   }
