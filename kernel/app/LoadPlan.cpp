@@ -146,6 +146,12 @@ int CheckRowsThere(const vx_source& source, const LoadPlan& plan, int there) {
               "the file ends at byte ", size, ": ", there, " of its ", layout.height, " rows are there");
 }
 
+/// Whether the last row is missing, and padding of the one before it, too: the filter wants that.
+bool LacksPadding(const vx_source& source, const bmp::BitmapLayout& layout, int there) {
+  const uint64_t end = layout.pixelOffset + layout.StoredStride() * static_cast<uint64_t>(there);
+  return there == layout.height - 1 && source.Size() >= 0 && static_cast<uint64_t>(source.Size()) < end;
+}
+
 /// Decides who finds the rows and refuses a picture that the file cannot hold.
 int PlanRows(const vx_source& source, LoadPlan* plan) {
   BitmapImage& image = *plan->image;
@@ -158,7 +164,9 @@ int PlanRows(const vx_source& source, LoadPlan* plan) {
   const int there = RowsThere(source, image.layout);
   // The filter decodes an icon whole, with all the rows that its header speaks of, there or not.
   const bool isCutIcon = image.icon && there < image.layout.height;
-  if (isCutIcon || (plan->bandCount < plan->info.Height && !IsWithinReach(*plan))) image.isFilters = false;
+  if (isCutIcon || LacksPadding(source, image.layout, there) ||
+      (plan->bandCount < plan->info.Height && !IsWithinReach(*plan)))
+    image.isFilters = false;
   return CheckRowsThere(source, *plan, there);
 }
 

@@ -24,7 +24,9 @@ bool EndsAsDeclared(const vx_source& source, const bmp::BitmapLayout& layout) no
 class Scan {
  public:
   Scan(const vx_source& source, const bmp::BitmapLayout& layout) noexcept
-      : layout_(layout), bytes_(source, layout.pixelOffset) {}
+      : layout_(layout),
+        bytes_(source, layout.pixelOffset),
+        fileSize_(source.Size() < 0 ? UINT64_MAX : static_cast<uint64_t>(source.Size())) {}
 
   void Run() noexcept {
     while (row_ < layout_.height && !isComplete_) {
@@ -55,11 +57,15 @@ class Scan {
       }
       default: {
         const auto size = static_cast<uint64_t>(layout_.depth == 4 ? (code + 1) / 2 : code);
+        const auto there = static_cast<int64_t>(std::min(size, BytesLeft()));
         bytes_.Skip(size + size % 2);
-        x_ += code;
+        x_ += std::min<int64_t>(code, layout_.depth == 4 ? 2 * there : there);
         break;
       }
     }
+  }
+  [[nodiscard]] uint64_t BytesLeft() const noexcept {
+    return fileSize_ - std::min(fileSize_, bytes_.Position());
   }
   void EndRows(int rows) noexcept {
     row_ = std::min(row_, layout_.height) + rows;
@@ -68,6 +74,7 @@ class Scan {
 
   const bmp::BitmapLayout& layout_;
   ByteReader bytes_;
+  uint64_t fileSize_;
   int row_ = 0;
   int64_t x_ = 0;  // pixels of the row that the codes reached
   bool isComplete_ = false;
