@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 #include "format/BitmapHeader.h"
 #include "format/Bytes.h"
@@ -35,6 +36,13 @@ inline constexpr uint32_t kIntent = 108;
 inline constexpr uint32_t kProfileOffset = 112;  // from the start of the image header
 inline constexpr uint32_t kProfileSize = 116;
 }  // namespace long_at
+
+/// Whether writers make headers of that length.
+constexpr bool IsHeaderSize(uint32_t size) {
+  constexpr uint32_t kSizes[] = {kCoreHeaderSize, kInfoHeaderSize, kMasks3HeaderSize, kMasks4HeaderSize,
+                                 kOs2HeaderSize,  kV4HeaderSize,   kV5HeaderSize};
+  return std::find(std::begin(kSizes), std::end(kSizes), size) != std::end(kSizes);
+}
 
 enum class HeaderFamily : uint8_t { kCore, kOs2, kWindows };
 

@@ -277,7 +277,7 @@ typedef struct vx_info {
   int page;             /**< page described, from 1 */
   int page_count;       /**< pages in the file; 1 for single images */
   uint32_t data_size;   /**< bytes of pixel data, rows padded to whole bytes */
-  char compression[20]; /**< "Run Length", "PNG", or "" for none */
+  char compression[20]; /**< "Run Length", "PNG", "alpha bit fields" and so on, or "" for none */
 } vx_info;
 
 /* ---- Sources ---- */

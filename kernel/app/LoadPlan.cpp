@@ -184,7 +184,8 @@ int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) 
   if (status != STATUS_OK) return status;
   if (raw == nullptr && !asFilter) status = FindBitmap(source, plan->options.page, &plan->image);
   if (status == STATUS_OK && plan->image) status = PlanRows(source, plan);
-  if (status != STATUS_OK) return NameFailure(status, source.Name());
+  const int pageWorthSaying = plan->info.TotalPages > 1 ? plan->options.page : 0;
+  if (status != STATUS_OK) return NameFailure(status, source.Name(), pageWorthSaying);
   plan->isIcon = IsIcon(plan->info) || (plan->image && plan->image->icon);
   plan->isPng = IsPngPage(plan->info);
   // An icon's mask follows its last row, and a run cannot be started in the middle.
