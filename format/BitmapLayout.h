@@ -201,10 +201,11 @@ constexpr BitmapLayout LayOut(const LayoutBytes& bytes, uint64_t headerOffset, b
   image.paletteDeclared = layout::DeclaredEntries(image.depth, coloursUsed);
   image.paletteCount = image.paletteDeclared;
   image.pixelOffset = dataOffset;
+  // A table that only helps displays of few colours.
+  const bool isForDisplays = image.depth > 8 && coloursUsed <= 256;
+  const uint64_t behindTable = image.PaletteEnd() + (isForDisplays ? uint64_t{4} * coloursUsed : 0);
   if (!hasFileHeader) {
-    image.pixelOffset = image.PaletteEnd();
-    // A table that only helps displays of few colours.
-    if (image.depth > 8 && coloursUsed <= 256) image.pixelOffset += uint64_t{4} * coloursUsed;
+    image.pixelOffset = behindTable;
   } else if (dataOffset < image.PaletteEnd()) {
     const uint64_t room = dataOffset > image.paletteOffset ? dataOffset - image.paletteOffset : 0;
     const auto fitting = static_cast<uint32_t>(room / image.paletteEntrySize);
@@ -212,7 +213,7 @@ constexpr BitmapLayout LayOut(const LayoutBytes& bytes, uint64_t headerOffset, b
     if (fitting > 0 && !isCounted) {
       image.paletteCount = fitting;
     } else {
-      image.pixelOffset = image.PaletteEnd();
+      image.pixelOffset = behindTable;
       image.isOffsetMended = true;
     }
   }
