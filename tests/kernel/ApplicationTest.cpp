@@ -296,11 +296,18 @@ TEST_F(Application, RowsThatAreMissingAreBlankNotCopies) {
                 [&] { (void)source.Load(); });
   vx::LoadOptions options;
   options.allow_truncated = 1;
-  EXPECT_EQ(Levels(source.Load(options)), (std::vector<int>{0, 0, 0, 103, 104, 105, 106, 107}));
+  for (const unsigned int flags : {0U, unsigned{VX_LOAD_AS_FILTER}}) {
+    options.flags = flags;
+    const vx::Bitmap cut = source.Load(options);
+    EXPECT_EQ(Levels(cut), (std::vector<int>{0, 0, 0, 103, 104, 105, 106, 107}));
+    EXPECT_EQ(cut.Describe().rows_present, 4);
+  }
 
   file.resize(file.size() + 3 * 8 - 3);  // only the top row is short, which is never an error
   const std::vector<uint8_t> top = vx::Source::Memory(file).Load().Rgba();
   EXPECT_EQ(std::vector<int>({top[0], top[1 * 4], top[5 * 4]}), (std::vector<int>{0, 0, 0}));
+  file.resize(file.size() - 1);  // nor is padding of the row before it
+  EXPECT_EQ(vx::Source::Memory(file).Load().Describe().rows_present, 7);
 }
 
 TEST_F(Application, RefusesOptionsOutOfTheirRange) {
@@ -314,6 +321,8 @@ TEST_F(Application, RefusesOptionsOutOfTheirRange) {
   expect(VX_BAD_PARAMETER, [](auto& o) { o.read_buffer_size = 3; });
   expect(VX_BAD_PARAMETER, [](auto& o) { o.read_buffer_size = -2; });
   expect(VX_BAD_PARAMETER, [](auto& o) { o.color_order = VX_ORDER_RGB; });
+  expect(VX_BAD_PARAMETER, [](auto& o) { o.alpha = VX_ALPHA_FORCE + 1; });
+  expect(VX_BAD_PARAMETER, [](auto& o) { o.flags = VX_LOAD_TO_SRGB << 1; });
   expect(VX_BAD_PARAMETER, [](auto& o) { o.band_first = 1; });  // and no rows
   vx_raw raw = {VX_FORMAT_RAW, 4, 4, 16, 0, 0, nullptr, 0, 0, 0, 0, 0};
   const auto expectRaw = [&](int status, auto&& change) {
@@ -350,6 +359,12 @@ TEST_F(Application, ReadsHeaderlessPixelsWhereAndAsItIsTold) {
   vx::LoadOptions options;
   options.raw = &raw;
   EXPECT_EQ(vx::Source::Memory(file).Load(options).Rgba(), (std::vector<uint8_t>{30, 20, 10, 255}));
+
+  file.resize(16 + 5, 7);  // two rows and a bit
+  const vx_raw cut = {VX_FORMAT_RAW, 8, 4, 8, 0, 0, nullptr, 0, 0, 0, 0, 0};
+  options.raw = &cut;
+  options.allow_truncated = 1;
+  EXPECT_EQ(vx::Source::Memory(file).Load(options).Describe().rows_present, 2);
 }
 
 TEST_F(Application, SaysWhereAFileIsWrong) {

@@ -87,6 +87,10 @@ TEST(Os2Icons, AreOfTheirKindsAndPointWhereTheyShould) {
   }
   const auto second = loading::LoadPage(SampleNamed("os2-array.ico"), 2);
   EXPECT_EQ(std::pair(second.status, second.width), std::pair(int{VX_OK}, 20)) << second.detail;
+  auto cut = SampleNamed("os2-array.ico");
+  cut.resize(40);
+  EXPECT_NE(loading::LoadPage(cut).detail.find("the OS/2 icon or pointer at byte 14"), std::string::npos);
+  EXPECT_EQ(vx_error_reason(), VX_REASON_PAGE_DAMAGED);
 }
 
 TEST(CursorPages, ThatArePngStreamsKeepTheirHotSpot) {
