@@ -109,6 +109,7 @@ bool OpenFile::WriteBackend(const uint8_t* source, std::size_t count, uint64_t o
 
 /// Stores what waits. What was read stays in the window.
 bool OpenFile::Flush() noexcept {
+  room_ = 0;
   if (waitingFrom_ == waitingTo_) return true;
   const uint32_t from = std::exchange(waitingFrom_, 0);
   const uint32_t count = std::exchange(waitingTo_, 0) - from;
@@ -133,7 +134,7 @@ bool OpenFile::WriteIntoWindow(const uint8_t* source, uint32_t count) noexcept {
   return true;
 }
 
-int OpenFile::Write(const uint8_t* source, uint32_t count) noexcept {
+int OpenFile::WriteAnywhere(const uint8_t* source, uint32_t count) noexcept {
   if (count == 0) return EndHere();
   if (!writable_ || writeFailed_ || count > INT_MAX || count > kLastPosition - position_) return -1;
   if (WriteIntoWindow(source, count)) return static_cast<int>(count);
@@ -149,12 +150,9 @@ int OpenFile::Write(const uint8_t* source, uint32_t count) noexcept {
     position_ += count;
     return static_cast<int>(count);
   }
-  std::memcpy(window_.get() + windowFill_, source, count);
   isGathered_ = true;
-  windowFill_ += count;
-  waitingTo_ = windowFill_;
-  position_ += count;
-  return static_cast<int>(count);
+  room_ = static_cast<uint32_t>(std::min<uint64_t>(kWindowSize - windowFill_, kLastPosition - position_));
+  return Gather(source, count);
 }
 
 int OpenFile::EndHere() noexcept {
@@ -171,6 +169,7 @@ int OpenFile::EndHere() noexcept {
 bool OpenFile::MoveTo(int64_t target) noexcept {
   if (target < 0 || static_cast<uint64_t>(target) > kLastPosition) return false;
   position_ = static_cast<uint64_t>(target);
+  room_ = 0;
   return true;
 }
 
