@@ -143,11 +143,52 @@ TEST_F(Application, ReadsWhatAFileBeginsWithOnce) {
   large.read = [&](uint64_t) { ++reads; };
   (void)Open(large);
   EXPECT_EQ(reads, 1);
+  MemoryFile small = {
+      .bytes = samples::IconFile(samples::IconType::Icon, {samples::AlphaPage(samples::MoonBadge(40))})};
+  small.most = UINT32_MAX;
+  std::vector<uint64_t> positions;
+  small.read = [&](uint64_t position) { positions.push_back(position); };
+  EXPECT_EQ(Open(small).Load().Describe().width, 40);
+  EXPECT_EQ(positions, (std::vector<uint64_t>{0, 4096})) << "no byte of a small icon file is read twice";
   Bytes changing = GreyBitmap(0);  // whose owner may do so
   const vx::Source source = vx::Source::Memory(changing);
   EXPECT_EQ(source.Describe().width, kWidth);
   changing[18] = 1;
   EXPECT_EQ(source.Describe().width, 1);
+}
+
+int sizesAsked;
+
+TEST_F(Application, LooksThroughADirectoryOnceForAllItsPages) {
+  constexpr int kPages = 1000;
+  Bytes icon = samples::IconFile(samples::IconType::Icon,
+                                 std::vector(kPages, samples::AlphaPage(samples::MoonBadge(16))));
+  icon.resize(5 << 20);  // too large to be held
+  int reads = 0;
+  MemoryFile file = {.bytes = icon};
+  file.most = UINT32_MAX;
+  file.read = [&](uint64_t) { ++reads; };
+  vx_file_functions functions = MemoryFile::kFunctions;
+  functions.size = [](void* user, void* opened) { return ++sizesAsked, MemoryFile::Size(user, opened); };
+  sizesAsked = 0;
+  vx::Check(vx_redirect_files(&functions, &file));
+  {
+    const vx::Source source = vx::Source::File("it");
+    for (int page = 1; page <= kPages; ++page) {
+      ASSERT_EQ(source.Describe(page).format, VX_FORMAT_ICO);
+      ASSERT_EQ(source.DescribePage(page).is_png, 0);
+    }
+    EXPECT_EQ(source.DescribeDirectory().page_count, kPages);
+  }
+  EXPECT_LT(reads, 2 * kPages + 50) << "one to tell the file's kind, one to describe the page";
+  EXPECT_EQ(sizesAsked, 1);
+  // What lies behind the bytes asked for may be what cannot be read.
+  functions.read_at = [](void* user, void* opened, void* buffer, uint32_t count, uint64_t position) {
+    return position > 0 && count > 256 ? int64_t{-1}
+                                       : MemoryFile::ReadAt(user, opened, buffer, count, position);
+  };
+  vx::Check(vx_redirect_files(&functions, &file));
+  EXPECT_EQ(vx::Source::File("it").Describe(900).width, 16);
 }
 
 TEST_F(Application, DeliversTheOrderAskedFor) {
