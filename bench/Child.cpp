@@ -5,7 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include <cstdlib>
 
 extern "C" char** environ;  // NOLINT(readability-redundant-declaration)
 
@@ -15,6 +15,7 @@ namespace {
 /// @return -1 where it cannot be started
 pid_t Start(std::vector<std::string> command, posix_spawn_file_actions_t& actions) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (std::string& argument : command) arguments.push_back(argument.data());
   arguments.push_back(nullptr);
   pid_t process = -1;
@@ -29,12 +30,13 @@ ChildResult RunChild(const std::vector<std::string>& command) {
   std::vector<std::string> measured = {BENCH_RUN, "600"};
   measured.insert(measured.end(), command.begin(), command.end());
   ChildResult result;
-  int status = 1;
-  long kibibytes = 0;
   const std::string answer = Conversation(measured).Ask("");
-  if (std::sscanf(answer.c_str(), "%d %lf %ld", &status, &result.seconds, &kibibytes) != 3) return {};
+  char* next = nullptr;
+  const long status = std::strtol(answer.c_str(), &next, 10);
+  if (next == answer.c_str()) return {};
   result.isDone = status == 0;
-  result.peakBytes = 1024.0 * static_cast<double>(kibibytes);
+  result.seconds = std::strtod(next, &next);
+  result.peakBytes = 1024.0 * std::strtod(next, &next);
   return result;
 }
 

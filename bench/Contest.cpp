@@ -79,12 +79,12 @@ bool HasTurn(const Score& score, const Options& options) {
 void Count(const Row& row, Contender& contender) {
   if (contender.secondsElsewhere) return;  // callgrind does not see it
   if (contender.before) contender.before();
-  CALLGRIND_ZERO_STATS;
-  CALLGRIND_START_INSTRUMENTATION;
-  const bool isDone = contender.work();
-  CALLGRIND_STOP_INSTRUMENTATION;
   const std::string label = row.name + "|" + contender.name;
+  CALLGRIND_START_INSTRUMENTATION;
+  CALLGRIND_ZERO_STATS;
+  const bool isDone = contender.work();
   if (isDone) CALLGRIND_DUMP_STATS_AT(label.c_str());
+  CALLGRIND_STOP_INSTRUMENTATION;
 }
 
 std::string Quoted(const std::string& text) {
@@ -133,18 +133,22 @@ bool RunRow(Row row, const Options& options) {
   return areOursRight;
 }
 
+int NumberOf(const char* text) {
+  return static_cast<int>(std::strtol(text, nullptr, 10));
+}
+
 struct Argument {
   std::string_view name;
   std::function<void(Options&, const char*)> take;
 };
 
 const Argument kArguments[] = {
-    {"--side", [](Options& o, const char* v) { o.side = std::atoi(v); }},
-    {"--pages", [](Options& o, const char* v) { o.pages = std::atoi(v); }},
-    {"--files", [](Options& o, const char* v) { o.files = std::atoi(v); }},
-    {"--huge", [](Options& o, const char* v) { o.hugeSide = std::atoi(v); }},
-    {"--seconds", [](Options& o, const char* v) { o.seconds = std::atof(v); }},
-    {"--rounds", [](Options& o, const char* v) { o.rounds = std::atoi(v); }},
+    {"--side", [](Options& o, const char* v) { o.side = NumberOf(v); }},
+    {"--pages", [](Options& o, const char* v) { o.pages = NumberOf(v); }},
+    {"--files", [](Options& o, const char* v) { o.files = NumberOf(v); }},
+    {"--huge", [](Options& o, const char* v) { o.hugeSide = NumberOf(v); }},
+    {"--seconds", [](Options& o, const char* v) { o.seconds = std::strtod(v, nullptr); }},
+    {"--rounds", [](Options& o, const char* v) { o.rounds = NumberOf(v); }},
     {"--counting", [](Options& o, const char* v) { o.isCounting = *v == '1'; }},
     {"--peers", [](Options& o, const char* v) { o.hasPeers = *v == '1'; }},
     {"--only", [](Options& o, const char* v) { o.only = v; }},

@@ -335,7 +335,7 @@ double MeanSquaredError(const Bytes& rgba, const Sample& sample) {
     const double difference = i % 4 == 3 ? 0 : rgba[i] - sample.rgba[i];
     sum += difference * difference;
   }
-  return sum / static_cast<double>(rgba.size() / 4 * 3);
+  return sum / (static_cast<double>(rgba.size()) * 3 / 4);
 }
 
 }  // namespace bench

@@ -1,8 +1,7 @@
 // Pillow, in a process of its own, which is asked line by line and tells how much processor time it took.
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <utility>
 
 #include "Child.h"
@@ -41,21 +40,25 @@ class Pillow : public Peer {
   }
   bool Identify(const std::string& path, int& width, int& height) override {
     if (!Ask("identify " + path)) return false;
-    return std::sscanf(answer_.c_str(), "%*s %d %d", &width, &height) == 2;
+    std::istringstream(answer_) >> width >> height;
+    return true;
   }
   int ListPages(const std::string& path) override {
     int count = 0;
-    if (!Ask("pages " + path) || std::sscanf(answer_.c_str(), "%*s %d", &count) != 1) return 0;
+    if (Ask("pages " + path)) std::istringstream(answer_) >> count;
     return count;
   }
   double TakeSecondsElsewhere() override { return std::exchange(seconds_, 0); }
 
  private:
-  /// The answer is the seconds, 0 for what is not to be timed, and what was asked for; or "no".
+  /// Says the seconds, 0 for what is not to be timed, and then the answer; or "no".
   bool Ask(const std::string& request) {
-    answer_ = process_.Ask(request);
-    seconds_ += std::atof(answer_.c_str());
-    return !answer_.empty() && answer_ != "no";
+    std::istringstream said(process_.Ask(request));
+    double seconds = 0;
+    if (!(said >> seconds)) return false;
+    seconds_ += seconds;
+    std::getline(said, answer_);
+    return true;
   }
 
   Conversation process_;

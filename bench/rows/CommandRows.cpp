@@ -32,18 +32,10 @@ void WriteIcon(const std::string& path, int pages) {
   CopyAndWrite(path, icon.data(), icon.size());
 }
 
-Contender CopyOf(const std::string& path) {
-  return {Kind::Bound, "copy of the file", [=] {
-            CopyFile(path, path + ".copy");
-            return true;
-          }};
-}
-
 Row MakeListRow(const Options& options) {
   const std::string path = options.folder + "/command.ico";
   WriteIcon(path, options.pages);
   Row row{"", "page", static_cast<double>(options.pages), 0, 1.0, {}};
-  row.contenders.push_back(CopyOf(path));
   row.contenders.push_back(Command(Kind::Ours, "vxbmp pages", {BENCH_COMMAND, "pages", path}));
 #ifdef BENCH_ICOTOOL
   if (options.hasPeers) row.contenders.push_back(Command(Kind::Peer, "icotool", {BENCH_ICOTOOL, "-l", path}));
@@ -56,26 +48,26 @@ Row MakeDeleteRow(const Options& options) {
   const std::string halved = options.folder + "/halved.ico";
   WriteIcon(path, options.pages);
   const std::string half = "1-" + std::to_string(options.pages / 2);
-  return {"",
-          "page",
-          static_cast<double>(options.pages),
-          0,
-          0,
-          {CopyOf(path), Command(Kind::Ours, "vxbmp pages delete",
-                                 {BENCH_COMMAND, "pages", "delete", halved, "--page", half},
-                                 [=] { CopyFile(path, halved); })}};
+  return {
+      "",
+      "page",
+      static_cast<double>(options.pages),
+      0,
+      0,
+      {Command(Kind::Ours, "vxbmp pages delete", {BENCH_COMMAND, "pages", "delete", halved, "--page", half},
+               [=] { CopyFile(path, halved); })}};
 }
 
 Row MakeIconRow(const Options& options) {
   const std::string path = options.folder + "/command.ico";
   WriteIcon(path, options.pages);
-  return {"",
-          "page",
-          static_cast<double>(options.pages),
-          0,
-          0,
-          {CopyOf(path), Command(Kind::Ours, "vxbmp icon",
-                                 {BENCH_COMMAND, "icon", "-o", options.folder + "/made.ico", path})}};
+  return {
+      "",
+      "page",
+      static_cast<double>(options.pages),
+      0,
+      0,
+      {Command(Kind::Ours, "vxbmp icon", {BENCH_COMMAND, "icon", "-o", options.folder + "/made.ico", path})}};
 }
 
 /// The large picture is made once for all rows.

@@ -70,13 +70,13 @@ Row MakeRow(const Case& c, const Options& options, const Peers& peers) {
                               work->bitmap.Save(ours, saving);
                               return true;
                             },
-                            [=, &c] { return CompareFile(work->sample, ours, c.bitsPerPixel); }});
+                            [=, &c] { return CompareFile(work->sample, ours, c.bitsPerPixel, isCoded); }});
   for (const auto& peer : peers) {
     if (!peer->Load(work->sample.file)) continue;
     const std::string its = path + peer->Name();
     row.contenders.push_back(PeerContender(
         peer, [=] { return peer->Save(its, isCoded ? Form::BmpRle : Form::Bmp); },
-        [=, &c] { return CompareFile(work->sample, its, c.bitsPerPixel); }));
+        [=, &c] { return CompareFile(work->sample, its, c.bitsPerPixel, isCoded); }));
   }
   return row;
 }

@@ -21,13 +21,15 @@ Finding CompareTo(const Sample& sample, const Bytes& rgba, int tolerance) {
   return finding;
 }
 
-Finding CompareFile(const Sample& sample, const std::string& path, int bitsPerPixel) {
+Finding CompareFile(const Sample& sample, const std::string& path, int bitsPerPixel, bool isCoded) {
   Finding finding;
   try {
-    const vx::Bitmap bitmap = vx::Source::File(path).Load();
+    const vx::Source source = vx::Source::File(path);
+    const vx::Bitmap bitmap = source.Load();
     const int bits = bitmap.Describe().bits_per_pixel;
     finding = CompareTo(sample, bitmap.Rgba());
     if (bitsPerPixel != 0 && bits != bitsPerPixel) finding.fault = "writes " + std::to_string(bits) + " bits";
+    if (isCoded && source.Describe().compression[0] == 0) finding.fault = "writes no codes";
     finding.bytes = static_cast<double>(std::filesystem::file_size(path));
   } catch (const vx::Error& failure) {
     finding.fault = std::string("writes what cannot be read: ") + failure.what();
