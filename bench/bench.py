@@ -41,6 +41,12 @@ def rows_of(lines):
     return rows
 
 
+def renewed(old, new):
+    """The old rows with the new ones in their places, and the others behind them."""
+    by_name = {row["row"]: row for row in old + new}
+    return list(by_name.values())
+
+
 def run(programs, arguments, under=()):
     """Both programs' rows; whether all of ours did what they should."""
     rows, is_right = [], True
@@ -76,7 +82,7 @@ def cell(value, goal):
 
 
 def show(rows, counts):
-    print(f"{'':36} {'ours, an item':>14}  {'of the bound (goal)':28} {'of the best peer (goal)':30} instructions")
+    print(f"{'':36} {'ours, an item':>14}  {'of the bound (goal)':28} {'of the best peer (goal)':30} instructions: bound, ours")
     for row in rows:
         ours, bound, peer = verdict(row)
         of_bound = cell(ratio(ours, bound), row["of_bound"]) + (f" {bound['name']}" if bound else "")
@@ -111,11 +117,13 @@ def main():
     with tempfile.TemporaryDirectory(dir="/dev/shm" if os.access("/dev/shm", os.W_OK) else large_folder) as folder:
         arguments = ["--folder", folder, "--large-folder", large_folder, "--only", options.only]
         if options.instructions:
-            kept["instructions"], is_right = count(options.programs, arguments, folder)
+            counts, is_right = count(options.programs, arguments, folder)
+            kept["instructions"] = {**kept.get("instructions", {}), **counts}
         elif options.growth:
             kept["growth"] = growth.measure(growth.Bench(options.programs, folder, large_folder), options.quick)
         else:
-            kept["rows"], is_right = run(options.programs, [*arguments, *(QUICK if options.quick else [])])
+            rows, is_right = run(options.programs, [*arguments, *(QUICK if options.quick else [])])
+            kept["rows"] = renewed(kept.get("rows", []), rows)
     for file in large_folder.iterdir():
         file.unlink()
     kept["machine"] = machine()

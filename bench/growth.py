@@ -1,5 +1,4 @@
 """How time and memory grow: commands over more and more pages, pixels and files."""
-import os
 import pathlib
 import shutil
 import subprocess
@@ -12,7 +11,8 @@ FILES = [10, 100, 1000, 10000, 100000]
 
 class Bench:
     def __init__(self, programs, folder, large_folder):
-        self.programs, self.folder, self.large_folder = pathlib.Path(programs), pathlib.Path(folder), pathlib.Path(large_folder)
+        self.programs, self.folder, self.large_folder = (  # from wherever a command is started
+            pathlib.Path(path).resolve() for path in (programs, folder, large_folder))
 
     def run(self, command, before=lambda: None, where=None):
         """Best of up to three: seconds and bytes; nothing where it fails or takes too long."""

@@ -35,7 +35,7 @@ def met(value, goal):
 
 def table(rows, before, counts):
     old = {row["row"]: row for row in before}
-    heads = ["", "an item", "of the bound", "goal", "of the best peer", "goal", "instructions: ours", "bound"]
+    heads = ["", "an item", "of the bound", "goal", "of the best peer", "goal", "instructions, ours", "instructions, bound"]
     heads[3:3] = ["before"] if before else []
     heads[6:6] = ["before "] if before else []
     lines = [heads, ["---", *["---:"] * (len(heads) - 1)]]
@@ -48,7 +48,7 @@ def table(rows, before, counts):
                 f"{row['of_bound']:.2f}" if row["of_bound"] else "",
                 met(ratio(ours, peer), row["of_peer"]) + (f" {peer['name']}" if peer else ""),
                 f"{row['of_peer']:.2f}" if row["of_peer"] else "",
-                f"{counted_here.get(ours['name'], ''):}" if ours else "",
+                f"{counted_here.get(ours['name'], '')}" if ours else "",
                 f"{counted_here.get(bound['name'], '')}" if bound else ""]
         line[3:3] = [number(ratio(then[0], then[1]))] if before else []
         line[6:6] = [number(ratio(then[0], then[2]))] if before else []
@@ -95,6 +95,14 @@ def commands_table(rows):
         if ours:
             lines.append([row["row"].removeprefix("command: "), f"{ours['seconds']:.2f}" if not ours["fault"] else "fails",
                           f"{ours['peak'] / 2**20:.0f} MiB"])
+    return markdown(lines)
+
+
+def properties_table(rows):
+    lines = [["a byte of", "takes", "times as long as"], ["---", "---:", "---"]]
+    for row in rows:
+        dear, cheap, _ = verdict(row)
+        lines.append([dear["name"], speed(row, dear), f"{1 / ratio(dear, cheap):.1f} x {cheap['name']}"])
     return markdown(lines)
 
 
@@ -196,13 +204,15 @@ def replaced(document, name, written):
 def main(path, before=None):
     kept = json.loads(pathlib.Path(path).read_text())
     old = json.loads(pathlib.Path(before).read_text()).get("rows", []) if before else []
-    rows = kept["rows"]
+    rows = [row for row in kept["rows"] if not row["row"].startswith("machine: ")]
+    properties = [row for row in kept["rows"] if row["row"].startswith("machine: ")]
     machine = kept["machine"]
     document = (ROOT / "docs/performance.md").read_text()
     document = replaced(document, "machine", f"Measured on {machine['system']}, {machine['processor']}, {machine['cores']} cores, "
                                              f"{machine['memory']} of memory.\n")
     document = replaced(document, "table", table(rows, old, kept.get("instructions", {})))
     document = replaced(document, "peers", peers_table(rows))
+    document = replaced(document, "properties", properties_table(properties))
     document = replaced(document, "commands", commands_table(rows))
     (ROOT / "docs/performance.md").write_text(document)
     (ROOT / "docs/images/performance.svg").write_text(ratios_plot(rows))

@@ -97,7 +97,10 @@ Bytes NoiseOf(size_t size) {
 class Work {
  public:
   Work(const Case& c, const Options& options, ReadRawData read)
-      : case_(c), side_(options.side / c.smaller), stride_(side_ * c.bitsPerPixel / 8), read_(read) {
+      : case_(c),
+        side_(options.isCounting ? options.side : options.side / c.smaller),
+        stride_(side_ * c.bitsPerPixel / 8),
+        read_(read) {
     const std::string path = options.folder + "/rows";
     const Bytes data = c.content == Content::Noise
                            ? NoiseOf(static_cast<size_t>(stride_) * static_cast<size_t>(side_))
