@@ -91,10 +91,10 @@ def extended(row, result):
 def commands_table(rows):
     lines = [["", "seconds", "peak memory"], ["---", "---:", "---:"]]
     for row in rows:
-        ours = next((result for result in row["results"] if result["peak"] and result["kind"] == "ours"), None)
-        if ours:
-            lines.append([row["row"].removeprefix("command: "), f"{ours['seconds']:.2f}" if not ours["fault"] else "fails",
-                          f"{ours['peak'] / 2**20:.0f} MiB"])
+        ours = next((result for result in row["results"] if result["kind"] == "ours"), None)
+        if ours and row["row"].startswith("command: "):
+            figures = ["fails", ""] if ours["fault"] else [f"{ours['seconds']:.2f}", f"{ours['peak'] / 2**20:.0f} MiB"]
+            lines.append([row["row"].removeprefix("command: "), *figures])
     return markdown(lines)
 
 
