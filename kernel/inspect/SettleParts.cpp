@@ -113,7 +113,7 @@ void FindGapsAndClashes(uint64_t fileSize, Parts& parts, Parts* found) {
 /// file.
 class Arrangement {
  public:
-  explicit Arrangement(const Parts& parts) : parts_(parts), children_(parts.size() + 1) {
+  explicit Arrangement(const Parts& parts) : parts_(parts), children_(parts.size()) {
     for (const int number : ByOffset(parts))
       ChildrenOf(parts[static_cast<std::size_t>(number)].parent).push_back(number);
   }
@@ -125,7 +125,9 @@ class Arrangement {
   }
 
  private:
-  Numbers& ChildrenOf(int number) noexcept { return children_[static_cast<std::size_t>(number + 1)]; }
+  Numbers& ChildrenOf(int number) noexcept {
+    return number < 0 ? roots_ : children_[static_cast<std::size_t>(number)];
+  }
 
   /// No deeper than files lie within files: three times.
   void Place(int old, int parent) {  // NOLINT(misc-no-recursion)
@@ -137,6 +139,7 @@ class Arrangement {
   }
 
   const Parts& parts_;
+  Numbers roots_;
   memory::Vector<Numbers> children_;
   Parts arranged_;
 };
