@@ -21,7 +21,7 @@ Bytes File(uint32_t headerSize, int width, int height, int bits, uint32_t compre
   header.height = height;
   header.bits = bits;
   header.compression = static_cast<samples::Compression>(compression);
-  const auto palette = samples::EncodePalette({{255, 255, 255, 255}}, bits <= 8 ? 1 << bits : 0, 4);
+  const auto palette = samples::EncodePalette({{255, 255, 255, 255}}, bits <= 8 ? size_t{1} << bits : 0, 4);
   return samples::BitmapFile(samples::Encode(header), palette, pixels);
 }
 
