@@ -13,9 +13,7 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 
 Bytes Animated() {
-  static const std::vector<samples::Sample> all = samples::All();
-  return std::find_if(all.begin(), all.end(), [](const auto& each) { return each.name == "animated.ani"; })
-      ->bytes;
+  return loading::SampleNamed("animated.ani").bytes;
 }
 
 size_t Find(const Bytes& file, std::string_view name, int which = 0) {

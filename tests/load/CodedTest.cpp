@@ -25,11 +25,6 @@ Bytes File(uint32_t headerSize, int width, int height, int bits, uint32_t compre
   return samples::BitmapFile(samples::Encode(header), palette, pixels);
 }
 
-const samples::Sample& Named(const std::string& name) {
-  static const std::vector<samples::Sample> kAll = samples::All();
-  return *std::find_if(kAll.begin(), kAll.end(), [&](const auto& sample) { return sample.name == name; });
-}
-
 /// The red of every pixel as a letter: '.' for 0, 'a' for 1 and so on, '#' for 255; rows from the top.
 std::string Letters(const vx::Bitmap& bitmap) {
   const Bytes rgba = bitmap.Rgba();
@@ -158,7 +153,7 @@ TEST(Coded, BandsArePiecesOfTheWhole) {
   for (const char* name :
        {"os2v2-rle24.bmp", "os2v2-rle24-deltas.bmp", "os2v2-huffman-lsb.bmp", "win-png.bmp"}) {
     SCOPED_TRACE(name);
-    const samples::Sample& sample = Named(name);
+    const samples::Sample& sample = loading::SampleNamed(name);
     vx::LoadOptions options;
     options.band_first = 5;
     options.band_count = 9;
@@ -173,8 +168,8 @@ TEST(Coded, LackOfMemoryIsSaid) {
   for (const char* name :
        {"os2v2-rle24.bmp", "os2v2-huffman.bmp", "win-png.bmp", "win-jpeg-progressive.bmp"}) {
     SCOPED_TRACE(name);
-    const vx::Source source = vx::Source::Memory(Named(name).bytes);
-    if (Named(name).outcome != samples::Outcome::Loads) continue;
+    const vx::Source source = vx::Source::Memory(loading::SampleNamed(name).bytes);
+    if (loading::SampleNamed(name).outcome != samples::Outcome::Loads) continue;
     EXPECT_GT(FailuresForWantOfMemory([&] { (void)source.Load(); }), 3);
   }
 }
@@ -224,7 +219,7 @@ TEST(Coded, JpegStreams) {
                {"win-jpeg-ink.bmp", {44, 125, 173, 44, 125, 173}}};
   for (const auto& each : cases) {
     SCOPED_TRACE(each.name);
-    const samples::Sample& sample = Named(each.name);
+    const samples::Sample& sample = loading::SampleNamed(each.name);
     const auto loaded = loading::LoadPage(sample.bytes);
     if (sample.outcome != samples::Outcome::Loads) {
       EXPECT_EQ(vx_error_reason(), VX_REASON_NO_JPEG) << loaded.detail;

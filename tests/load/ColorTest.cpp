@@ -11,15 +11,7 @@
 namespace {
 
 using loading::Bytes;
-
-Bytes FileOf(const std::string& name) {
-  static const std::vector<samples::Sample> all = samples::All();
-  for (const auto& sample : all) {
-    if (sample.name == name) return sample.bytes;
-  }
-  ADD_FAILURE() << name;
-  return {};
-}
+using loading::SampleNamed;
 
 vx::Bitmap Load(std::span<const uint8_t> file, unsigned int flags = 0) {
   vx::LoadOptions options;
@@ -50,7 +42,7 @@ TEST(Colors, AreCarriedToPngAndBack) {
                 {"win-24bit.bmp", VX_COLOR_SPACE_NONE, "IDAT"}};
   for (const auto& each : kCases) {
     SCOPED_TRACE(each.name);
-    const Bytes file = FileOf(each.name);
+    const Bytes file = SampleNamed(each.name).bytes;
     const vx::Bitmap picture = Load(file);
     EXPECT_EQ(picture.Describe().color_space, each.kind);
     for (const vx::Buffer& png : {picture.EncodePng(), picture.Save(vx::SaveOptions(VX_FORMAT_PNG))}) {
@@ -68,18 +60,19 @@ TEST(Colors, AreCarriedToPngAndBack) {
     const bool isLost = each.kind == VX_COLOR_SPACE_PROFILE || each.kind == VX_COLOR_SPACE_CALIBRATED;
     EXPECT_EQ(IsRemarked(VX_REMARK_PROFILE_DROPPED), isLost);
   }
-  EXPECT_TRUE(std::ranges::equal(Load(FileOf("win-v5-profile.bmp")).Profile(), samples::SwappingProfile()));
+  EXPECT_TRUE(std::ranges::equal(Load(SampleNamed("win-v5-profile.bmp").bytes).Profile(),
+                                 samples::SwappingProfile()));
 }
 
 TEST(Colors, ALinkedProfileIsNamed) {
-  const vx::Bitmap picture = Load(FileOf("win-v5-linked-profile.bmp"), VX_LOAD_TO_SRGB);
+  const vx::Bitmap picture = Load(SampleNamed("win-v5-linked-profile.bmp").bytes, VX_LOAD_TO_SRGB);
   EXPECT_TRUE(IsRemarked(VX_REMARK_PROFILE_LINKED));
   EXPECT_EQ(picture.ProfileName(), "C:\\profiles\\display.icc");
   EXPECT_EQ(picture.Describe().color_space, VX_COLOR_SPACE_LINKED);
 }
 
 TEST(Colors, AProfileThatIsNoneIsLeftOutOrRefused) {
-  const Bytes good = FileOf("win-v5-profile.bmp");
+  const Bytes good = SampleNamed("win-v5-profile.bmp").bytes;
   const std::size_t profile = ProfileOf(good);
   constexpr std::size_t kHeader = 14;
   const struct {
@@ -138,8 +131,8 @@ Bytes WithProfile(Bytes file) {
 }
 
 TEST(Colors, BecomeSrgbAtEveryDepth) {
-  const Bytes indexed = WithProfile(FileOf("win-v5-8bit.bmp"));
-  const Bytes colors = FileOf("win-v5-profile.bmp");
+  const Bytes indexed = WithProfile(SampleNamed("win-v5-8bit.bmp").bytes);
+  const Bytes colors = SampleNamed("win-v5-profile.bmp").bytes;
   for (const Bytes& file : {indexed, colors}) {
     const vx::Bitmap converted = Load(file, VX_LOAD_TO_SRGB);
     EXPECT_EQ(converted.Describe().color_space, VX_COLOR_SPACE_SRGB);
@@ -147,21 +140,21 @@ TEST(Colors, BecomeSrgbAtEveryDepth) {
     ExpectSwapped(Load(file).Rgba(), converted.Rgba(), 1);
   }
   // The power of 2.2 and the curve of sRGB differ most in the dark: 16 is 7.4 there.
-  const Bytes calibrated = FileOf("win-v4-calibrated.bmp");
+  const Bytes calibrated = SampleNamed("win-v4-calibrated.bmp").bytes;
   ExpectSwapped(Load(calibrated).Rgba(), Load(calibrated, VX_LOAD_TO_SRGB).Rgba(), 9);
   const vx::Buffer png = Load(colors).EncodePng();
   EXPECT_EQ(Load(png.Bytes(), VX_LOAD_TO_SRGB).Rgba(), Load(colors, VX_LOAD_TO_SRGB).Rgba());
 }
 
 TEST(Colors, ConvertingTakesMemoryThatIsCounted) {
-  const Bytes file = FileOf("win-v5-profile.bmp");
+  const Bytes file = SampleNamed("win-v5-profile.bmp").bytes;
   EXPECT_GT(FailuresForWantOfMemory([&] { (void)Load(file, VX_LOAD_TO_SRGB); }), 5);
 }
 
 #else
 
 TEST(Colors, AreNotConvertedWithoutAnEngine) {
-  const Bytes file = FileOf("win-v5-profile.bmp");
+  const Bytes file = SampleNamed("win-v5-profile.bmp").bytes;
   ExpectFailure(VX_NOT_SUPPORTED, "liblcms2", [&] { (void)Load(file, VX_LOAD_TO_SRGB); });
   EXPECT_EQ(vx_error_reason(), VX_REASON_NO_COLOR_MANAGEMENT);
 }

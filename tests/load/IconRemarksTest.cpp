@@ -23,11 +23,6 @@ std::vector<Remark> RemarksOn(const loading::Bytes& file) {
   return all;
 }
 
-loading::Bytes SampleNamed(const std::string& name) {
-  const auto all = samples::All();
-  return std::find_if(all.begin(), all.end(), [&](const auto& each) { return each.name == name; })->bytes;
-}
-
 /// The numbers of an entry that say where its body is, and a side that is left open where that is 0.
 void SetEntry(loading::Bytes* file, std::size_t page, uint8_t side, uint32_t offset) {
   const std::size_t at = 6 + 16 * (page - 1);
@@ -107,11 +102,12 @@ TEST(IconRemarks, SayWhatIsOdd) {
       {"cursor-png.cur", {{VX_REMARK_PNG_IN_CURSOR, 0, 0}}},
       {"os2-array.ico", {}},
   };
-  for (const auto& [sample, remarks] : cases) EXPECT_EQ(RemarksOn(SampleNamed(sample)), remarks) << sample;
+  for (const auto& [sample, remarks] : cases)
+    EXPECT_EQ(RemarksOn(loading::SampleNamed(sample).bytes), remarks) << sample;
 }
 
 TEST(IconRemarks, FollowCodesWhoseMaskIsCut) {
-  const auto whole = SampleNamed("icon-8bit.ico");
+  const auto whole = loading::SampleNamed("icon-8bit.ico").bytes;
   // one run of 48 pixels a row, 48 rows, and of the mask three rows of 8 bytes, which are left out
   loading::Bytes file(whole.begin(), whole.begin() + 22 + 40 + 1024);
   file[22 + 16] = 1;
@@ -134,7 +130,7 @@ TEST(Os2Icons, AreOfTheirKindsAndPointWhereTheyShould) {
                {"os2-pointer.cur", VX_FORMAT_OS2_POINTER, 4, 1, 16, 18},
                {"os2-array.ico", VX_FORMAT_OS2_ICON, 4, 2, 16, 16}};
   for (const auto& each : cases) {
-    const auto file = SampleNamed(each.sample);
+    const auto file = loading::SampleNamed(each.sample).bytes;
     const vx::Source source = vx::Source::Memory(file);
     const vx_info info = source.Describe();
     EXPECT_EQ(std::tie(info.format, info.bits_per_pixel, info.page_count),
@@ -143,16 +139,16 @@ TEST(Os2Icons, AreOfTheirKindsAndPointWhereTheyShould) {
     const vx_bitmap_info picture = source.Load().Describe();
     EXPECT_EQ(std::pair(picture.hot_x, picture.hot_y), std::pair(each.x, each.y)) << each.sample;
   }
-  const auto second = loading::LoadPage(SampleNamed("os2-array.ico"), 2);
+  const auto second = loading::LoadPage(loading::SampleNamed("os2-array.ico").bytes, 2);
   EXPECT_EQ(std::pair(second.status, second.width), std::pair(int{VX_OK}, 20)) << second.detail;
-  auto cut = SampleNamed("os2-array.ico");
+  auto cut = loading::SampleNamed("os2-array.ico").bytes;
   cut.resize(40);
   EXPECT_NE(loading::LoadPage(cut).detail.find("the OS/2 icon or pointer at byte 14"), std::string::npos);
   EXPECT_EQ(vx_error_reason(), VX_REASON_PAGE_DAMAGED);
 }
 
 TEST(CursorPages, ThatArePngStreamsKeepTheirHotSpot) {
-  const auto file = SampleNamed("cursor-png.cur");
+  const auto file = loading::SampleNamed("cursor-png.cur").bytes;
   const vx_bitmap_info info = vx::Source::Memory(file).Load().Describe();
   EXPECT_EQ(std::pair(info.hot_x, info.hot_y), std::pair(3, 4));
   EXPECT_EQ(vx::Source::Memory(file).Describe().format, VX_FORMAT_CUR);
@@ -165,7 +161,7 @@ TEST(AsFilter, PagesAreRefusedAsItsContractSays) {
                                        {"icon-2bit.ico", VX_BAD_FORMAT},
                                        {"cursor-png.cur", VX_BAD_FORMAT},
                                        {"os2-icon.ico", VX_BAD_FORMAT}}) {
-    const auto file = SampleNamed(sample);
+    const auto file = loading::SampleNamed(sample).bytes;
     vx::LoadOptions options;
     options.flags = VX_LOAD_AS_FILTER;
     try {
@@ -179,7 +175,7 @@ TEST(AsFilter, PagesAreRefusedAsItsContractSays) {
 
 /// 198 bytes that speak of 32767 rows of 8 KiB.
 TEST(IconPages, ThatNoFileOfTheirSizeHoldsTakeNoMemory) {
-  auto file = SampleNamed("icon-1bit.ico");
+  auto file = loading::SampleNamed("icon-1bit.ico").bytes;
   file.resize(198);
   for (const size_t at : {26U, 27U, 30U, 31U}) file[at] = 0xFF;
   const auto outcome = loading::LoadPage(file, 1, true);
@@ -232,7 +228,7 @@ TEST(BestPage, IsTheOnePeopleMean) {
   const auto bitmap = samples::All().front().bytes;
   EXPECT_EQ(vx::Source::Memory(bitmap).BestPage(), 1);
   int page = 7;
-  const auto none = SampleNamed("bad-entry-past-end.ico");
+  const auto none = loading::SampleNamed("bad-entry-past-end.ico").bytes;
   EXPECT_NE(vx_best_page(vx::Source::Memory(none).Get(), 0, &page), VX_OK);
   EXPECT_EQ(page, 0);
 }

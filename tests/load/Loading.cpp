@@ -108,6 +108,15 @@ Bytes ReadFile(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+const samples::Sample& SampleNamed(std::string_view name) {
+  static const std::vector<samples::Sample> all = samples::All();
+  static const samples::Sample none;
+  const auto found =
+      std::find_if(all.begin(), all.end(), [&](const auto& each) { return each.name == name; });
+  EXPECT_NE(found, all.end()) << name;
+  return found == all.end() ? none : *found;
+}
+
 std::string FirstDifference(const Outcome& picture, int width, int height, const Bytes& rgba) {
   if (picture.width != width || picture.height != height) {
     return "the size is " + std::to_string(picture.width) + " x " + std::to_string(picture.height);

@@ -2,10 +2,13 @@
 // checks that the library holds no memory afterwards.
 #pragma once
 
+#include <samples/Samples.h>
+
 #include <cstdint>
 #include <filesystem>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 #include <vx/image.hpp>
 
@@ -41,6 +44,9 @@ void ExpectDefinedOutcomes(std::span<const uint8_t> file, int maxPages = 8);
 void ExpectDefinedPrefixes(std::span<const uint8_t> file, int maxPages = 8);
 
 Bytes ReadFile(const std::filesystem::path& path);
+/// One of the project's samples. They are drawn once: that takes a moment, and minutes where an emulator does
+/// it.
+const samples::Sample& SampleNamed(std::string_view name);
 
 /// Where two pictures first differ, in words; "" when they are the same.
 std::string FirstDifference(const Outcome& picture, int width, int height, const Bytes& rgba);
