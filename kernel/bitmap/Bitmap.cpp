@@ -7,7 +7,7 @@
 
 #include "base/CallRecord.h"
 #include "base/Memory.h"
-#include "bitmap/Rows.h"
+#include "bitmap/ReadRgba.h"
 
 namespace {
 

@@ -130,6 +130,23 @@ int vx_bitmap_read_rgba(const vx_bitmap* bitmap, int row, uint8_t* rgba) {
   return VX_OK;
 }
 
+int vx_bitmap_read_rgba_rows(const vx_bitmap* bitmap, int first, int count, uint8_t* rgba, size_t stride) {
+  vxkrn::BeginCall();
+  if (bitmap == nullptr || rgba == nullptr) {
+    return vxkrn::FailForArgument("the bitmap and the place for its rows must be given");
+  }
+  const _BITMAPHANDLE& record = bitmap->record;
+  if (first < 0 || count < 0 || count > record.Height || first > record.Height - count) {
+    return vxkrn::FailForArgument(count, " rows from row ", first, " on were asked for; the bitmap has ",
+                                  record.Height);
+  }
+  if (stride / 4 < static_cast<std::size_t>(record.Width)) {
+    return vxkrn::FailForArgument("stride is ", stride, "; a row takes 4 x ", record.Width, " bytes");
+  }
+  for (int row = first; row < first + count; ++row, rgba += stride) ReadColors(*bitmap, row, rgba);
+  return VX_OK;
+}
+
 void vx_bitmap_free(vx_bitmap* bitmap) {
   if (bitmap != nullptr) vxkrn::memory::Release{}(bitmap);
 }

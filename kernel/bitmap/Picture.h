@@ -8,7 +8,7 @@
 #include "bitmap/Bitmap.h"
 #include "bitmap/ColorSpace.h"
 #include "bitmap/HotSpot.h"
-#include "bitmap/Rows.h"
+#include "bitmap/ReadRgba.h"
 #include "vx/vx.h"
 
 struct vx_bitmap {
