@@ -23,12 +23,12 @@ void vx_bitmap::PutColors(int row, int first, std::span<const vxkrn::Rgba> pixel
   if (!isOpaque) record.Flags |= vxkrn::kBitmapHasAlpha;
 }
 
-int vxkrn::AllocatePixels(int width, int height, int bitsPerPixel, vx_bitmap* picture) {
+int vxkrn::AllocatePixels(int width, int height, int bitsPerPixel, vx_bitmap* picture, FreshPixels fresh) {
   const uint64_t bytes = PictureBytes(width, height, bitsPerPixel);
   if (!memory::Fits(bytes)) return FailForMemory("the picture", bytes);
   _BITMAPHANDLE* record = &picture->record;
   int status = VX_InitBitmap(record, sizeof *record, width, height, bitsPerPixel);
-  if (status == STATUS_OK) status = VX_AllocateBitmap(record, BITMAP_ALLOCATE_PIXELS);
+  if (status == STATUS_OK) status = AllocateBitmap(record, fresh);
   picture->rowsPresent = height;
   return status == STATUS_NO_MEMORY ? FailForMemory("the picture", bytes) : status;
 }
