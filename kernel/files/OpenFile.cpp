@@ -14,6 +14,7 @@ constexpr uint32_t kWindowSize = 16 * 1024;
 constexpr uint32_t kFirstReadAhead = 512;
 // Who moves bytes within a file writes a little beside what it reads.
 constexpr uint32_t kBeside = 64;
+constexpr uint32_t kMostBefore = 4096;
 
 }  // namespace
 
@@ -41,15 +42,18 @@ int64_t OpenFile::ReadBackend(uint8_t* destination, uint32_t count, uint64_t off
 int64_t OpenFile::FillWindow(uint32_t count) noexcept {
   const bool readsBack = writable_ && position_ < windowStart_ && position_ + count >= windowStart_;
   const uint32_t beside = writable_ ? kBeside : 0;
-  const uint64_t end = position_ + count + beside;
-  uint64_t wanted = std::min(std::max(readAhead_, count) + beside, kWindowSize);
+  const uint64_t end = position_ + std::max(readAhead_, count) + beside;
   windowFill_ = 0;
-  windowStart_ = position_ - std::min<uint64_t>(position_, beside);
-  if (readsBack) {
-    windowStart_ = end - std::min<uint64_t>(end, kWindowSize);
-    wanted = end - windowStart_;
+  windowStart_ = position_;
+  if (writable_) {  // with what the same call has read of the window before
+    const auto before = static_cast<uint32_t>(std::min<uint64_t>(position_ - trace_.offset, kMostBefore));
+    windowStart_ -= std::min<uint64_t>(position_, before + beside);
   }
-  wanted = std::min(wanted, kLastPosition - windowStart_);
+  if (readsBack) {
+    const uint64_t last = position_ + count + beside;
+    windowStart_ = last - std::min<uint64_t>(last, kWindowSize);
+  }
+  const uint64_t wanted = std::min({end - windowStart_, uint64_t{kWindowSize}, kLastPosition - windowStart_});
   int64_t got = 1;
   while (got > 0 && windowStart_ + windowFill_ <= position_) {
     got = ReadBackend(window_.get() + windowFill_, static_cast<uint32_t>(wanted) - windowFill_,
@@ -109,6 +113,7 @@ bool OpenFile::WriteBackend(const uint8_t* source, std::size_t count, uint64_t o
 
 /// Stores what waits. What was read stays in the window.
 bool OpenFile::Flush() noexcept {
+  room_ = 0;
   if (waitingFrom_ == waitingTo_) return true;
   const uint32_t from = std::exchange(waitingFrom_, 0);
   const uint32_t count = std::exchange(waitingTo_, 0) - from;
@@ -133,7 +138,7 @@ bool OpenFile::WriteIntoWindow(const uint8_t* source, uint32_t count) noexcept {
   return true;
 }
 
-int OpenFile::Write(const uint8_t* source, uint32_t count) noexcept {
+int OpenFile::WriteAnywhere(const uint8_t* source, uint32_t count) noexcept {
   if (count == 0) return EndHere();
   if (!writable_ || writeFailed_ || count > INT_MAX || count > kLastPosition - position_) return -1;
   if (WriteIntoWindow(source, count)) return static_cast<int>(count);
@@ -149,12 +154,9 @@ int OpenFile::Write(const uint8_t* source, uint32_t count) noexcept {
     position_ += count;
     return static_cast<int>(count);
   }
-  std::memcpy(window_.get() + windowFill_, source, count);
   isGathered_ = true;
-  windowFill_ += count;
-  waitingTo_ = windowFill_;
-  position_ += count;
-  return static_cast<int>(count);
+  room_ = static_cast<uint32_t>(std::min<uint64_t>(kWindowSize - windowFill_, kLastPosition - position_));
+  return Gather(source, count);
 }
 
 int OpenFile::EndHere() noexcept {
@@ -171,6 +173,7 @@ int OpenFile::EndHere() noexcept {
 bool OpenFile::MoveTo(int64_t target) noexcept {
   if (target < 0 || static_cast<uint64_t>(target) > kLastPosition) return false;
   position_ = static_cast<uint64_t>(target);
+  room_ = 0;
   return true;
 }
 
