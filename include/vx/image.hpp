@@ -129,15 +129,17 @@ class Bitmap {
   }
   /// One row as red, green, blue, alpha. @param rgba 4 x width bytes
   void ReadRgba(int row, uint8_t* rgba) const { Check(vx_bitmap_read_rgba(bitmap_.get(), row, rgba)); }
+  /// `count` rows from row `first` on, `stride` bytes from one to the next, which are 4 x width or more.
+  void ReadRgba(int first, int count, uint8_t* rgba, std::size_t stride) const {
+    Check(vx_bitmap_read_rgba_rows(bitmap_.get(), first, count, rgba, stride));
+  }
   /// All rows from the top as red, green, blue, alpha: 4 bytes a pixel, which the memory limit knows nothing
   /// of.
   [[nodiscard]] std::vector<uint8_t> Rgba() const {
     const vx_bitmap_info info = Describe();
     const std::size_t rowBytes = static_cast<std::size_t>(info.width) * 4;
     std::vector<uint8_t> pixels(rowBytes * static_cast<std::size_t>(info.height));
-    for (int row = 0; row < info.height; ++row) {
-      ReadRgba(row, pixels.data() + rowBytes * static_cast<std::size_t>(row));
-    }
+    ReadRgba(0, info.height, pixels.data(), rowBytes);
     return pixels;
   }
   /// The ICC profile of its colours, which lives as long as the bitmap; empty where it has none.

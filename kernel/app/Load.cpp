@@ -170,6 +170,7 @@ int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t
   if (status == STATUS_OK && !plan->isPng) status = sink.Allocate(plan->info.BitsPerPixel);
   if (status == STATUS_OK) status = RunFilter(*filter, source, plan, &target, &sink);
   if (status == kAllRowsTaken) status = STATUS_OK;
+  if (status == STATUS_OK) sink.Finish();
   if (status == STATUS_OK) status = Finish(*plan, target, picture);
   const int pageWorthSaying = plan->info.TotalPages > 1 ? plan->options.page : 0;
   if (status != STATUS_OK) {

@@ -1,6 +1,7 @@
 // The row callback. Trusts no row number and no size: the file may have changed since it was described.
 #include "app/RowSink.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "base/Errors.h"
@@ -22,7 +23,11 @@ bool IsBlank(const unsigned char* row, std::size_t count) {
 
 int RowSink::Allocate(int bitsPerPixel) {
   const int width = plan_.info.Width;
-  const int status = AllocatePixels(width, plan_.bandCount, bitsPerPixel, picture_);
+  // Run-length coded pictures may be blank for the most part.
+  isBlank_ = plan_.info.Compression[0] != '\0';
+  rowsSet_ = 0;
+  const int status = AllocatePixels(width, plan_.bandCount, bitsPerPixel, picture_,
+                                    isBlank_ ? FreshPixels::kBlank : FreshPixels::kAny);
   rowBytes_ = static_cast<std::size_t>(PixelBytes(width, bitsPerPixel));
   return status;
 }
@@ -50,6 +55,28 @@ bool RowSink::MayRunShortAfter(int rowNumber) const noexcept {
   return plan_.options.allow_truncated != 0 || rowNumber >= rows - 2;
 }
 
+/// Makes the stored rows before this one what they should be, where nothing came for them.
+void RowSink::BlankUpTo(int storedRow) noexcept {
+  const auto bytes = static_cast<std::size_t>(picture_->record.BytesPerLine);
+  for (; rowsSet_ < storedRow; ++rowsSet_) {
+    if (!isBlank_) std::memset(StoredRow(picture_->record, rowsSet_), 0, bytes);
+  }
+}
+
+void RowSink::Put(int storedRow, const unsigned char* row) noexcept {
+  BlankUpTo(storedRow);
+  rowsSet_ = std::max(rowsSet_, storedRow + 1);
+  // Blank rows of run-length coded pictures cost neither time nor pages.
+  if (isBlank_ && IsBlank(row, rowBytes_)) return;
+  unsigned char* const stored = StoredRow(picture_->record, storedRow);
+  std::memcpy(stored, row, rowBytes_);
+  std::memset(stored + rowBytes_, 0, static_cast<std::size_t>(picture_->record.BytesPerLine) - rowBytes_);
+}
+
+void RowSink::Finish() noexcept {
+  if (picture_->record.Pixels != nullptr) BlankUpTo(picture_->record.Height);
+}
+
 int RowSink::Take(int orientation, unsigned char* row, bool isUncompressed, int rowNumber) {
   const int status = CheckPng();
   if (status != STATUS_OK) return status;
@@ -66,11 +93,7 @@ int RowSink::Take(int orientation, unsigned char* row, bool isUncompressed, int 
   // Rows of a band that the filter cut start at the band's first stored row.
   const int inBand = isCut ? FlipRow(rowNumber, count, orientation)
                            : FlipRow(rowNumber, height, orientation) - plan_.bandFirst;
-  const bool isWanted = inBand >= 0 && inBand < count;
-  // Fresh pixels are 0 already: blank rows of run-length coded pictures cost neither time nor pages.
-  if (isWanted && (isUncompressed || !IsBlank(row, rowBytes_))) {
-    std::memcpy(StoredRow(picture_->record, FlipRow(inBand, count, orientation)), row, rowBytes_);
-  }
+  if (inBand >= 0 && inBand < count) Put(FlipRow(inBand, count, orientation), row);
   ++rowsTaken_;
   if (isUncompressed && MayRunShortAfter(rowNumber)) std::memset(row, 0, rowBytes_);
   return STATUS_OK;

@@ -77,10 +77,6 @@ void* Refuse(std::size_t size) noexcept {
 }
 
 using Source = void* (*)(std::size_t);
-void* Plain(std::size_t size) noexcept {
-  return std::malloc(size);
-}
-
 /// Asks for huge pages under a large block: filling a picture is otherwise mostly the time of page faults.
 void PreferHugePages(void* block, std::size_t size) noexcept {
   constexpr std::uintptr_t kHugePage = std::uintptr_t{2} << 20;
@@ -88,6 +84,12 @@ void PreferHugePages(void* block, std::size_t size) noexcept {
   const auto start = (reinterpret_cast<std::uintptr_t>(block) + kHugePage - 1) & ~(kHugePage - 1);
   const auto end = (reinterpret_cast<std::uintptr_t>(block) + size) & ~(kHugePage - 1);
   (void)madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+}
+
+void* Plain(std::size_t size) noexcept {
+  void* block = std::malloc(size);
+  PreferHugePages(block, size);
+  return block;
 }
 
 void* Zeroed(std::size_t size) noexcept {

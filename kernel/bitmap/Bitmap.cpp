@@ -7,7 +7,7 @@
 
 #include "base/CallRecord.h"
 #include "base/Memory.h"
-#include "bitmap/Rows.h"
+#include "bitmap/ReadRgba.h"
 
 namespace {
 
@@ -36,13 +36,17 @@ int VX_InitBitmap(_BITMAPHANDLE* bitmap, unsigned int recordSize, int width, int
 }
 
 int VX_AllocateBitmap(_BITMAPHANDLE* bitmap, int option) {
-  if (bitmap == nullptr || option != BITMAP_ALLOCATE_PIXELS || bitmap->Pixels != nullptr ||
-      bitmap->Height < 1 || bitmap->BytesPerLine < 1) {
+  if (bitmap == nullptr || option != BITMAP_ALLOCATE_PIXELS) return STATUS_BAD_PARAMETER;
+  return vxkrn::AllocateBitmap(bitmap, vxkrn::FreshPixels::kBlank);
+}
+
+int vxkrn::AllocateBitmap(_BITMAPHANDLE* bitmap, FreshPixels fresh) noexcept {
+  if (bitmap->Pixels != nullptr || bitmap->Height < 1 || bitmap->BytesPerLine < 1)
     return STATUS_BAD_PARAMETER;
-  }
   const auto bytes = static_cast<uint64_t>(bitmap->BytesPerLine) * static_cast<uint64_t>(bitmap->Height);
   if (bytes > SIZE_MAX) return STATUS_NO_MEMORY;
-  void* pixels = vxkrn::memory::AllocateZeroed(static_cast<std::size_t>(bytes), {"kernel/Bitmap", __LINE__});
+  const auto allocate = fresh == FreshPixels::kBlank ? memory::AllocateZeroed : memory::Allocate;
+  void* pixels = allocate(static_cast<std::size_t>(bytes), {"kernel/Bitmap", __LINE__});
   if (pixels == nullptr) return STATUS_NO_MEMORY;
   bitmap->Pixels = static_cast<unsigned char*>(pixels);
   bitmap->Flags |= BITMAP_ALLOCATED;

@@ -25,6 +25,12 @@ using bmp::PictureBytes;
 using bmp::PixelBytes;
 using bmp::Stride;
 
+/// What pixels hold that nobody has set yet. Blank ones cost no memory where they stay so; others cost no
+/// time.
+enum class FreshPixels { kBlank, kAny };
+/// As VX_AllocateBitmap, which gives blank ones.
+[[nodiscard]] int AllocateBitmap(_BITMAPHANDLE* bitmap, FreshPixels fresh) noexcept;
+
 /// Stored row `row`, which must exist.
 inline unsigned char* StoredRow(const _BITMAPHANDLE& bitmap, int row) noexcept {
   return bitmap.Pixels + static_cast<std::ptrdiff_t>(row) * bitmap.BytesPerLine;

@@ -23,12 +23,12 @@ void vx_bitmap::PutColors(int row, int first, std::span<const vxkrn::Rgba> pixel
   if (!isOpaque) record.Flags |= vxkrn::kBitmapHasAlpha;
 }
 
-int vxkrn::AllocatePixels(int width, int height, int bitsPerPixel, vx_bitmap* picture) {
+int vxkrn::AllocatePixels(int width, int height, int bitsPerPixel, vx_bitmap* picture, FreshPixels fresh) {
   const uint64_t bytes = PictureBytes(width, height, bitsPerPixel);
   if (!memory::Fits(bytes)) return FailForMemory("the picture", bytes);
   _BITMAPHANDLE* record = &picture->record;
   int status = VX_InitBitmap(record, sizeof *record, width, height, bitsPerPixel);
-  if (status == STATUS_OK) status = VX_AllocateBitmap(record, BITMAP_ALLOCATE_PIXELS);
+  if (status == STATUS_OK) status = AllocateBitmap(record, fresh);
   picture->rowsPresent = height;
   return status == STATUS_NO_MEMORY ? FailForMemory("the picture", bytes) : status;
 }
@@ -127,6 +127,23 @@ int vx_bitmap_read_rgba(const vx_bitmap* bitmap, int row, uint8_t* rgba) {
                                   bitmap == nullptr ? -1 : bitmap->record.Height - 1);
   }
   ReadColors(*bitmap, row, rgba);
+  return VX_OK;
+}
+
+int vx_bitmap_read_rgba_rows(const vx_bitmap* bitmap, int first, int count, uint8_t* rgba, size_t stride) {
+  vxkrn::BeginCall();
+  if (bitmap == nullptr || rgba == nullptr) {
+    return vxkrn::FailForArgument("the bitmap and the place for its rows must be given");
+  }
+  const _BITMAPHANDLE& record = bitmap->record;
+  if (first < 0 || count < 0 || count > record.Height || first > record.Height - count) {
+    return vxkrn::FailForArgument(count, " rows from row ", first, " on were asked for; the bitmap has ",
+                                  record.Height);
+  }
+  if (stride / 4 < static_cast<std::size_t>(record.Width)) {
+    return vxkrn::FailForArgument("stride is ", stride, "; a row takes 4 x ", record.Width, " bytes");
+  }
+  for (int row = first; row < first + count; ++row, rgba += stride) ReadColors(*bitmap, row, rgba);
   return VX_OK;
 }
 

@@ -8,7 +8,7 @@
 #include "bitmap/Bitmap.h"
 #include "bitmap/ColorSpace.h"
 #include "bitmap/HotSpot.h"
-#include "bitmap/Rows.h"
+#include "bitmap/ReadRgba.h"
 #include "vx/vx.h"
 
 struct vx_bitmap {
@@ -32,8 +32,9 @@ struct vx_bitmap {
 
 namespace vxkrn {
 
-/// Gives an empty picture pixels, all 0, bottom-up. @return STATUS_OK, or a failure with its detail set
-[[nodiscard]] int AllocatePixels(int width, int height, int bitsPerPixel, vx_bitmap* picture);
+/// Gives an empty picture pixels, bottom-up. @return STATUS_OK, or a failure with its detail set
+[[nodiscard]] int AllocatePixels(int width, int height, int bitsPerPixel, vx_bitmap* picture,
+                                 FreshPixels fresh = FreshPixels::kBlank);
 
 /// Makes a picture of 32 bits from the top down, without alpha until a pixel is put that is not opaque.
 /// @return STATUS_OK, or STATUS_NO_MEMORY with its detail set

@@ -1,4 +1,4 @@
-// Pixels of one row, from one layout to another. The hot loops of taking pictures out live here.
+// Pixels of one row, from one layout to another.
 #pragma once
 
 #include <array>
@@ -14,15 +14,6 @@ struct Rgba {
 };
 /// The colours of a palette; black beyond its end.
 using ColorTable = std::array<Rgba, 256>;
-[[nodiscard]] ColorTable ColorsOf(const _BITMAPHANDLE& bitmap) noexcept;
-
-/// Writes a stored row as red, green, blue, alpha: 4 x width bytes. `colors` is the bitmap's; alpha comes
-/// from the bitmap's alpha channel, else from its region.
-void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, uint8_t* rgba) noexcept;
-
-/// The same for `count` pixels of the row from pixel `first` on, a multiple of 8.
-void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, int first, int count,
-              uint8_t* rgba) noexcept;
 
 /// 32-bit pixels, all of them or-ed together: the highest byte is that of the fourth bytes.
 [[nodiscard]] inline uint32_t PixelBits(const uint8_t* row, std::size_t pixels) noexcept {
@@ -49,9 +40,8 @@ void Pack24(std::span<const Rgba> pixels, uint8_t* row) noexcept;
 /// The fourth byte is alpha, or 0.
 void Pack32(std::span<const Rgba> pixels, bool hasAlpha, uint8_t* row) noexcept;
 
-/// The pixel of 16 bits that is nearest to a colour, and the colour that a pixel of 16 bits shows.
+/// The pixel of 16 bits that is nearest to a colour.
 [[nodiscard]] unsigned int Pixel16(Rgba color, bool is565) noexcept;
-[[nodiscard]] Rgba ColorOfPixel16(unsigned int pixel, bool is565) noexcept;
 
 /// Rewrites a row of 16-bit pixels: to 5-6-5 when order is ORDER_565, else from 5-6-5 to 5-5-5.
 void ConvertRow16(unsigned char* row, int width, int order) noexcept;

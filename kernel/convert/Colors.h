@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/Memory.h"
-#include "bitmap/Rows.h"
+#include "bitmap/ReadRgba.h"
 
 namespace vxkrn {
 

@@ -445,6 +445,43 @@ TEST_F(Application, SaysWhereAFileIsWrong) {
   ExpectFailure(VX_READ_ERROR, "aend.bmp: the file is empty", load);
 }
 
+TEST_F(Application, GivesManyRowsAsItGivesOne) {
+  for (const samples::Sample& sample : samples::All()) {
+    if (sample.rgba.empty() || !sample.raw.empty()) continue;
+    vx_source* source = nullptr;
+    vx_bitmap* bitmap = nullptr;
+    ASSERT_EQ(vx_open_memory(sample.bytes.data(), sample.bytes.size(), nullptr, &source), VX_OK);
+    ASSERT_TRUE(sample.outcome != samples::Outcome::Loads || vx_load(source, nullptr, &bitmap) == VX_OK);
+    vx_close(source);
+    if (bitmap == nullptr) continue;
+    vx_bitmap_info info;
+    ASSERT_EQ(vx_bitmap_describe(bitmap, &info), VX_OK);
+    const auto rowBytes = static_cast<std::size_t>(info.width) * 4;
+    const std::size_t stride = rowBytes + 3;
+    std::vector<uint8_t> rows(stride * static_cast<std::size_t>(info.height), 0xA5);
+    std::vector<uint8_t> row(stride, 0xA5);
+    ASSERT_EQ(vx_bitmap_read_rgba_rows(bitmap, 1, info.height - 1, rows.data(), stride), VX_OK)
+        << sample.name;
+    for (int y = 1; y < info.height; ++y) {
+      ASSERT_EQ(vx_bitmap_read_rgba(bitmap, y, row.data()), VX_OK);
+      const auto start = rows.begin() + static_cast<std::ptrdiff_t>(stride) * (y - 1);
+      ASSERT_TRUE(std::equal(row.begin(), row.end(), start)) << sample.name << ", row " << y;
+    }
+    const auto read = [&](int first, int count, std::size_t bytes) {
+      return vx_bitmap_read_rgba_rows(bitmap, first, count, rows.data(), bytes);
+    };
+    EXPECT_EQ(read(info.height, 0, rowBytes), VX_OK);
+    for (const auto& [first, count] :
+         {std::pair(-1, 1), {0, -1}, {1, info.height}, {1, INT_MAX}, {INT_MAX, 1}}) {
+      EXPECT_EQ(read(first, count, rowBytes), VX_BAD_PARAMETER) << first << ", " << count;
+    }
+    EXPECT_EQ(read(0, 1, rowBytes - 1), VX_BAD_PARAMETER);
+    vx_bitmap_free(bitmap);
+  }
+  uint8_t byte = 0;
+  EXPECT_EQ(vx_bitmap_read_rgba_rows(nullptr, 0, 0, &byte, 4), VX_BAD_PARAMETER);
+}
+
 TEST_F(Application, HasWordsForNumbersItDoesNotKnow) {
   EXPECT_STREQ(vx_status_name(99), "unknown status");
   EXPECT_STREQ(vx_status_text(99), "This number is no status of this library.");

@@ -1,12 +1,15 @@
 // Bitmap records, palettes and regions: bounds above all, since the numbers come out of files.
 #include "bitmap/Bitmap.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <set>
+#include <vector>
 
 #include "Leaks.h"
 #include "base/CallRecord.h"
+#include "bitmap/ReadRgba.h"
 #include "bitmap/Region.h"
 
 namespace {
@@ -174,6 +177,26 @@ TEST_F(Bitmaps, RefuseMasksOfAnotherShape) {
   EXPECT_EQ(VX_SetBitmapRgnFromMask(&bitmap, 1, &mask, 6), STATUS_BAD_PARAMETER);
   EXPECT_EQ(VX_SetBitmapRgnFromMask(&bitmap, 0, &mask, 5), STATUS_BAD_PARAMETER) << "no way to combine";
   EXPECT_EQ(bitmap.Region, nullptr);
+}
+
+// The blocks are as long as the pixels, so that whoever reads or writes a byte more is caught by a sanitizer.
+TEST_F(Bitmaps, PixelsOf24BitsAreTheSameInVectorsAndInWords) {
+  for (std::size_t width = 0; width <= 200; ++width) {
+    for (std::size_t offset = 0; offset < 16; ++offset) {
+      std::vector<uint8_t> row(offset + 3 * width);
+      std::vector<uint8_t> expected(4 * width);
+      for (std::size_t i = 0; i < row.size(); ++i) row[i] = static_cast<uint8_t>(i * 37 + width);
+      for (std::size_t i = 0; i < expected.size(); ++i) {
+        expected[i] = i % 4 == 3 ? 255 : row[offset + i / 4 * 3 + 2 - i % 4];
+      }
+      for (const auto expand : {vxkrn::Expand24, vxkrn::Expand24InWords}) {
+        std::vector<uint8_t> rgba((offset * 7) % 16 + 4 * width);
+        uint8_t* const to = rgba.data() + (offset * 7) % 16;
+        expand(row.data() + offset, static_cast<int>(width), to);
+        ASSERT_TRUE(std::equal(expected.begin(), expected.end(), to)) << width << " at " << offset;
+      }
+    }
+  }
 }
 
 }  // namespace

@@ -73,6 +73,21 @@ TEST_F(RowSinks, PutEachRowInItsPlace) {
   }
 }
 
+// The memory is not cleared when rows are stored plainly; what nobody sends must not show what it held.
+TEST_F(RowSinks, BlankWhatNeverComes) {
+  for (const int missing : {0, 2, kHeight - 1}) {
+    Prepare(0, kHeight, false);
+    for (int r = 0; r < kHeight; ++r) std::memset(vxkrn::StoredRow(picture_.record, r), 0x77, 4);
+    for (int r = 0; r < kHeight; ++r) {
+      if (r != missing) Send(r, r + 1, kPlain, ORIENT_TOP_DOWN);
+    }
+    sink_.Finish();
+    std::vector<int> expected = {1, 2, 3, 4, 5, 6};
+    expected[static_cast<std::size_t>(missing)] = 0;
+    EXPECT_EQ(Rows(), expected);
+  }
+}
+
 TEST_F(RowSinks, RefuseRowsThatDoNotExist) {
   for (const int row : {-1, kHeight, INT_MAX, INT_MIN}) {
     Prepare(0, kHeight, false);
