@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <deque>
+#include <iterator>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -57,30 +59,37 @@ std::vector<int> ParseSizes(std::string_view list) {
 class Image {
  public:
   /// @throws vx::Error, FileError
-  explicit Image(const char* path) : path_(path) {
-    if (IsStream(path)) stream_.emplace(path);
+  explicit Image(const char* path) : path_(path), isStream_(IsStream(path)) {
+    if (isStream_) input_.emplace(path);
   }
 
   std::string Name() const { return InputName(path_); }
-  /// Has `use` look at the image. @throws vx::Error
+  /// Has `use` look at the image, and leaves it open. @throws vx::Error
   template <class Use>
   auto With(const Use& use) {
-    if (stream_) return use(stream_->Source());
-    Input input(path_);
-    return use(input.Source());
+    if (!input_) input_.emplace(path_);
+    return use(input_->Source());
   }
+  void Close() {
+    if (!isStream_) input_.reset();
+  }
+
+  int pagesLeft = 0;  ///< that are not known to be bad
 
  private:
   const char* path_;
-  std::optional<Input> stream_;
+  bool isStream_;
+  std::optional<Input> input_;
 };
 
 /// A page of an image, not loaded yet.
 struct Original {
   Image* image;
   int page;
-  int side;  // the longer one
 };
+
+/// By their longer side; those of the same in the order in which they came.
+using Originals = std::multimap<int, Original>;
 
 /// Tells that a page is bad and goes on without it, as long as its image has a good one. @throws vx::Error
 void LeaveOut(const vx::Error& error, const std::string& image, int page, int othersLeft) {
@@ -90,25 +99,26 @@ void LeaveOut(const vx::Error& error, const std::string& image, int page, int ot
 }
 
 /// Finds every page of an image, for icons to be made of icons.
-void FindPages(Image& image, std::vector<Original>& originals) {
+void FindPages(Image& image, Originals& originals) {
   image.With([&](const vx::Source& source) {
     const int count = CountPages(source);
-    int left = count;
+    image.pagesLeft = count;
     for (int page = 1; page <= count; ++page) {
       try {
         const vx_info info = source.Describe(page);
-        originals.push_back({&image, page, std::max(info.width, info.height)});
+        originals.insert({std::max(info.width, info.height), {&image, page}});
       } catch (const vx::Error& error) {
-        LeaveOut(error, image.Name(), page, --left);
+        LeaveOut(error, image.Name(), page, --image.pagesLeft);
       }
     }
   });
+  image.Close();
 }
 
 /// The usual sizes, without those larger than every picture: their details would have to be made up.
-std::vector<int> SizesFor(const std::vector<Original>& originals) {
+std::vector<int> SizesFor(const Originals& originals) {
   std::vector<int> sizes = {16, 24, 32, 48, 64, 128, 256};
-  const int largest = originals.back().side;
+  const int largest = originals.rbegin()->first;
   const auto end =
       std::find_if(sizes.begin() + 1, sizes.end(), [largest](int size) { return size > largest; });
   sizes.erase(end, sizes.end());
@@ -116,10 +126,9 @@ std::vector<int> SizesFor(const std::vector<Original>& originals) {
 }
 
 /// What a page of `size` is made from: the smallest that is large enough, else the largest.
-const Original& OriginalFor(const std::vector<Original>& originals, int size) {
-  const auto enough = std::find_if(originals.begin(), originals.end(),
-                                   [size](const Original& each) { return each.side >= size; });
-  return enough == originals.end() ? originals.back() : *enough;
+Originals::iterator OriginalFor(Originals& originals, int size) {
+  const auto enough = originals.lower_bound(size);
+  return enough == originals.end() ? std::prev(enough) : enough;
 }
 
 /// A picture while pages are made from it. It is kept whole only if it can be a page itself.
@@ -186,7 +195,7 @@ class IconMaker {
     for (const int size : sizes_) {
       const Picture& picture = PictureFor(size);
       // A bad page that was left out may have been the largest.
-      const bool isMadeUp = size > originals_.back().side && size != sizes_.front();
+      const bool isMadeUp = size > originals_.rbegin()->first && size != sizes_.front();
       if (isMadeUp && arguments_.sizes.empty()) break;
       picture.AddTo(edit, size, pngFrom_, bits_);
       ReportRemarks(arguments_.out, VX_REMARK_PROFILE_DROPPED);
@@ -204,39 +213,36 @@ class IconMaker {
       at_ = InputName(path.c_str());
       FindPages(images_.emplace_back(path.c_str()), originals_);
     }
-    std::stable_sort(originals_.begin(), originals_.end(),
-                     [](const Original& a, const Original& b) { return a.side < b.side; });
   }
 
   /// Sizes ascend, and so do the pictures they are made from: a picture is not needed again once the next one
   /// is loaded.
   const Picture& PictureFor(int size) {
-    const Original* original = &OriginalFor(originals_, size);
-    if (picture_ && original->image == loaded_.image && original->page == loaded_.page) return *picture_;
+    auto original = OriginalFor(originals_, size);
+    const auto& [image, page] = original->second;
+    if (picture_ && image == loaded_.image && page == loaded_.page) return *picture_;
     picture_.reset();
-    while (!Load(*original)) original = &OriginalFor(originals_, size);
+    while (!Load(original)) original = OriginalFor(originals_, size);
+    loaded_.image->Close();
     return *picture_;
   }
 
   /// @return false for a bad page, which is left out then
-  bool Load(const Original& original) {
-    loaded_ = original;
-    at_ = loaded_.image->Name();
+  bool Load(Originals::iterator original) {
+    loaded_ = original->second;
+    Image& image = *loaded_.image;
+    at_ = image.Name();
     try {
       vx::LoadOptions options;
       options.page = loaded_.page;
       if (arguments_.toSrgb) options.flags |= VX_LOAD_TO_SRGB;
-      vx::Bitmap picture =
-          loaded_.image->With([&](const vx::Source& source) { return source.Load(options); });
-      ReportRemarks(at_);
+      vx::Bitmap picture = image.With([&](const vx::Source& source) { return source.Load(options); });
       RemarkOnColors(picture, at_);
       picture_.emplace(std::move(picture));
+      ReportRemarks(at_);
     } catch (const vx::Error& error) {
-      const auto isOfImage = [&](const Original& each) { return each.image == loaded_.image; };
-      const auto pages = std::count_if(originals_.begin(), originals_.end(), isOfImage);
-      LeaveOut(error, at_, loaded_.page, static_cast<int>(pages) - 1);
-      std::erase_if(originals_,
-                    [&](const Original& each) { return isOfImage(each) && each.page == loaded_.page; });
+      LeaveOut(error, at_, loaded_.page, --image.pagesLeft);
+      originals_.erase(original);
       return false;
     }
     at_ = arguments_.out;
@@ -248,7 +254,7 @@ class IconMaker {
   int bits_;  // of bitmap pages; 0: as suits the picture
   std::vector<int> sizes_;
   std::deque<Image> images_;  // which stay where they are
-  std::vector<Original> originals_;
+  Originals originals_;
   Original loaded_ = {};  // or tried last
   std::optional<Picture> picture_;
   std::string at_;

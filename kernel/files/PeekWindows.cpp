@@ -6,21 +6,25 @@
 
 namespace vxkrn {
 
-/// The window that has the byte, or else will: the one that ends there, or the one not used last.
+/// The window that has the byte, or else will: the one that ends there or little before, as the bodies of
+/// small pages follow one another; or the one not used last.
 PeekWindows::Window& PeekWindows::WindowFor(uint64_t position) noexcept {
   std::size_t chosen = 1 - last_;
-  bool readsOn = false;
+  uint64_t nearest = kNear;  // bytes between the end of the chosen window and the position
   for (std::size_t i = 0; i < windows_.size(); ++i) {
     const Window& window = windows_[i];
-    const bool isInside = position - window.start < window.fill;
-    const bool isBehind = window.fill > 0 && position == window.start + window.fill;
-    if (isInside || isBehind) chosen = i;
-    if (isInside) break;
-    readsOn = readsOn || isBehind;
+    if (position - window.start < window.fill) {
+      last_ = i;
+      return windows_[i];
+    }
+    const uint64_t gap = position - (window.start + window.fill);
+    if (window.fill == 0 || gap >= nearest) continue;
+    chosen = i;
+    nearest = gap;
   }
   last_ = chosen;
   Window& window = windows_[chosen];
-  if (position - window.start < window.fill) return window;
+  const bool readsOn = nearest < kNear;
   window.ahead = readsOn ? std::min(window.ahead * 4, kMost) : kFirst;
   window.fill = 0;
   return window;

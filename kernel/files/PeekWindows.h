@@ -18,8 +18,9 @@ class PeekWindows {
   int64_t Read(const Backend& backend, void* file, void* buffer, uint32_t count, uint64_t position) noexcept;
 
  private:
-  static constexpr uint32_t kFirst = 512;  // bytes read after a jump
-  static constexpr uint32_t kMost = 4096;  // and by those who read on
+  static constexpr uint32_t kFirst = 512;   // bytes read after a jump
+  static constexpr uint32_t kMost = 16384;  // and by those who read on
+  static constexpr uint32_t kNear = 4096;   // which they do who jump no farther
 
   struct Window {
     std::array<uint8_t, kMost> bytes;
