@@ -8,7 +8,8 @@
 namespace {
 
 const unsigned char* RowOfIndices(const void* owner, int row, unsigned char* /*scratch*/) {
-  return vx_bitmap_row(static_cast<const vx_bitmap*>(owner), row);
+  const auto& bitmap = *static_cast<const vx_bitmap*>(owner);
+  return vxkrn::ReadRow(bitmap.record, bitmap.Stored(row));
 }
 
 const unsigned char* RowOfColors(const void* owner, int row, unsigned char* scratch) {

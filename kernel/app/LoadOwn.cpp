@@ -36,7 +36,7 @@ int ReadRows(const vx_source& source, const LoadPlan& plan, RowReader& reader, v
     if (has32) *pixelBits |= PixelBits(pixels, static_cast<std::size_t>(picture->record.Width));
   }
   if (status == STATUS_OK || !Detail().Empty()) return status;
-  const bool isLastRow = row == plan.info.Height && IsPlain(plan.image->layout, plan.image->decoder);
+  const bool isLastRow = first + row == plan.info.Height && IsPlain(plan.image->layout, plan.image->decoder);
   // Run-length data may end anywhere, in every coding alike; what is missing is remarked on.
   const bmp::Decoder decoder = plan.image->decoder;
   const bool isRunLength = decoder == bmp::Decoder::kRle24 || decoder == bmp::Decoder::kRunOn;
@@ -97,7 +97,7 @@ int LoadOwn(vx_source& source, const LoadPlan& plan, vx_bitmap* picture, uint32_
   status = SetPalette(source, plan, *reader, picture);
   if (status == STATUS_OK) status = ReadRows(source, plan, *reader, picture, pixelBits);
   const bool mayBeHidden = shape.hasAlpha && !UseFourthByte(*pixelBits) && plan.bandCount < plan.info.Height;
-  if (status == STATUS_OK && mayBeHidden) status = SeeAlpha(source, plan, pixelBits);
+  if (status == STATUS_OK && mayBeHidden && !plan.isPiece) status = SeeAlpha(source, plan, pixelBits);
   return status == STATUS_OK ? SetOwnRegion(source, plan, record) : status;
 }
 

@@ -153,12 +153,30 @@ int PlanRows(const vx_source& source, LoadPlan* plan) {
   }
   const int there = RowsThere(source, image.layout);
   // The filter decodes an icon whole, with all the rows that its header speaks of, there or not.
-  const bool isCutIcon = image.icon && there < image.layout.height;
-  if (isCutIcon || (plan->bandCount < plan->info.Height && !IsWithinReach(*plan))) image.isFilters = false;
+  if (image.icon && there < image.layout.height) image.isFilters = false;
   return CheckRowsThere(source, *plan, there);
 }
 
 }  // namespace
+
+bool LoadPlan::HasPlainRows() const noexcept {
+  if (isIcon || isPng || info.Format == FMT_PNG) return false;
+  if (image) return IsPlain(image->layout, image->decoder);
+  const bool isPlainRaw =
+      options.raw != nullptr && (info.Format == FMT_RAW || info.Format == FMT_RAW_BITFIELDS);
+  // Nobody else goes where the filter cannot.
+  return isPlainRaw && info.Height * Stride(info.Width, info.BitsPerPixel) <= INT32_MAX;
+}
+
+void LoadPlan::AimAt(int first, int count) noexcept {
+  bandFirst = first;
+  bandCount = count;
+  const bool isCut = count < info.Height;
+  const bool isPlain = image && IsPlain(image->layout, image->decoder);
+  if (isPlain && isCut && !IsWithinReach(*this)) image->isFilters = false;
+  // An icon's mask follows its last row, and a run cannot be started in the middle.
+  filterCutsBand = isCut && !isIcon && info.Compression[0] == '\0' && IsWithinReach(*this);
+}
 
 int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) {
   plan->options = options == nullptr ? vx_load_options VX_LOAD_OPTIONS_DEFAULT : *options;
@@ -175,9 +193,7 @@ int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) 
   if (status != STATUS_OK) return NameFailure(status, source.Name());
   plan->isIcon = IsIcon(plan->info) || (plan->image && plan->image->icon);
   plan->isPng = IsPngPage(plan->info);
-  // An icon's mask follows its last row, and a run cannot be started in the middle.
-  plan->filterCutsBand = plan->bandCount < plan->info.Height && !plan->isIcon &&
-                         plan->info.Compression[0] == '\0' && IsWithinReach(*plan);
+  plan->AimAt(plan->bandFirst, plan->bandCount);
   return STATUS_OK;
 }
 

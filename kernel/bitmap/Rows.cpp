@@ -5,6 +5,8 @@
 #include <bit>
 #include <cstring>
 
+#include "bitmap/RowProvider.h"
+
 namespace vxkrn {
 namespace {
 
@@ -129,13 +131,13 @@ ColorTable ColorsOf(const _BITMAPHANDLE& bitmap) noexcept {
   return colors;
 }
 
-void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, uint8_t* rgba) noexcept {
+void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, uint8_t* rgba) {
   ReadRgba(bitmap, colors, storedRow, 0, bitmap.Width, rgba);
 }
 
 void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, int first, int count,
-              uint8_t* rgba) noexcept {
-  Expand(bitmap, colors, StoredRow(bitmap, storedRow) + PixelBytes(first, bitmap.BitsPerPixel), count, rgba);
+              uint8_t* rgba) {
+  Expand(bitmap, colors, ReadRow(bitmap, storedRow) + PixelBytes(first, bitmap.BitsPerPixel), count, rgba);
   const unsigned char* inside = StoredRegionRow(bitmap, storedRow);
   if (inside != nullptr && !HasAlpha(bitmap)) ApplyRegion(inside + first / 8, count, rgba);
 }

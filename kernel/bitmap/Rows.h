@@ -17,12 +17,12 @@ using ColorTable = std::array<Rgba, 256>;
 [[nodiscard]] ColorTable ColorsOf(const _BITMAPHANDLE& bitmap) noexcept;
 
 /// Writes a stored row as red, green, blue, alpha: 4 x width bytes. `colors` is the bitmap's; alpha comes
-/// from the bitmap's alpha channel, else from its region.
-void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, uint8_t* rgba) noexcept;
+/// from the bitmap's alpha channel, else from its region. Throws what its provider does, if it has one.
+void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, uint8_t* rgba);
 
 /// The same for `count` pixels of the row from pixel `first` on, a multiple of 8.
 void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, int first, int count,
-              uint8_t* rgba) noexcept;
+              uint8_t* rgba);
 
 /// 32-bit pixels, all of them or-ed together: the highest byte is that of the fourth bytes.
 [[nodiscard]] inline uint32_t PixelBits(const uint8_t* row, std::size_t pixels) noexcept {

@@ -17,6 +17,12 @@ struct PngInput {
   void* owner;
   std::size_t (*read)(void* owner, unsigned char* bytes, std::size_t count);
 };
+/// Bytes in memory that are read as a stream.
+struct PngBlock {
+  const unsigned char* bytes;
+  std::size_t left;
+};
+[[nodiscard]] PngInput InputFrom(PngBlock& block) noexcept;
 [[nodiscard]] int DescribePng(const PngInput& input, PngDescription* description);
 
 /// The depth to decode to when `asked` bits are wanted: asked (24 for 16) where no colour and no alpha would
@@ -32,6 +38,11 @@ struct PngInput {
 /// @return STATUS_OK, or a failure with its detail set.
 [[nodiscard]] int DecodePng(const unsigned char* bytes, std::size_t size, int askedDepth,
                             _BITMAPHANDLE* bitmap, PngDescription* description, ColorSpace* colors = nullptr);
+[[nodiscard]] int DecodePng(const PngInput& input, int askedDepth, _BITMAPHANDLE* bitmap,
+                            PngDescription* description, ColorSpace* colors = nullptr);
+/// Makes a record of what a stream was described as, without pixels and palette.
+/// @return STATUS_OK, or a failure with its detail set
+[[nodiscard]] int InitPngRecord(const PngDescription& description, _BITMAPHANDLE* bitmap);
 
 /// As DecodePng, at the stream's own depth, but takes one that ends early, if a row of it is whole.
 /// @param rowsThere receives how many are, from the top
