@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <vx/vx.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "words/Text.h"
@@ -25,6 +26,20 @@ void JsonLine::Add(std::string_view name, std::string_view text) {
 
 void JsonLine::Add(std::string_view name, std::pair<int, int> point) {
   AddRaw(name, fmt::format("[{},{}]", point.first, point.second));
+}
+
+void JsonLine::Add(std::string_view name, const std::vector<std::string>& texts) {
+  std::vector<std::string> quoted(texts.size());
+  std::transform(texts.begin(), texts.end(), quoted.begin(), Quoted);
+  AddRaw(name, fmt::format("[{}]", fmt::join(quoted, ",")));
+}
+
+void JsonLine::Add(std::string_view name, const std::vector<JsonLine>& objects) {
+  std::vector<std::string> members(objects.size());
+  std::transform(objects.begin(), objects.end(), members.begin(),
+                 [](const JsonLine& each) { return each.members_; });
+  AddRaw(name, fmt::format("[{}{}{}]", members.empty() ? "" : "{", fmt::join(members, "},{"),
+                           members.empty() ? "" : "}"));
 }
 
 void JsonLine::AddFile(std::string_view file) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace cli {
 
@@ -17,6 +18,11 @@ class JsonLine {
   void Add(std::string_view name, std::integral auto number) { AddRaw(name, std::to_string(number)); }
   /// Adds an array of the two numbers.
   void Add(std::string_view name, std::pair<int, int> point);
+
+  /// Adds an array of texts.
+  void Add(std::string_view name, const std::vector<std::string>& texts);
+  /// Adds an array of objects.
+  void Add(std::string_view name, const std::vector<JsonLine>& objects);
 
   /// Names the file that the line is about. JSON cannot hold a name that is not UTF-8: "file" is then for
   /// people, with \xNN for every byte that is not UTF-8, and "file_bytes" has all bytes, two hexadecimal

@@ -20,8 +20,9 @@ namespace vxkrn {
 /// @return STATUS_OK, or a failure with its detail set that names the file
 [[nodiscard]] int LoadBand(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t* pixelBits);
 
-/// Rows of the plan's band that a bitmap file has.
-[[nodiscard]] int RowsOfBand(const vx_source& source, const LoadPlan& plan) noexcept;
+/// Rows of the plan's band that the file has of an image.
+[[nodiscard]] int RowsOfBand(const vx_source& source, const LoadPlan& plan,
+                             const BitmapImage& image) noexcept;
 
 /// Decides what the fourth bytes of 32-bit pixels mean, and remarks on it. @param pixelBits of all of them
 void SettleAlpha(const LoadPlan& plan, uint32_t pixelBits, _BITMAPHANDLE* record) noexcept;

@@ -8,7 +8,7 @@ namespace {
 int ReadRows(vx_source& source, const vx_load_options* asked, vx_row_function take, void* user) {
   vx_load_options options = asked == nullptr ? vx_load_options VX_LOAD_OPTIONS_DEFAULT : *asked;
   const bool isNative = (options.flags & VX_LOAD_NATIVE_ROWS) != 0;
-  options.flags |= VX_LOAD_ROW_BY_ROW;
+  options.flags = (options.flags & ~unsigned{VX_LOAD_NATIVE_ROWS}) | VX_LOAD_ROW_BY_ROW;
   memory::Owned<vx_bitmap> picture;
   const int status = LoadAny(source, &options, &picture);
   if (status != STATUS_OK) return status;

@@ -76,7 +76,7 @@ int PlainRows::Open(vx_bitmap* picture) {
   if (status == STATUS_OK && isHidden) status = LookForAlpha(0, whole_.info.Height);
   if (status != STATUS_OK) return status;
   SettleAlpha(whole_, pixelBits_, &picture->record);
-  if (whole_.image) picture->rowsPresent = RowsOfBand(source_, whole_);
+  if (whole_.image) picture->rowsPresent = RowsOfBand(source_, whole_, *whole_.image);
   const bool toSrgb = (whole_.options.flags & VX_LOAD_TO_SRGB) != 0;
   status = Settle(toSrgb, whole_.options.color_order, picture);
   return status == STATUS_OK ? status : NameFailure(status, source_.Name());
