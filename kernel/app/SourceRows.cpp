@@ -86,7 +86,8 @@ class PngFileRows final : public PieceRows {
  public:
   PngFileRows(const vx_source& source, const LoadPlan& plan) noexcept
       : PieceRows(source.Name(), plan.options.read_buffer_size), source_(source), plan_(plan) {}
-  [[nodiscard]] bool IsSequential() const noexcept override { return true; }
+  [[nodiscard]] bool IsSequential() const noexcept override { return !isWhole_; }
+  void PrepareForAnyOrder() noexcept override { isWhole_ = true; }
   /// @return STATUS_OK and whether rows come one by one, or a failure with its detail set that names the file
   int Open(vx_bitmap* picture, bool* isThere);
 
@@ -109,6 +110,7 @@ class PngFileRows final : public PieceRows {
   const vx_source& source_;
   LoadPlan plan_;
   memory::Owned<Stream> stream_;
+  bool isWhole_ = false;  // what is loaded next is all there is
 };
 
 int PngFileRows::Begin(PngDescription* description, ColorSpace* colors) {
@@ -150,14 +152,16 @@ int PngFileRows::ReadRows(int first, vx_bitmap* piece) {
 
 int PngFileRows::LoadPiece(int* first, int count, vx_bitmap* piece) {
   const int row = plan_.bandFirst + *first;
-  if (row<stream_->next&& * first> 0) {
+  const bool isBehind = stream_->next > row;
+  isWhole_ = isWhole_ || (isBehind && *first > 0);
+  if (isWhole_) {
     *first = 0;
     const int status = LoadPngFile(source_, plan_.bandFirst, plan_.bandCount, piece);
     return status == STATUS_OK ? status : Explain(status, source_, 0, {});
   }
   int status = AllocatePixels(plan_.info.Width, count, plan_.info.BitsPerPixel, piece);
   piece->record.Orientation = ORIENT_TOP_DOWN;
-  if (status == STATUS_OK && row < stream_->next) {
+  if (status == STATUS_OK && isBehind) {
     PngDescription description = {};
     status = Begin(&description, nullptr);
     if (status == STATUS_OK) status = stream_->rows.Begin(piece->record);

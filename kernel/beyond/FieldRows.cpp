@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bit>
 
+#include "bitmap/RowProvider.h"
+
 namespace vxkrn {
 
 FieldRows::FieldRows(const SavePlan& plan)
@@ -18,6 +20,7 @@ bool FieldRows::IsAllHidden(uint32_t alphaMask) {
   const unsigned int last = (1U << std::min(std::popcount(alphaMask), 8)) - 1;
   if (last == 0) return false;
   const unsigned int leastSeen = (255 + 2 * last - 1) / (2 * last);  // what rounds to 1 and more
+  PrepareForAnotherPass(rows_.Bitmap());
   for (int row = 0; row < Count(); ++row) {
     const std::span<const Rgba> pixels = Read(row);
     const bool isSeen = std::any_of(pixels.begin(), pixels.end(),

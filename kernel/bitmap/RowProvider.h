@@ -19,8 +19,13 @@ class RowProvider {
   virtual const uint8_t* Read(int row) = 0;
   /// Whether the first stored row comes first: asked for in another order, rows cost time and memory.
   [[nodiscard]] virtual bool IsSequential() const noexcept = 0;
-  /// Rows will be asked for, and then again from the first on. Throws Failed or std::bad_alloc.
-  virtual void KeepForAnotherPass() {}
+  // What whoever asks for rows will do: who cannot give them so takes them into memory. Both throw Failed or
+  // std::bad_alloc.
+
+  /// Ask for rows in turn, and then again from the first on.
+  virtual void PrepareForAnotherPass() {}
+  /// Ask for rows in any order.
+  virtual void PrepareForAnyOrder() {}
 };
 
 // A record that has a provider instead of pixels says so where the contract leaves room in it, so that copies
@@ -45,8 +50,9 @@ inline void SetProvider(_BITMAPHANDLE* bitmap, RowProvider* provider) noexcept {
 [[nodiscard]] inline bool HasRows(const _BITMAPHANDLE& bitmap) noexcept {
   return bitmap.Pixels != nullptr || ProviderOf(bitmap) != nullptr;
 }
-inline void KeepForAnotherPass(const _BITMAPHANDLE& bitmap) {
-  if (bitmap.Pixels == nullptr) ProviderOf(bitmap)->KeepForAnotherPass();
+/// Before a pass that is not the last one. Throws what providers do.
+inline void PrepareForAnotherPass(const _BITMAPHANDLE& bitmap) {
+  if (bitmap.Pixels == nullptr) ProviderOf(bitmap)->PrepareForAnotherPass();
 }
 
 /// Copies pixels into a record that is made anew; palette and region are not copied. Throws what providers

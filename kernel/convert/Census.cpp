@@ -164,6 +164,7 @@ class Count {
 }  // namespace
 
 Census TakeCensus(const _BITMAPHANDLE& bitmap) {
+  PrepareForAnotherPass(bitmap);
   return Count(bitmap).Take();
 }
 

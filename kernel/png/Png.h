@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <utility>
 
 #include "base/Contract.h"
+#include "base/Memory.h"
 #include "base/PngDescription.h"
 #include "bitmap/ColorSpace.h"
 
@@ -69,8 +71,31 @@ struct PngPicture {
   unsigned char* scratch;  ///< handed to `row`
 };
 
-/// Encodes into memory that the caller frees with memory::Free. Throws what the picture's rows throw.
-/// @return STATUS_OK or STATUS_NO_MEMORY.
-[[nodiscard]] int EncodePng(const PngPicture& picture, unsigned char** png, std::size_t* size);
+/// Where a stream goes as it is made. `write` may not throw; it returns whether all bytes were taken.
+struct PngOutput {
+  void* owner;
+  bool (*write)(void* owner, const unsigned char* bytes, std::size_t count);
+};
+
+/// Throws what the picture's rows throw. @return STATUS_OK; STATUS_WRITE_ERROR where the output refused, or
+/// STATUS_NO_MEMORY with its detail set
+[[nodiscard]] int EncodePng(const PngPicture& picture, const PngOutput& output);
+
+/// A stream in memory.
+class PngBytes {
+ public:
+  [[nodiscard]] PngOutput AsOutput() noexcept;
+  [[nodiscard]] std::size_t Size() const noexcept { return size_; }
+  [[nodiscard]] memory::Bytes Take() noexcept { return std::move(bytes_); }
+  /// The status of an encoding into it: only memory can be refused. Sets the detail where it was.
+  [[nodiscard]] static int Settle(int status) noexcept;
+
+ private:
+  [[nodiscard]] bool MakeRoom(std::size_t count) noexcept;
+
+  memory::Bytes bytes_;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = 0;
+};
 
 }  // namespace vxkrn
