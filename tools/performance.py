@@ -156,8 +156,8 @@ def growth_plot(curves):
     parts, y = [], 30
     for unit in units:
         mine = [curve for curve in curves if curve["unit"] == unit]
-        parts += panel(mine, 60, y, lambda p: p["seconds"] / p["items"] * 1e9, f"ns of processor time, one of the {unit}")
-        parts += panel(mine, 420, y, lambda p: p["peak"] / 2**20, f"MiB at most, {unit}")
+        parts += panel(mine, 60, y, lambda p: p["seconds"] / p["items"] * 1e9, f"ns of processor time, divided by {unit}")
+        parts += panel(mine, 420, y, lambda p: p["peak"] / 2**20, f"MiB at most, over {unit}")
         for i, curve in enumerate(mine):
             x = 60 + i % 3 * 220
             parts.append(f'<rect x="{x}" y="{y + 208 + i // 3 * 16}" width="10" height="10" fill="{COLORS[i]}"/>')
