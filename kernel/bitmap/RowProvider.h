@@ -32,12 +32,12 @@ class RowProvider {
 // of the record have it, too. Whoever owns the provider is somebody else.
 
 inline void SetProvider(_BITMAPHANDLE* bitmap, RowProvider* provider) noexcept {
-  static_assert(sizeof provider <= sizeof bitmap->Reserved2);
-  std::memcpy(bitmap->Reserved2, &provider, sizeof provider);
+  static_assert(sizeof(void*) <= sizeof bitmap->Reserved2);
+  std::memcpy(bitmap->Reserved2, &provider, sizeof(void*));
 }
 [[nodiscard]] inline RowProvider* ProviderOf(const _BITMAPHANDLE& bitmap) noexcept {
   RowProvider* provider = nullptr;
-  std::memcpy(&provider, bitmap.Reserved2, sizeof provider);
+  std::memcpy(&provider, bitmap.Reserved2, sizeof(void*));
   return provider;
 }
 

@@ -149,4 +149,37 @@ TEST(ReadRows, HandsThemOverFromTheTopUntilThatIsEnough) {
   }
 }
 
+/// The file, or the status of the failure in its place.
+Bytes Saved(const vx::Source& source, unsigned int loadFlags, int format, int depth) {
+  vx::LoadOptions how;
+  how.flags = loadFlags;
+  vx::SaveOptions options;
+  options.format = format;
+  options.bits_per_pixel = depth;
+  uint8_t* bytes = nullptr;
+  size_t size = 0;
+  const vx::Bitmap picture = source.Load(how);
+  const int status = vx_save_memory(picture.Get(), &options, &bytes, &size);
+  Bytes file(bytes, bytes + size);
+  if (status != VX_OK) file.assign(1, static_cast<uint8_t>(status));
+  vx_free(bytes);
+  return file;
+}
+
+TEST(RowByRow, IsSavedAsWhatIsLoadedWhole) {
+  for (const samples::Sample& sample : samples::All()) {
+    if (sample.outcome != samples::Outcome::Loads || !sample.raw.empty()) continue;
+    const vx::Source source = vx::Source::Memory(sample.bytes);
+    const vx::Buffer png = source.Load().EncodePng();
+    const vx::Source stream = vx::Source::Memory(png.Bytes());
+    for (const int format : {VX_FORMAT_PNG, VX_FORMAT_BMP, VX_FORMAT_ICO}) {
+      for (const int depth : {0, 1, 8, 24, 32}) {
+        SCOPED_TRACE(sample.name + " as " + std::to_string(format) + " of " + std::to_string(depth));
+        EXPECT_EQ(Saved(source, VX_LOAD_ROW_BY_ROW, format, depth), Saved(source, 0, format, depth));
+        EXPECT_EQ(Saved(stream, VX_LOAD_ROW_BY_ROW, format, depth), Saved(stream, 0, format, depth));
+      }
+    }
+  }
+}
+
 }  // namespace
