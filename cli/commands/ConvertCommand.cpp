@@ -46,6 +46,7 @@ void ParseBand(std::string_view band, vx_load_options& options) {
 
 vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescription* raw) {
   vx::LoadOptions options = arguments.page.Options();
+  options.flags |= VX_LOAD_ROW_BY_ROW;
   if (!arguments.band.empty()) ParseBand(arguments.band, options);
   if (raw != nullptr) options.raw = &raw->Get();
   return options;
@@ -78,6 +79,12 @@ void RemarkOnProfile(const std::string& name) {
                             Printable(name)));
 }
 
+/// Whether a save failed for want of rows, which are read only then.
+bool IsOfReading(const vx::Error& error) {
+  return error.status() == VX_READ_ERROR || error.status() == VX_BAD_FORMAT;
+}
+
+/// @throws vx::Error where the picture turns out to be damaged
 ExitCode Save(const vx::Bitmap& picture, const std::string& out, const vx_save_options& options) {
   const std::string name = out == kStandardStream ? "standard output" : out;
   try {
@@ -86,6 +93,7 @@ ExitCode Save(const vx::Bitmap& picture, const std::string& out, const vx_save_o
     RemarkOnProfile(name);
     RemarkOnLosses(name, options, plan);
   } catch (const vx::Error& error) {
+    if (IsOfReading(error)) throw;
     ReportFailure(error, {.file = name});
     return kExitFailed;
   }

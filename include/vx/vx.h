@@ -352,8 +352,10 @@ typedef struct vx_raw {
 
 typedef enum vx_load_flags {
   VX_LOAD_AS_FILTER = 1, /**< exactly what the filter gives: what its contract refuses or flattens stays so */
-  VX_LOAD_TO_SRGB = 2    /**< colours by a profile, or calibrated ones, become sRGB: fails where the profile
+  VX_LOAD_TO_SRGB = 2,   /**< colours by a profile, or calibrated ones, become sRGB: fails where the profile
                             cannot be used, or this library applies none. A linked one stays unopened */
+  VX_LOAD_ROW_BY_ROW = 4, /**< the rows are read from the source when they are asked for: see vx_load */
+  VX_LOAD_NATIVE_ROWS = 8 /**< vx_read_rows alone: rows as they are stored, not as red, green, blue, alpha */
 } vx_load_flags;
 
 /** What the fourth bytes of a bitmap file's 32-bit pixels are where nothing in the file says so. */
@@ -382,8 +384,38 @@ typedef struct vx_load_options {
 /** A picture in memory. */
 typedef struct vx_bitmap vx_bitmap;
 
-/** Loads one page (or a band of it). @param options may be null. The caller frees *bitmap. */
+/**
+ * Loads one page (or a band of it). @param options may be null. The caller frees *bitmap.
+ *
+ * With VX_LOAD_ROW_BY_ROW the bitmap is there at once, with everything that vx_load tells of it, remarks
+ * included, but without pixels in memory: whoever asks for rows, and be it vx_save_file, has them read from
+ * the source, which must stay open as long as the bitmap. Rows of uncompressed bitmaps and headerless data
+ * come in any order, those of PNG files that are not interlaced from the top, in memory for about 1 MiB of
+ * rows. (Going up in a PNG file takes the whole picture into memory; going back to its first row decodes it
+ * anew.) Whatever else, rows that follow from one another or from what is behind them, is loaded whole as
+ * without the flag: run-length and Huffman codes, pages of icons and cursors, embedded streams, and what
+ * VX_LOAD_AS_FILTER loads. Of 32 bits a first pass finds out whether the fourth bytes are in use; it ends
+ * with the first that is.
+ */
 VX_API int vx_load(vx_source* source, const vx_load_options* options, vx_bitmap** bitmap);
+/**
+ * Takes a row of a picture. May not throw.
+ * @param picture what the rows belong to, with everything that vx_bitmap_describe, vx_bitmap_palette and
+ * vx_bitmap_profile tell; it lives until vx_read_rows ends
+ * @param row from the top, of the band where one was asked for
+ * @param pixels red, green, blue, alpha as vx_bitmap_read_rgba has them, or with VX_LOAD_NATIVE_ROWS the
+ * bytes of vx_bitmap_row; valid until the function returns
+ * @return nonzero for the next row, 0 if this was enough
+ */
+typedef int (*vx_row_function)(void* user, const vx_bitmap* picture, int row, const uint8_t* pixels);
+
+/**
+ * Hands over the rows of a page (or of a band of it) from the top, one after the other, in as little memory
+ * as VX_LOAD_ROW_BY_ROW says; the rows are those of vx_load, and so is all that is told before the first of
+ * them. Where the file turns out to be damaged on the way, some have been handed over when the call fails.
+ * @param options may be null @return VX_OK also where `take` had enough
+ */
+VX_API int vx_read_rows(vx_source* source, const vx_load_options* options, vx_row_function take, void* user);
 /** Frees a bitmap; null does nothing. */
 VX_API void vx_bitmap_free(vx_bitmap* bitmap);
 
@@ -435,7 +467,8 @@ VX_API int vx_bitmap_describe(const vx_bitmap* bitmap, vx_bitmap_info* info);
 /**
  * One row as stored: indices for 1 to 8 bits (leftmost pixel in the highest bits), little-endian
  * words for 16, blue-green-red(-fourth) bytes above. @return bytes_per_line bytes that live as long as
- * the bitmap; null when row is out of range.
+ * the bitmap, or until the next row is asked for where it was loaded row by row; null when row is out of
+ * range, or cannot be read.
  */
 VX_API const uint8_t* vx_bitmap_row(const vx_bitmap* bitmap, int row);
 /** The palette, 4 bytes an entry: blue, green, red, 0. @return null above 8 bits. */

@@ -87,6 +87,12 @@ int Draw(const vx_bitmap& bitmap, const vx_draw_options& options, char** text, s
   status = display.Open(*filter);
   if (status != STATUS_OK) return status;
   _BITMAPHANDLE shown = bitmap.record;  // its count of accesses changes, the picture does not
+  OwnedBitmap copy;
+  if (bitmap.provider != nullptr) {
+    status = CopyPixels(bitmap.record, &copy);
+    if (status != STATUS_OK) return status;
+    shown.Pixels = copy.Pixels;
+  }
   const DISPLAYOPTIONS how = DisplayOptionsOf(options);
   unsigned int count = 0;
   status = display.Draw()(&shown, &how, text, &count);

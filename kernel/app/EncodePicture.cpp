@@ -8,7 +8,8 @@
 namespace {
 
 const unsigned char* RowOfIndices(const void* owner, int row, unsigned char* /*scratch*/) {
-  return vx_bitmap_row(static_cast<const vx_bitmap*>(owner), row);
+  const auto& bitmap = *static_cast<const vx_bitmap*>(owner);
+  return vxkrn::ReadRow(bitmap.record, bitmap.Stored(row));
 }
 
 const unsigned char* RowOfColors(const void* owner, int row, unsigned char* scratch) {
@@ -51,6 +52,11 @@ int vx_bitmap_encode_png(const vx_bitmap* bitmap, uint8_t** png, size_t* size) {
                                                                   {"kernel/EncodePicture", __LINE__});
     if (scratch == nullptr) return vxkrn::FailForMemory("a row of colours", rowBytes);
     picture.scratch = scratch.get();
-    return vxkrn::EncodePng(picture, png, size);
+    vxkrn::PngBytes encoded;
+    const int status = vxkrn::PngBytes::Settle(vxkrn::EncodePng(picture, encoded.AsOutput()));
+    if (status != STATUS_OK) return status;
+    *size = encoded.Size();
+    *png = encoded.Take().release();
+    return VX_OK;
   });
 }

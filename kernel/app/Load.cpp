@@ -12,6 +12,7 @@
 #include "app/LoadPlan.h"
 #include "app/PngFile.h"
 #include "app/RowSink.h"
+#include "app/SourceRows.h"
 #include "base/Errors.h"
 #include "base/Remarks.h"
 #include "beyond/BitmapColors.h"
@@ -188,24 +189,6 @@ int LoadByFilter(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t
   return plan->IsOwn() ? SetOwnRegion(source, *plan, &picture->record) : int{STATUS_OK};
 }
 
-/// What the fourth bytes of 32-bit pixels mean. Icons say nothing of it: there any that is not 0 makes all of
-/// them alpha. Bitmap files say so by a mask; many writers leave 0 everywhere all the same, and every reader
-/// that people use shows such a picture.
-void SettleAlpha(const LoadPlan& plan, uint32_t pixelBits, _BITMAPHANDLE* record) {
-  const bool isPng = plan.isPng || (plan.image && plan.image->decoder == bmp::Decoder::kPng);
-  if (record->BitsPerPixel != 32 || isPng) return;
-  const bool isInUse = UseFourthByte(pixelBits);
-  if (HasAlpha(*record)) {
-    if (isInUse || pixelBits == 0) return;  // where there is no colour either, nothing is all that there is
-    record->Flags &= ~kBitmapHasAlpha;
-    return AddRemark(VX_REMARK_ALPHA_EMPTY);
-  }
-  const bool isAsked =
-      plan.options.alpha == VX_ALPHA_FORCE || (plan.options.alpha == VX_ALPHA_AUTO && isInUse);
-  if (plan.isIcon ? isInUse : isAsked) record->Flags |= kBitmapHasAlpha;
-  if (!plan.isIcon && isInUse) AddRemark(HasAlpha(*record) ? VX_REMARK_ALPHA_TAKEN : VX_REMARK_ALPHA_IGNORED);
-}
-
 /// Headerless data as if it had a header; none where the coding is another depth's.
 std::optional<BitmapImage> ImageOfRaw(const vx_raw& raw) {
   const int codedDepth = raw.format == VX_FORMAT_RAW_RLE4 ? 4 : raw.format == VX_FORMAT_RAW_RLE8 ? 8 : 0;
@@ -231,15 +214,6 @@ std::optional<BitmapImage> ImageOfTheFilter(const vx_source& source, const LoadP
   return isKnown ? image : std::nullopt;
 }
 
-/// Rows of the band that the file has, where the filter decoded them and did not say.
-int RowsPresent(const vx_source& source, const LoadPlan& plan, const BitmapImage& image) {
-  const bmp::BitmapLayout& layout = image.layout;
-  const bool isPlain = IsPlain(layout, image.decoder);
-  const int there = isPlain ? RowsThere(source, layout) : RowsCoded(source, layout);
-  const int first = FirstStoredRow(plan.bandFirst, plan.bandCount, plan.info.Height, plan.info.Orientation);
-  return std::clamp(there - first, 0, plan.bandCount);
-}
-
 /// What is said of a picture that is there, but not as its file says.
 void RemarkOn(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture) {
   if (plan.image && plan.image->icon) RemarkOnPage(source, *plan.image);
@@ -251,7 +225,7 @@ void RemarkOn(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture)
   }
   if (!plan.IsDecodedHere() && !plan.isPng && plan.info.Format != FMT_PNG) {
     const std::optional<BitmapImage> image = ImageOfTheFilter(source, plan);
-    if (image) picture->rowsPresent = RowsPresent(source, plan, *image);
+    if (image) picture->rowsPresent = RowsOfBand(source, plan, *image);
   }
   if (picture->rowsPresent < picture->record.Height) {
     AddRemark(VX_REMARK_ROWS_MISSING, picture->rowsPresent, picture->record.Height);
@@ -269,54 +243,94 @@ HotSpot HotSpotOf(const vx_source& source, const LoadPlan& plan) {
 
 }  // namespace
 
+/// Icons say nothing of the fourth bytes: there any that is not 0 makes all of
+/// them alpha. Bitmap files say so by a mask; many writers leave 0 everywhere all the same, and every reader
+/// that people use shows such a picture.
+void SettleAlpha(const LoadPlan& plan, uint32_t pixelBits, _BITMAPHANDLE* record) noexcept {
+  const bool isPng = plan.isPng || (plan.image && plan.image->decoder == bmp::Decoder::kPng);
+  if (record->BitsPerPixel != 32 || isPng) return;
+  const bool isInUse = UseFourthByte(pixelBits);
+  if (HasAlpha(*record)) {
+    if (isInUse || pixelBits == 0) return;  // where there is no colour either, nothing is all that there is
+    record->Flags &= ~kBitmapHasAlpha;
+    return AddRemark(VX_REMARK_ALPHA_EMPTY);
+  }
+  const bool isAsked =
+      plan.options.alpha == VX_ALPHA_FORCE || (plan.options.alpha == VX_ALPHA_AUTO && isInUse);
+  if (plan.isIcon ? isInUse : isAsked) record->Flags |= kBitmapHasAlpha;
+  if (!plan.isIcon && isInUse) AddRemark(HasAlpha(*record) ? VX_REMARK_ALPHA_TAKEN : VX_REMARK_ALPHA_IGNORED);
+}
+
+int RowsOfBand(const vx_source& source, const LoadPlan& plan, const BitmapImage& image) noexcept {
+  const bmp::BitmapLayout& layout = image.layout;
+  const bool isPlain = IsPlain(layout, image.decoder);
+  const int there = isPlain ? RowsThere(source, layout) : RowsCoded(source, layout);
+  const int first = FirstStoredRow(plan.bandFirst, plan.bandCount, plan.info.Height, plan.info.Orientation);
+  return std::clamp(there - first, 0, plan.bandCount);
+}
+
+int LoadBand(vx_source& source, LoadPlan* plan, vx_bitmap* picture, uint32_t* pixelBits) {
+  if (plan->info.Format == FMT_PNG) {
+    const int status = LoadPngFile(source, plan->bandFirst, plan->bandCount, picture);
+    return status == STATUS_OK ? status : Explain(status, source, 0, {});
+  }
+  if (!plan->IsDecodedHere()) return LoadByFilter(source, plan, picture, pixelBits);
+  const int status = LoadOwn(source, *plan, picture, pixelBits);
+  if (status != STATUS_OK)
+    return Explain(status, source, plan->info.TotalPages > 1 ? plan->options.page : 0, {});
+  RemarkOnMask(*plan, {});
+  return STATUS_OK;
+}
+
+namespace {
+
+/// Loads the rows now, and gives them the colours and the order that were asked for.
+int LoadRows(vx_source& source, LoadPlan* plan, vx_bitmap* picture) {
+  uint32_t pixelBits = 0;
+  int status = LoadBand(source, plan, picture, &pixelBits);
+  if (status != STATUS_OK) return status;
+  SettleAlpha(*plan, pixelBits, &picture->record);
+  if ((plan->options.flags & VX_LOAD_TO_SRGB) != 0) status = ConvertToSrgb(picture);
+  if (status != STATUS_OK) return NameFailure(status, source.Name());
+  picture->TakeColors();
+  if (plan->options.color_order != VX_ORDER_FILE) picture->ConvertOrder(plan->options.color_order);
+  return STATUS_OK;
+}
+
+}  // namespace
+
 int Load(vx_source& source, const vx_load_options* options, memory::Owned<vx_bitmap>* loaded) {
   LoadPlan plan;
   int status = PlanLoad(source, options, &plan);
   if (status != STATUS_OK) return status;
   auto picture = memory::Make<vx_bitmap>({"kernel/Load", __LINE__});
   if (picture == nullptr) return FailForMemory("a bitmap record", sizeof(vx_bitmap));
-  uint32_t pixelBits = 0;
   const bool toSrgb = (plan.options.flags & VX_LOAD_TO_SRGB) != 0;
   if (plan.image && !plan.image->icon)
     status = ReadColorSpace(source, plan.image->layout, toSrgb, &picture->colorSpace);
   if (status != STATUS_OK) return NameFailure(status, source.Name());
-  if (plan.info.Format == FMT_PNG) {
-    status = LoadPngFile(source, plan.bandFirst, plan.bandCount, picture.get());
-    if (status != STATUS_OK) return Explain(status, source, 0, {});
-  } else if (plan.IsDecodedHere()) {
-    status = LoadOwn(source, plan, picture.get(), &pixelBits);
-    if (status == STATUS_OK) RemarkOnMask(plan, {});
-    if (status != STATUS_OK)
-      return Explain(status, source, plan.info.TotalPages > 1 ? plan.options.page : 0, {});
-  } else {
-    status = LoadByFilter(source, &plan, picture.get(), &pixelBits);
-    if (status != STATUS_OK) return status;
-  }
-  if (plan.info.Format != FMT_PNG) SettleAlpha(plan, pixelBits, &picture->record);
-  if (toSrgb) status = ConvertToSrgb(picture.get());
-  if (status != STATUS_OK) return NameFailure(status, source.Name());
-  picture->TakeColors();
+  const bool isLater = (plan.options.flags & VX_LOAD_ROW_BY_ROW) != 0;
+  bool isDone = false;
+  if (isLater) status = LoadRowByRow(source, plan, picture.get(), &isDone);
+  if (status == STATUS_OK && !isDone) status = LoadRows(source, &plan, picture.get());
+  if (status != STATUS_OK) return status;
   const bool isWhole = picture->record.Height == plan.info.Height;
   if (isWhole) picture->hotSpot = HotSpotOf(source, plan);
-  if (plan.options.color_order != VX_ORDER_FILE) picture->ConvertOrder(plan.options.color_order);
   RemarkOn(source, plan, picture.get());
   *loaded = std::move(picture);
   return STATUS_OK;
 }
 
-namespace {
-
-/// A page of whatever begins like this; the filter knows no animated cursors.
 int LoadAny(vx_source& source, const vx_load_options* asked, memory::Owned<vx_bitmap>* loaded) {
   vx_load_options options = asked == nullptr ? vx_load_options VX_LOAD_OPTIONS_DEFAULT : *asked;
   const bool mayHaveFrames = options.raw == nullptr && (options.flags & VX_LOAD_AS_FILTER) == 0;
   if (!mayHaveFrames || !IsAnimation(source)) return Load(source, &options, loaded);
   const int page = std::exchange(options.page, 1);
+  options.flags &= ~unsigned{VX_LOAD_ROW_BY_ROW};  // the frame's source ends with this call
   return WithFrame(source, page,
                    [&](vx_source& frame, int /*count*/) { return Load(frame, &options, loaded); });
 }
 
-}  // namespace
 }  // namespace vxkrn
 
 int vx_load(vx_source* source, const vx_load_options* options, vx_bitmap** bitmap) {

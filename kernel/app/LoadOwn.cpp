@@ -97,7 +97,7 @@ int LoadOwn(vx_source& source, const LoadPlan& plan, vx_bitmap* picture, uint32_
   status = SetPalette(source, plan, *reader, picture);
   if (status == STATUS_OK) status = ReadRows(source, plan, *reader, picture, pixelBits);
   const bool mayBeHidden = shape.hasAlpha && !UseFourthByte(*pixelBits) && plan.bandCount < plan.info.Height;
-  if (status == STATUS_OK && mayBeHidden) status = SeeAlpha(source, plan, pixelBits);
+  if (status == STATUS_OK && mayBeHidden && !plan.isPiece) status = SeeAlpha(source, plan, pixelBits);
   return status == STATUS_OK ? SetOwnRegion(source, plan, record) : status;
 }
 

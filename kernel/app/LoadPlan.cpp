@@ -20,8 +20,8 @@ int CheckOptions(vx_load_options* options) {
                            "; it must be even and 2 or more, or 0");
   }
   const int order = options->color_order;
-  if (const unsigned int unknown = options->flags & ~unsigned{VX_LOAD_AS_FILTER | VX_LOAD_TO_SRGB};
-      unknown != 0) {
+  constexpr unsigned int kKnown = VX_LOAD_AS_FILTER | VX_LOAD_TO_SRGB | VX_LOAD_ROW_BY_ROW;
+  if (const unsigned int unknown = options->flags & ~kKnown; unknown != 0) {
     return FailForArgument("flags are ", options->flags, ", but ", unknown, " means nothing");
   }
   if (options->alpha < VX_ALPHA_IGNORE || options->alpha > VX_ALPHA_FORCE) {
@@ -164,13 +164,30 @@ int PlanRows(const vx_source& source, LoadPlan* plan) {
   const int there = RowsThere(source, image.layout);
   // The filter decodes an icon whole, with all the rows that its header speaks of, there or not.
   const bool isCutIcon = image.icon && there < image.layout.height;
-  if (isCutIcon || LacksPadding(source, image.layout, there) ||
-      (plan->bandCount < plan->info.Height && !IsWithinReach(*plan)))
-    image.isFilters = false;
+  if (isCutIcon || LacksPadding(source, image.layout, there)) image.isFilters = false;
   return CheckRowsThere(source, *plan, there);
 }
 
 }  // namespace
+
+bool LoadPlan::HasPlainRows() const noexcept {
+  if (isIcon || isPng || info.Format == FMT_PNG) return false;
+  if (image) return IsPlain(image->layout, image->decoder);
+  const bool isPlainRaw =
+      options.raw != nullptr && (info.Format == FMT_RAW || info.Format == FMT_RAW_BITFIELDS);
+  // Nobody else goes where the filter cannot.
+  return isPlainRaw && info.Height * Stride(info.Width, info.BitsPerPixel) <= INT32_MAX;
+}
+
+void LoadPlan::AimAt(int first, int count) noexcept {
+  bandFirst = first;
+  bandCount = count;
+  const bool isCut = count < info.Height;
+  const bool isPlain = image && IsPlain(image->layout, image->decoder);
+  if (isPlain && isCut && !IsWithinReach(*this)) image->isFilters = false;
+  // An icon's mask follows its last row, and a run cannot be started in the middle.
+  filterCutsBand = isCut && !isIcon && info.Compression[0] == '\0' && IsWithinReach(*this);
+}
 
 int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) {
   plan->options = options == nullptr ? vx_load_options VX_LOAD_OPTIONS_DEFAULT : *options;
@@ -188,9 +205,7 @@ int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) 
   if (status != STATUS_OK) return NameFailure(status, source.Name(), pageWorthSaying);
   plan->isIcon = IsIcon(plan->info) || (plan->image && plan->image->icon);
   plan->isPng = IsPngPage(plan->info);
-  // An icon's mask follows its last row, and a run cannot be started in the middle.
-  plan->filterCutsBand = plan->bandCount < plan->info.Height && !plan->isIcon &&
-                         plan->info.Compression[0] == '\0' && IsWithinReach(*plan);
+  plan->AimAt(plan->bandFirst, plan->bandCount);
   return STATUS_OK;
 }
 

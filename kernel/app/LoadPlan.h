@@ -21,6 +21,12 @@ struct LoadPlan {
   /// Whether they are one PNG stream, which is decoded whole.
   [[nodiscard]] bool IsPngHere() const noexcept { return IsOwn() && image->icon && image->icon->isPng; }
 
+  /// Whether any row of the page is found without the others, and nothing behind the rows belongs to them.
+  /// (What the filter alone is asked for may be anything.)
+  [[nodiscard]] bool HasPlainRows() const noexcept;
+  /// Aims the plan at other rows of the page, which must exist, and decides who finds those.
+  void AimAt(int first, int count) noexcept;
+
   vx_load_options options;  ///< with every default filled in
   IMAGEINFO info;           ///< the page, or the headerless data's description
   int bandFirst;            ///< rows wanted, from the top
@@ -29,6 +35,7 @@ struct LoadPlan {
   bool isPng;
   std::optional<BitmapImage> image;  ///< of a bitmap, or of a page of an icon: what the library makes of it
   int rowsTouched = INT_MAX;         ///< stored rows behind these are blank: the filter need not go on
+  bool isPiece = false;              ///< the rows are part of what was asked for, of which enough is known
   bool filterCutsBand;  ///< the filter is asked for the band's rows alone (and says in its flags if it was)
 };
 

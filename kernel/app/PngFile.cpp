@@ -7,6 +7,7 @@
 
 #include "app/Describe.h"
 #include "base/Errors.h"
+#include "beyond/PngReader.h"
 #include "files/OpenFile.h"
 #include "filter/PngCallbacks.h"
 #include "format/IconDirectory.h"
@@ -14,12 +15,6 @@
 
 namespace vxkrn {
 namespace {
-
-int FailForSource(const vx_source& source) {
-  if (memory::LastRefusal() != 0) return FailForMemory("reading it", memory::LastRefusal());
-  return Fail({STATUS_READ_ERROR, VX_REASON_SYSTEM_ERROR}, "not all of its ", source.Size(),
-              " bytes can be read");
-}
 
 /// Keeps `count` rows of a record from stored row `first` on.
 int Cut(_BITMAPHANDLE* record, int first, int count) {
@@ -38,26 +33,26 @@ int Cut(_BITMAPHANDLE* record, int first, int count) {
   return STATUS_OK;
 }
 
-int DescribeStream(const unsigned char* bytes, std::size_t size, IMAGEINFO* info) {
+int DescribeStream(const PngInput& input, IMAGEINFO* info) {
+  PngDescription description = {};
+  const int status = DescribePng(input, &description);
+  if (status != STATUS_OK) return status;
   *info = IMAGEINFO{};
   info->StructSize = sizeof *info;
   info->PageNumber = 1;
   info->TotalPages = 1;
-  // The stream is only read.
-  const int status = DescribePngPage(const_cast<unsigned char*>(bytes), info, sizeof *info,
-                                     static_cast<unsigned int>(size), 0, 0);
-  if (status != STATUS_OK) return status;
+  TellOfPng(description, info);
   const uint64_t all = static_cast<uint64_t>(PixelBytes(info->Width, info->BitsPerPixel)) *
                        static_cast<unsigned int>(info->Height);
   info->DataSize = static_cast<int>(static_cast<uint32_t>(all));
   return STATUS_OK;
 }
 
-int LoadStream(const unsigned char* bytes, std::size_t size, int askedDepth, int first, int count,
-               vx_bitmap* picture, ColorSpace* colors) {
+int LoadStream(const PngInput& input, int askedDepth, int first, int count, vx_bitmap* picture,
+               ColorSpace* colors) {
   PngDescription description = {};
   _BITMAPHANDLE* record = &picture->record;
-  int status = DecodePng(bytes, size, askedDepth, record, &description, colors);
+  int status = DecodePng(input, askedDepth, record, &description, colors);
   if (status == STATUS_OK && count < record->Height) status = Cut(record, first, count);
   if (status != STATUS_OK) return status;
   picture->rowsPresent = record->Height;
@@ -70,6 +65,12 @@ int LoadStream(const unsigned char* bytes, std::size_t size, int askedDepth, int
 struct Body {
   memory::Bytes bytes;
   uint32_t size = 0;
+  PngBlock stream = {};  ///< what is not read yet
+
+  PngInput AsInput() noexcept {
+    stream = {bytes.get(), size};
+    return InputFrom(stream);
+  }
 };
 
 int ReadBody(const vx_source& source, const IconPart& page, Body* body) {
@@ -90,21 +91,27 @@ bool IsPngFile(const vx_source& source) noexcept {
   return source.BlockAt<bmp::kPngSignatureSize>(0) == bmp::kPngSignatures[0];
 }
 
-int DescribePngFile(vx_source& source, IMAGEINFO* info) {
-  if (!source.Hold()) return FailForSource(source);
-  return DescribeStream(source.memory.bytes, static_cast<std::size_t>(source.memory.size), info);
+int SettlePngFile(const vx_source& source, const ByteReader& bytes, int status) noexcept {
+  if (status != STATUS_BAD_FORMAT || !bytes.HasFailed()) return SettlePng(status);
+  return Fail({STATUS_READ_ERROR, VX_REASON_SYSTEM_ERROR}, "not all of its ", source.Size(),
+              " bytes can be read");
 }
 
-int LoadPngFile(vx_source& source, int first, int count, vx_bitmap* picture) {
-  if (!source.Hold()) return FailForSource(source);
-  return LoadStream(source.memory.bytes, static_cast<std::size_t>(source.memory.size), 0, first, count,
-                    picture, &picture->colorSpace);
+int DescribePngFile(const vx_source& source, IMAGEINFO* info) {
+  ByteReader bytes(source, 0);
+  return SettlePngFile(source, bytes, DescribeStream(InputFrom(bytes), info));
+}
+
+int LoadPngFile(const vx_source& source, int first, int count, vx_bitmap* picture) {
+  ByteReader bytes(source, 0);
+  return SettlePngFile(source, bytes,
+                       LoadStream(InputFrom(bytes), 0, first, count, picture, &picture->colorSpace));
 }
 
 int DescribePngBody(const vx_source& source, const IconPart& page, IMAGEINFO* info) {
   Body body;
   const int status = ReadBody(source, page, &body);
-  return status == STATUS_OK ? DescribeStream(body.bytes.get(), body.size, info) : status;
+  return status == STATUS_OK ? DescribeStream(body.AsInput(), info) : status;
 }
 
 /// An icon's entry says to which depth; a cursor's has no room for one.
@@ -113,7 +120,7 @@ int LoadPngBody(const vx_source& source, const IconPart& page, int first, int co
   const int status = ReadBody(source, page, &body);
   if (status != STATUS_OK) return status;
   const int askedDepth = page.kind == IconPart::Kind::kIcon ? page.entry.BitCount : 0;
-  return LoadStream(body.bytes.get(), body.size, askedDepth, first, count, picture, nullptr);
+  return LoadStream(body.AsInput(), askedDepth, first, count, picture, nullptr);
 }
 
 }  // namespace vxkrn

@@ -13,8 +13,11 @@
 namespace vxkrn {
 namespace {
 
-/// Writes the picture as the file that `backend` opens. @return STATUS_OK, or a failure with its detail set
+/// Writes the picture as the file that `backend` opens. Only PNG streams take rows from the top.
+/// @return STATUS_OK, or a failure with its detail set
 int WriteThrough(const Backend& backend, const char* name, SavePlan* plan) {
+  const bool comesByRows = plan->shown.Pixels == nullptr;
+  if (comesByRows && plan->writer != bmp::Writer::kPng) ProviderOf(plan->shown)->PrepareForAnyOrder();
   switch (plan->writer) {
     case bmp::Writer::kPng: return SavePng(backend, name, plan);
     case bmp::Writer::kAlphaBitmap: return SaveAlphaBitmap(backend, name, *plan);

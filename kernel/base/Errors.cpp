@@ -57,6 +57,7 @@ void BeginCall() noexcept {
   CallRecord& call = ThisCall();
   call.detail.Clear();
   call.error = {VX_OK, VX_REASON_NONE, 0, 0, -1, 0, 0};
+  call.isOfRow = false;
   call.refusal = {};
   call.remarks.count = 0;
 }
@@ -80,7 +81,13 @@ int FailForException() noexcept {
                       : Fail({STATUS_NO_MEMORY, VX_REASON_OUT_OF_MEMORY}, "there is no memory left");
 }
 
+void FailRow(int status) {
+  ThisCall().isOfRow = true;
+  throw Failed{status};
+}
+
 int NameFailure(int status, std::string_view name, int page) noexcept {
+  if (ThisCall().isOfRow) return status;
   const Text problem = Detail();
   Detail().Clear();
   if (name.size() > kLongestName) Detail() << "...";

@@ -91,9 +91,17 @@ int FailForMemory(std::string_view what, uint64_t needed) noexcept;
 /// STATUS_NO_MEMORY after an exception, which does not say what the memory was for.
 int FailForException() noexcept;
 
-/// Puts the name of the file, and the page where that is worth saying, before the detail of what failed.
+/// Puts the name of the file, and the page where that is worth saying, before the detail of what failed; what
+/// FailRow failed names another one already.
 /// @return status
 int NameFailure(int status, std::string_view name, int page = 0) noexcept;
+
+/// A failure on its way out of where rows are asked for, which return pixels: its detail is set.
+struct Failed {
+  int status;
+};
+/// Fails a row that was asked for: what is told of it already is all that there is to say.
+[[noreturn]] void FailRow(int status);
 
 /// Runs an application's call: no exception leaves it. std::bad_alloc means that memory ran out. Anything
 /// else that is thrown is a fault of this library, or of functions of the application's.
@@ -102,6 +110,8 @@ int Guarded(Call&& call) noexcept {
   BeginCall();
   try {
     return std::forward<Call>(call)();
+  } catch (const Failed& failed) {
+    return failed.status;
   } catch (const std::bad_alloc&) {
     return FailForException();
   } catch (const std::length_error&) {  // more than any container holds

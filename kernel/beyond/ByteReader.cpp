@@ -11,6 +11,7 @@ bool ByteReader::Fill() noexcept {
   if (buffer_ == nullptr) return false;
   const int64_t got = source_.ReadAt(buffer_.get(), kBufferSize, position_);
   used_ = 0;
+  hasFailed_ = hasFailed_ || got < 0;
   fill_ = got > 0 && got <= kBufferSize ? static_cast<uint32_t>(got) : 0;
   position_ += fill_;
   return fill_ > 0;
@@ -22,6 +23,7 @@ std::size_t ByteReader::Read(uint8_t* bytes, std::size_t count) noexcept {
     if (used_ == fill_ && count - done >= kBufferSize) {
       const auto want = static_cast<uint32_t>(std::min<std::size_t>(count - done, INT32_MAX));
       const int64_t got = source_.ReadAt(bytes + done, want, position_);
+      hasFailed_ = hasFailed_ || got < 0;
       if (got <= 0 || got > want) return done;
       position_ += static_cast<uint64_t>(got);
       done += static_cast<std::size_t>(got);

@@ -21,6 +21,8 @@ class ByteReader {
     return buffer_[used_++];
   }
   void Skip(uint64_t count) noexcept;
+  /// Whether bytes that are there could not be read.
+  [[nodiscard]] bool HasFailed() const noexcept { return hasFailed_; }
   /// Where the next byte comes from.
   [[nodiscard]] uint64_t Position() const noexcept { return position_ - (fill_ - used_); }
 
@@ -34,6 +36,7 @@ class ByteReader {
   memory::Bytes buffer_;
   uint32_t used_ = 0;
   uint32_t fill_ = 0;
+  bool hasFailed_ = false;
 };
 
 }  // namespace vxkrn

@@ -13,13 +13,13 @@ class FieldRows {
 
   [[nodiscard]] int Count() const noexcept { return rows_.Bitmap().Height; }
   /// Row `row` from below, valid until the next call.
-  [[nodiscard]] std::span<const uint8_t> Pixels(int row) noexcept;
+  [[nodiscard]] std::span<const uint8_t> Pixels(int row);
   /// The same row of an icon's mask: a bit set for every pixel that is not opaque.
-  [[nodiscard]] std::span<const uint8_t> Mask(int row) noexcept;
+  [[nodiscard]] std::span<const uint8_t> Mask(int row);
 
  private:
-  [[nodiscard]] std::span<Rgba> Read(int row) noexcept;
-  [[nodiscard]] bool IsAllHidden(uint32_t alphaMask) noexcept;
+  [[nodiscard]] std::span<Rgba> Read(int row);
+  [[nodiscard]] bool IsAllHidden(uint32_t alphaMask);
 
   ColorRows rows_;
   FieldPacker packer_;

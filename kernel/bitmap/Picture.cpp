@@ -33,6 +33,18 @@ int vxkrn::AllocatePixels(int width, int height, int bitsPerPixel, vx_bitmap* pi
   return status == STATUS_NO_MEMORY ? FailForMemory("the picture", bytes) : status;
 }
 
+int vxkrn::CopyPixels(const _BITMAPHANDLE& from, _BITMAPHANDLE* copy) {
+  const uint64_t bytes = PictureBytes(from.Width, from.Height, from.BitsPerPixel);
+  int status = VX_InitBitmap(copy, sizeof *copy, from.Width, from.Height, from.BitsPerPixel);
+  if (status == STATUS_OK) status = VX_AllocateBitmap(copy, BITMAP_ALLOCATE_PIXELS);
+  if (status == STATUS_NO_MEMORY) return FailForMemory("a copy of the picture", bytes);
+  if (status != STATUS_OK) return status;
+  const auto rowBytes = static_cast<std::size_t>(from.BytesPerLine);
+  for (int row = 0; row < from.Height; ++row)
+    std::memcpy(StoredRow(*copy, row), ReadRow(from, row), rowBytes);
+  return STATUS_OK;
+}
+
 int vxkrn::MakePicture(int width, int height, memory::Owned<vx_bitmap>* picture) {
   auto made = memory::Make<vx_bitmap>({"kernel/Picture", __LINE__});
   if (made == nullptr) return FailForMemory("a bitmap record", sizeof(vx_bitmap));
@@ -47,10 +59,6 @@ namespace {
 
 bool HasRow(const vx_bitmap* bitmap, int row) {
   return bitmap != nullptr && row >= 0 && row < bitmap->record.Height;
-}
-
-void ReadColors(const vx_bitmap& bitmap, int row, uint8_t* rgba) {
-  vxkrn::ReadRgba(bitmap.record, bitmap.colors, bitmap.Stored(row), rgba);
 }
 
 }  // namespace
@@ -102,7 +110,14 @@ int vx_bitmap_describe(const vx_bitmap* bitmap, vx_bitmap_info* info) {
 }
 
 const uint8_t* vx_bitmap_row(const vx_bitmap* bitmap, int row) {
-  return HasRow(bitmap, row) ? vxkrn::StoredRow(bitmap->record, bitmap->Stored(row)) : nullptr;
+  if (!HasRow(bitmap, row)) return nullptr;
+  if (bitmap->provider == nullptr) return vxkrn::StoredRow(bitmap->record, bitmap->Stored(row));
+  const uint8_t* bytes = nullptr;
+  (void)vxkrn::Guarded([&]() -> int {  // a failure leaves its detail and no row
+    bytes = vxkrn::ReadRow(bitmap->record, bitmap->Stored(row));
+    return VX_OK;
+  });
+  return bytes;
 }
 
 const uint8_t* vx_bitmap_palette(const vx_bitmap* bitmap) {
@@ -121,30 +136,35 @@ const char* vx_bitmap_profile_name(const vx_bitmap* bitmap) {
 }
 
 int vx_bitmap_read_rgba(const vx_bitmap* bitmap, int row, uint8_t* rgba) {
-  vxkrn::BeginCall();
-  if (!HasRow(bitmap, row) || rgba == nullptr) {
-    return vxkrn::FailForArgument("row ", row, " was asked for; the bitmap has rows 0 to ",
-                                  bitmap == nullptr ? -1 : bitmap->record.Height - 1);
-  }
-  ReadColors(*bitmap, row, rgba);
-  return VX_OK;
+  return vxkrn::Guarded([&]() -> int {
+    if (!HasRow(bitmap, row) || rgba == nullptr) {
+      return vxkrn::FailForArgument("row ", row, " was asked for; the bitmap has rows 0 to ",
+                                    bitmap == nullptr ? -1 : bitmap->record.Height - 1);
+    }
+    vxkrn::ReadRgba(bitmap->record, bitmap->colors, bitmap->Stored(row), rgba);
+    return VX_OK;
+  });
 }
 
 int vx_bitmap_read_rgba_rows(const vx_bitmap* bitmap, int first, int count, uint8_t* rgba, size_t stride) {
-  vxkrn::BeginCall();
-  if (bitmap == nullptr || rgba == nullptr) {
-    return vxkrn::FailForArgument("the bitmap and the place for its rows must be given");
-  }
-  const _BITMAPHANDLE& record = bitmap->record;
-  if (first < 0 || count < 0 || count > record.Height || first > record.Height - count) {
-    return vxkrn::FailForArgument(count, " rows from row ", first, " on were asked for; the bitmap has ",
-                                  record.Height);
-  }
-  if (stride / 4 < static_cast<std::size_t>(record.Width)) {
-    return vxkrn::FailForArgument("stride is ", stride, "; a row takes 4 x ", record.Width, " bytes");
-  }
-  for (int row = first; row < first + count; ++row, rgba += stride) ReadColors(*bitmap, row, rgba);
-  return VX_OK;
+  return vxkrn::Guarded([&]() -> int {
+    if (bitmap == nullptr || rgba == nullptr) {
+      return vxkrn::FailForArgument("the bitmap and the place for its rows must be given");
+    }
+    const _BITMAPHANDLE& record = bitmap->record;
+    if (first < 0 || count < 0 || count > record.Height || first > record.Height - count) {
+      return vxkrn::FailForArgument(count, " rows from row ", first, " on were asked for; the bitmap has ",
+                                    record.Height);
+    }
+    if (stride / 4 < static_cast<std::size_t>(record.Width)) {
+      return vxkrn::FailForArgument("stride is ", stride, "; a row takes 4 x ", record.Width, " bytes");
+    }
+    uint8_t* to = rgba;
+    for (int row = first; row < first + count; ++row, to += stride) {
+      vxkrn::ReadRgba(record, bitmap->colors, bitmap->Stored(row), to);
+    }
+    return VX_OK;
+  });
 }
 
 void vx_bitmap_free(vx_bitmap* bitmap) {

@@ -9,11 +9,13 @@
 #include "bitmap/ColorSpace.h"
 #include "bitmap/HotSpot.h"
 #include "bitmap/ReadRgba.h"
+#include "bitmap/RowProvider.h"
 #include "vx/vx.h"
 
 struct vx_bitmap {
   vxkrn::OwnedBitmap record;
-  vxkrn::ColorTable colors = {};  ///< of the palette
+  vxkrn::memory::Owned<vxkrn::RowProvider> provider = {};  ///< of rows that are not in memory; null: all are
+  vxkrn::ColorTable colors = {};                           ///< of the palette
   vxkrn::HotSpot hotSpot = {};
   int rowsPresent = 0;  ///< rows that the file had; all of them unless something said otherwise
   vxkrn::ColorSpace colorSpace = {};

@@ -4,6 +4,8 @@
 #include <bit>
 #include <cstring>
 
+#include "bitmap/RowProvider.h"
+
 namespace vxkrn {
 namespace {
 
@@ -170,13 +172,13 @@ Rgba ColorOfPixel16(unsigned int pixel, bool is565) noexcept {
   return rgba;
 }
 
-void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, uint8_t* rgba) noexcept {
+void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, uint8_t* rgba) {
   ReadRgba(bitmap, colors, storedRow, 0, bitmap.Width, rgba);
 }
 
 void ReadRgba(const _BITMAPHANDLE& bitmap, const ColorTable& colors, int storedRow, int first, int count,
-              uint8_t* rgba) noexcept {
-  Expand(bitmap, colors, StoredRow(bitmap, storedRow) + PixelBytes(first, bitmap.BitsPerPixel), count, rgba);
+              uint8_t* rgba) {
+  Expand(bitmap, colors, ReadRow(bitmap, storedRow) + PixelBytes(first, bitmap.BitsPerPixel), count, rgba);
   const unsigned char* inside = StoredRegionRow(bitmap, storedRow);
   if (inside != nullptr && !HasAlpha(bitmap)) ApplyRegion(inside + first / 8, count, rgba);
 }

@@ -72,7 +72,7 @@ constexpr int kPiece = 1024;  // pixels read at once, a multiple of 8
 
 /// Hands `use` a row's pixels, and where each of their pieces begins.
 template <class Use>
-void ForEachPiece(const vx_bitmap& picture, int row, const Use& use) noexcept {
+void ForEachPiece(const vx_bitmap& picture, int row, const Use& use) {
   std::array<Rgba, kPiece> piece;
   const int width = picture.record.Width;
   for (int first = 0; first < width; first += kPiece) {
@@ -82,7 +82,7 @@ void ForEachPiece(const vx_bitmap& picture, int row, const Use& use) noexcept {
   }
 }
 
-void Copy(const vx_bitmap& picture, vx_bitmap* copy) noexcept {
+void Copy(const vx_bitmap& picture, vx_bitmap* copy) {
   for (int row = 0; row < picture.record.Height; ++row) {
     ForEachPiece(picture, row,
                  [&](int first, std::span<const Rgba> pixels) { copy->PutColors(row, first, pixels); });

@@ -5,6 +5,8 @@
 #include <array>
 #include <bit>
 
+#include "bitmap/RowProvider.h"
+
 namespace vxkrn {
 namespace {
 
@@ -128,7 +130,7 @@ class Count {
     std::array<std::array<bool, 256>, 2> isSeen = {};
     memory::Vector<uint8_t> indices(static_cast<std::size_t>(bitmap.Width));
     for (int row = 0; row < bitmap.Height; ++row) {
-      UnpackIndices(StoredRow(bitmap, row), bitmap.BitsPerPixel, indices);
+      UnpackIndices(ReadRow(bitmap, row), bitmap.BitsPerPixel, indices);
       const unsigned char* inside = StoredRegionRow(bitmap, row);
       if (inside == nullptr) {
         for (const uint8_t index : indices) isSeen[1][index] = true;
@@ -162,6 +164,7 @@ class Count {
 }  // namespace
 
 Census TakeCensus(const _BITMAPHANDLE& bitmap) {
+  PrepareForAnotherPass(bitmap);
   return Count(bitmap).Take();
 }
 

@@ -11,7 +11,7 @@ ColorRows::ColorRows(const _BITMAPHANDLE& bitmap)
   if (row_ == nullptr) throw std::bad_alloc();
 }
 
-std::span<Rgba> ColorRows::Read(int storedRow) noexcept {
+std::span<Rgba> ColorRows::Read(int storedRow) {
   ReadRgba(bitmap_, table_, storedRow, row_.get());
   return {reinterpret_cast<Rgba*>(row_.get()), static_cast<std::size_t>(bitmap_.Width)};
 }

@@ -35,8 +35,9 @@ class ColorRows {
   explicit ColorRows(const _BITMAPHANDLE& bitmap);
 
   [[nodiscard]] const _BITMAPHANDLE& Bitmap() const noexcept { return bitmap_; }
-  /// @return the row's Width pixels, valid until the next call; they may be changed.
-  [[nodiscard]] std::span<Rgba> Read(int storedRow) noexcept;
+  /// @return the row's Width pixels, valid until the next call; they may be changed. Throws what its provider
+  /// does, if it has one.
+  [[nodiscard]] std::span<Rgba> Read(int storedRow);
 
  private:
   const _BITMAPHANDLE& bitmap_;

@@ -8,7 +8,7 @@
 #include "base/CallRecord.h"
 #include "base/Errors.h"
 #include "base/Memory.h"
-#include "bitmap/Bitmap.h"
+#include "bitmap/RowProvider.h"
 #include "convert/RowConverter.h"
 
 namespace vxkrn {
@@ -58,7 +58,7 @@ int Save::Prepare(const RowTarget& target) {
 }
 
 bool IsPicture(const _BITMAPHANDLE* bitmap) {
-  return bitmap != nullptr && bitmap->Pixels != nullptr && bitmap->Width > 0 && bitmap->Height > 0;
+  return bitmap != nullptr && HasRows(*bitmap) && bitmap->Width > 0 && bitmap->Height > 0;
 }
 
 }  // namespace
@@ -90,6 +90,8 @@ int BeginSave(_BITMAPHANDLE* bitmap, _BITMAPHANDLE** converted, int bitsPerPixel
     *saveFile = &save->file;
     *converted = save.release();
     return STATUS_OK;
+  } catch (const Failed& failed) {
+    return failed.status;
   } catch (const std::bad_alloc&) {
     return FailForMemory("converting the picture", memory::LastRefusal());
   }
@@ -108,6 +110,8 @@ int GetSaveRow(_BITMAPHANDLE* bitmap, _BITMAPHANDLE* converted, unsigned char* r
       save->converter.Convert(row + i, rowBuffer);
     }
     return STATUS_OK;
+  } catch (const Failed& failed) {
+    return failed.status;
   } catch (const std::bad_alloc&) {
     return FailForMemory("converting a row", memory::LastRefusal());
   }

@@ -7,6 +7,7 @@
 #include "base/Contract.h"
 #include "bitmap/ColorSpace.h"
 #include "convert/Census.h"
+#include "png/Png.h"
 
 namespace vxkrn {
 
@@ -29,9 +30,10 @@ int SaveToMemory(void** memory, _BITMAPHANDLE* bitmap, int format, int bitsPerPi
 
 /// Encodes the image as a PNG stream of that depth (1, 4, 8, 24 or 32) with its transparency: the alpha
 /// channel, else the region. Below 32 bits a pixel is transparent or not: a palette entry of its own, or at
-/// 24 bits a colour that no other pixel has. The caller frees *png with memory::Free.
-/// @return STATUS_OK, STATUS_BAD_BPP or STATUS_NO_MEMORY, with its detail set
+/// 24 bits a colour that no other pixel has. Throws what the image's provider does, if it has one.
+/// @return STATUS_OK, STATUS_WRITE_ERROR where the output refuses, or STATUS_BAD_BPP or STATUS_NO_MEMORY with
+/// its detail set
 [[nodiscard]] int EncodeAsPng(LazyCensus& census, int bitsPerPixel, int convertArg1, int convertArg2,
-                              const ColorSpace* colors, unsigned char** png, std::size_t* size);
+                              const ColorSpace* colors, const PngOutput& output);
 
 }  // namespace vxkrn

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bit>
 
+#include "bitmap/RowProvider.h"
+
 namespace vxkrn {
 namespace {
 
@@ -43,6 +45,7 @@ bool FieldPacker::Keeps(std::span<const Rgba> pixels) const noexcept {
 }
 
 bool KeepsColors(const _BITMAPHANDLE& bitmap, const FieldPacker& packer) {
+  PrepareForAnotherPass(bitmap);
   ColorRows rows(bitmap);
   for (int row = 0; row < bitmap.Height; ++row) {
     if (!packer.Keeps(rows.Read(row))) return false;

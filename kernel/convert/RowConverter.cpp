@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "bitmap/RowProvider.h"
 #include "convert/Quantize.h"
 
 namespace vxkrn {
@@ -82,7 +83,7 @@ bool RowConverter::TakeOwnPalette(LazyCensus& census) {
 void RowConverter::Copy(int storedRow, uint8_t* converted) const {
   const _BITMAPHANDLE& bitmap = rows_.Bitmap();
   const int64_t bytes = PixelBytes(bitmap.Width, bitmap.BitsPerPixel);
-  std::memcpy(converted, StoredRow(bitmap, storedRow), static_cast<std::size_t>(bytes));
+  std::memcpy(converted, ReadRow(bitmap, storedRow), static_cast<std::size_t>(bytes));
   const int64_t spare = 8 * bytes - int64_t{bitmap.Width} * bitmap.BitsPerPixel;
   converted[bytes - 1] &= static_cast<uint8_t>(0xFFU << spare);
 }
@@ -109,7 +110,7 @@ void RowConverter::ConvertToIndices(int storedRow, uint8_t* converted) {
   if (mapper_) {
     mapper_->Map(storedRow, rows_.Read(storedRow), indices_.data());
   } else {
-    UnpackIndices(StoredRow(rows_.Bitmap(), storedRow), rows_.Bitmap().BitsPerPixel, indices_);
+    UnpackIndices(ReadRow(rows_.Bitmap(), storedRow), rows_.Bitmap().BitsPerPixel, indices_);
   }
   PackIndices(indices_, target_.bitsPerPixel, converted);
 }

@@ -117,15 +117,6 @@ int CheckFileSize(const _BITMAPHANDLE& picture, int format, int bitsPerPixel) {
               kLastPosition - kRoomForHeaders);
 }
 
-int CopyPixels(const _BITMAPHANDLE& from, _BITMAPHANDLE* copy) {
-  const uint64_t bytes = PictureBytes(from.Width, from.Height, from.BitsPerPixel);
-  int status = VX_InitBitmap(copy, sizeof *copy, from.Width, from.Height, from.BitsPerPixel);
-  if (status == STATUS_OK) status = VX_AllocateBitmap(copy, BITMAP_ALLOCATE_PIXELS);
-  if (status == STATUS_NO_MEMORY) return FailForMemory("a copy of the picture", bytes);
-  if (status == STATUS_OK) std::memcpy(copy->Pixels, from.Pixels, static_cast<std::size_t>(bytes));
-  return status;
-}
-
 /// What is stored of each channel, by those writers that store alpha.
 bmp::FieldMasks MasksOf(int masks) {
   switch (masks) {

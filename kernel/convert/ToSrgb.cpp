@@ -2,7 +2,6 @@
 #include "convert/ToSrgb.h"
 
 #include "base/Errors.h"
-#include "convert/ColorTransform.h"
 
 namespace vxkrn {
 namespace {
@@ -26,6 +25,12 @@ int ConvertRows16(const ColorTransform& transform, vx_bitmap* picture) noexcept 
   return STATUS_OK;
 }
 
+}  // namespace
+
+int PrepareForSrgb(const vx_bitmap& picture, ColorTransform* transform) noexcept {
+  return transform->Prepare(picture.colorSpace, OrderOf(picture.record.BitsPerPixel));
+}
+
 int ConvertPixels(const ColorTransform& transform, vx_bitmap* picture) noexcept {
   const _BITMAPHANDLE& record = picture->record;
   if (record.BitsPerPixel <= 8) {
@@ -39,12 +44,10 @@ int ConvertPixels(const ColorTransform& transform, vx_bitmap* picture) noexcept 
   return STATUS_OK;
 }
 
-}  // namespace
-
 int ConvertToSrgb(vx_bitmap* picture) noexcept {
   if (!picture->colorSpace.NeedsPlace()) return STATUS_OK;
   ColorTransform transform;
-  int status = transform.Prepare(picture->colorSpace, OrderOf(picture->record.BitsPerPixel));
+  int status = PrepareForSrgb(*picture, &transform);
   if (status == STATUS_OK) status = ConvertPixels(transform, picture);
   if (status == STATUS_OK) picture->colorSpace = {.kind = VX_COLOR_SPACE_SRGB};
   return status;

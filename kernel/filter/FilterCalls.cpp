@@ -1,6 +1,7 @@
 #include "filter/FilterCalls.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 
 #include "base/CallRecord.h"
@@ -57,6 +58,31 @@ _SAVEDISPATCH DispatchOf(const char* name, SavePlan* plan) {
   return dispatch;
 }
 
+/// Has `writing` write a file. May throw what that throws. @return what it returns, but for what it cannot
+/// know
+template <class Writing>
+int WriteInto(const Backend& backend, const char* name, int flags, const Writing& writing) {
+  struct Closed {
+    HANDLE file;
+    explicit Closed(HANDLE opened) noexcept : file(opened) {}
+    ~Closed() { (void)VX_RedirectedClose(file); }
+    Closed(const Closed&) = delete;
+    Closed& operator=(const Closed&) = delete;
+  };
+  return Watched(backend, name, [&]() -> int {
+    HANDLE file = VX_RedirectedOpen(name, flags, 0);
+    if (file == InvalidHandle()) return STATUS_OPEN_WRITE_ERROR;
+    const Closed closed(file);
+    return writing(file);
+  });
+}
+
+bool WriteNext(HANDLE file, const unsigned char* bytes, std::size_t count) {
+  if (count == 0) return true;  // which would end the file
+  return count <= INT_MAX &&
+         VX_RedirectedWrite(file, bytes, static_cast<unsigned int>(count)) == static_cast<int>(count);
+}
+
 bool WriteAt(HANDLE file, uint64_t position, const void* bytes, uint64_t count) {
   const bool fits = position + count <= kLastPosition;
   const auto size = static_cast<unsigned int>(count);
@@ -89,13 +115,13 @@ int SavePicture(const Backend& backend, const char* name, const SAVEOPTIONS& pag
 }
 
 int SavePng(const Backend& backend, const char* name, SavePlan* plan) {
-  unsigned char* png = nullptr;
-  std::size_t size = 0;
-  const int status = EncodeAsPng(plan->census, plan->outcome.bits_per_pixel, plan->ConvertArg1(),
-                                 plan->ConvertArg2(), plan->colorSpace, &png, &size);
-  if (status != STATUS_OK) return ExplainWrite(status, name, 0);
-  const memory::Bytes stream(png);
-  return WriteWhole(backend, name, stream.get(), size);
+  return WriteInto(backend, name, VX_OPEN_CREATE, [&](HANDLE file) {
+    const PngOutput output = {file, [](void* owner, const unsigned char* bytes, std::size_t count) {
+                                return WriteNext(static_cast<HANDLE>(owner), bytes, count);
+                              }};
+    return EncodeAsPng(plan->census, plan->outcome.bits_per_pixel, plan->ConvertArg1(), plan->ConvertArg2(),
+                       plan->colorSpace, output);
+  });
 }
 
 int DeletePage(const Backend& backend, const char* name, int page) {
@@ -108,13 +134,8 @@ int DeletePage(const Backend& backend, const char* name, int page) {
 
 int WriteFile(const Backend& backend, const char* name, int flags,
               const std::function<bool(HANDLE file)>& writing) {
-  return Watched(backend, name, [&]() -> int {
-    HANDLE file = VX_RedirectedOpen(name, flags, 0);
-    if (file == InvalidHandle()) return STATUS_OPEN_WRITE_ERROR;
-    const bool isWritten = writing(file);
-    (void)VX_RedirectedClose(file);
-    return isWritten ? STATUS_OK : STATUS_WRITE_ERROR;
-  });
+  return WriteInto(backend, name, flags,
+                   [&](HANDLE file) { return writing(file) ? STATUS_OK : STATUS_WRITE_ERROR; });
 }
 
 int WriteWhole(const Backend& backend, const char* name, const void* bytes, uint64_t size) {

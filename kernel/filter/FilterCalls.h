@@ -14,10 +14,11 @@ namespace vxkrn {
 /// Saves the picture as a new file or, as `page` says, as a page of one that exists.
 [[nodiscard]] int SavePicture(const Backend& backend, const char* name, const SAVEOPTIONS& page,
                               SavePlan* plan);
-/// Encodes the picture as a PNG file, for which no filter is needed.
+/// Writes the picture as a PNG file while it is encoded; no filter is needed. Throws what its provider does.
 [[nodiscard]] int SavePng(const Backend& backend, const char* name, SavePlan* plan);
 [[nodiscard]] int DeletePage(const Backend& backend, const char* name, int page);
-/// Has `writing` write a file, which stands at its start, through the contract's services. It must not throw.
+/// Has `writing` write a file, which stands at its start, through the contract's services. What it throws
+/// goes on.
 /// @param flags VX_OPEN_UPDATE or VX_OPEN_CREATE @param writing returns whether everything was written
 [[nodiscard]] int WriteFile(const Backend& backend, const char* name, int flags,
                             const std::function<bool(HANDLE file)>& writing);

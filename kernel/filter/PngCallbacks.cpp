@@ -18,12 +18,7 @@ void NotePng(const PngDescription& description) noexcept {
 
 }  // namespace
 
-int DescribePngPage(unsigned char* buffer, IMAGEINFO* info, unsigned int infoRecordSize,
-                    unsigned int bufferSize, int /*reserved0*/, int /*reserved1*/) {
-  if (buffer == nullptr || info == nullptr || infoRecordSize != sizeof *info) return STATUS_BAD_PARAMETER;
-  PngDescription description = {};
-  const int status = DescribePng(buffer, bufferSize, &description);
-  if (status != STATUS_OK) return status;
+void TellOfPng(const PngDescription& description, IMAGEINFO* info) noexcept {
   info->Format = FMT_PNG;
   info->Width = description.width;
   info->Height = description.height;
@@ -33,6 +28,15 @@ int DescribePngPage(unsigned char* buffer, IMAGEINFO* info, unsigned int infoRec
   info->XResolution = description.xDpi;
   info->YResolution = description.yDpi;
   std::strncpy(info->Compression, "PNG", sizeof info->Compression);
+}
+
+int DescribePngPage(unsigned char* buffer, IMAGEINFO* info, unsigned int infoRecordSize,
+                    unsigned int bufferSize, int /*reserved0*/, int /*reserved1*/) {
+  if (buffer == nullptr || info == nullptr || infoRecordSize != sizeof *info) return STATUS_BAD_PARAMETER;
+  PngDescription description = {};
+  const int status = DescribePng(buffer, bufferSize, &description);
+  if (status != STATUS_OK) return status;
+  TellOfPng(description, info);
   NotePng(description);
   return STATUS_OK;
 }

@@ -3,8 +3,12 @@
 #pragma once
 
 #include "base/Contract.h"
+#include "base/PngDescription.h"
 
 namespace vxkrn {
+
+/// What a stream is, as pages are described; nothing but these fields is touched.
+void TellOfPng(const PngDescription& description, IMAGEINFO* info) noexcept;
 
 /// GETPNGINFOFROMMEMORY
 int DescribePngPage(unsigned char* buffer, IMAGEINFO* info, unsigned int infoRecordSize,

@@ -1,5 +1,5 @@
-// An image as a PNG stream in a block of global memory: which colours, which transparency. The stream itself
-// is libpng's.
+// An image as a PNG stream, in a block of global memory or elsewhere: which colours, which transparency. The
+// stream itself is libpng's.
 #include <algorithm>
 #include <cstring>
 #include <new>
@@ -7,6 +7,7 @@
 #include "base/CallRecord.h"
 #include "base/Errors.h"
 #include "base/GlobalMemory.h"
+#include "bitmap/RowProvider.h"
 #include "convert/Conversion.h"
 #include "convert/RowConverter.h"
 #include "png/Png.h"
@@ -37,8 +38,8 @@ struct IndexRows {
   }
 };
 
-int EncodeIndices(LazyCensus& census, const RowTarget& target, const ColorSpace* colors, unsigned char** png,
-                  std::size_t* size) {
+int EncodeIndices(LazyCensus& census, const RowTarget& target, const ColorSpace* colors,
+                  const PngOutput& output) {
   const _BITMAPHANDLE& bitmap = census.Bitmap();
   RowConverter converter(census, target);
   RGBQUAD palette[256];
@@ -57,7 +58,7 @@ int EncodeIndices(LazyCensus& census, const RowTarget& target, const ColorSpace*
   picture.owner = &rows;
   picture.row = IndexRows::Row;
   picture.scratch = scratch.get();
-  return EncodePng(picture, png, size);
+  return EncodePng(picture, output);
 }
 
 struct ColorRowsFromTop {
@@ -90,8 +91,7 @@ Color UnusedColor(ColorRows& rows) {
   return unused == isUsed.end() ? 0 : static_cast<Color>(unused - isUsed.begin());
 }
 
-int EncodeColors(LazyCensus& census, bool withAlpha, const ColorSpace* colors, unsigned char** png,
-                 std::size_t* size) {
+int EncodeColors(LazyCensus& census, bool withAlpha, const ColorSpace* colors, const PngOutput& output) {
   ColorRows rows(census.Bitmap());
   PngPicture picture = PictureOf(census.Bitmap());
   picture.colors = colors;
@@ -107,25 +107,25 @@ int EncodeColors(LazyCensus& census, bool withAlpha, const ColorSpace* colors, u
   }
   picture.owner = &source;
   picture.row = ColorRowsFromTop::Row;
-  return EncodePng(picture, png, size);
+  return EncodePng(picture, output);
 }
 
 }  // namespace
 
 int EncodeAsPng(LazyCensus& census, int bitsPerPixel, int convertArg1, int convertArg2,
-                const ColorSpace* colors, unsigned char** png, std::size_t* size) {
+                const ColorSpace* colors, const PngOutput& output) {
   if (!IsDepth(bitsPerPixel) || bitsPerPixel == 16) {
     return Fail({STATUS_BAD_BPP, VX_REASON_DEPTH_NOT_IN_FORMAT, bitsPerPixel, FMT_PNG},
                 "a PNG stream has 1, 4, 8, 24 or 32 bits per pixel, not ", bitsPerPixel);
   }
   try {
-    if (bitsPerPixel > 8) return EncodeColors(census, bitsPerPixel == 32, colors, png, size);
+    if (bitsPerPixel > 8) return EncodeColors(census, bitsPerPixel == 32, colors, output);
     return EncodeIndices(census,
                          {.bitsPerPixel = bitsPerPixel,
                           .usesFixedPalette = convertArg1 == CONVERT_PALETTE_FIXED,
                           .diffuses = convertArg2 != CONVERT_NEAREST,
                           .reservesTransparent = true},
-                         colors, png, size);
+                         colors, output);
   } catch (const std::bad_alloc&) {
     return FailForMemory("encoding the picture as PNG", memory::LastRefusal());
   }
@@ -133,24 +133,25 @@ int EncodeAsPng(LazyCensus& census, int bitsPerPixel, int convertArg1, int conve
 
 int SaveToMemory(void** memory, _BITMAPHANDLE* bitmap, int format, int bitsPerPixel, int /*reserved0*/,
                  unsigned int* size, int /*reserved1*/) {
-  if (memory == nullptr || bitmap == nullptr || bitmap->Pixels == nullptr || size == nullptr) {
+  if (memory == nullptr || bitmap == nullptr || !HasRows(*bitmap) || size == nullptr) {
     return STATUS_BAD_PARAMETER;
   }
   if (format != FMT_PNG) return STATUS_NOT_SUPPORTED;
   const FilterCall defaults;
   const FilterCall& context = ThisCall().filterCall == nullptr ? defaults : *ThisCall().filterCall;
-  unsigned char* png = nullptr;
-  std::size_t bytes = 0;
   LazyCensus own(*bitmap);
-  const int status = EncodeAsPng(CensusOfCall(own), bitsPerPixel, context.convertArg1, context.convertArg2,
-                                 nullptr, &png, &bytes);
-  if (status != STATUS_OK) return status;
-  memory::Bytes stream(png);
-  if (bytes > UINT32_MAX) return STATUS_NO_MEMORY;
-  *memory = MakeGlobal(std::move(stream));
-  if (*memory == nullptr) return STATUS_NO_MEMORY;
-  *size = static_cast<unsigned int>(bytes);
-  return STATUS_OK;
+  PngBytes png;
+  try {
+    const int status = EncodeAsPng(CensusOfCall(own), bitsPerPixel, context.convertArg1, context.convertArg2,
+                                   nullptr, png.AsOutput());
+    if (status != STATUS_OK) return png.Settle(status);
+  } catch (const Failed& failed) {
+    return failed.status;
+  }
+  if (png.Size() > UINT32_MAX) return STATUS_NO_MEMORY;
+  *size = static_cast<unsigned int>(png.Size());
+  *memory = MakeGlobal(png.Take());
+  return *memory == nullptr ? STATUS_NO_MEMORY : STATUS_OK;
 }
 
 }  // namespace vxkrn

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <utility>
 
 #include "base/Contract.h"
+#include "base/Memory.h"
 #include "base/PngDescription.h"
 #include "bitmap/ColorSpace.h"
 
@@ -17,6 +19,12 @@ struct PngInput {
   void* owner;
   std::size_t (*read)(void* owner, unsigned char* bytes, std::size_t count);
 };
+/// Bytes in memory that are read as a stream.
+struct PngBlock {
+  const unsigned char* bytes;
+  std::size_t left;
+};
+[[nodiscard]] PngInput InputFrom(PngBlock& block) noexcept;
 [[nodiscard]] int DescribePng(const PngInput& input, PngDescription* description);
 
 /// The depth to decode to when `asked` bits are wanted: asked (24 for 16) where no colour and no alpha would
@@ -32,6 +40,11 @@ struct PngInput {
 /// @return STATUS_OK, or a failure with its detail set.
 [[nodiscard]] int DecodePng(const unsigned char* bytes, std::size_t size, int askedDepth,
                             _BITMAPHANDLE* bitmap, PngDescription* description, ColorSpace* colors = nullptr);
+[[nodiscard]] int DecodePng(const PngInput& input, int askedDepth, _BITMAPHANDLE* bitmap,
+                            PngDescription* description, ColorSpace* colors = nullptr);
+/// Makes a record of what a stream was described as, without pixels and palette.
+/// @return STATUS_OK, or a failure with its detail set
+[[nodiscard]] int InitPngRecord(const PngDescription& description, _BITMAPHANDLE* bitmap);
 
 /// As DecodePng, at the stream's own depth, but takes one that ends early, if a row of it is whole.
 /// @param rowsThere receives how many are, from the top
@@ -58,8 +71,31 @@ struct PngPicture {
   unsigned char* scratch;  ///< handed to `row`
 };
 
-/// Encodes into memory that the caller frees with memory::Free. Throws what the picture's rows throw.
-/// @return STATUS_OK or STATUS_NO_MEMORY.
-[[nodiscard]] int EncodePng(const PngPicture& picture, unsigned char** png, std::size_t* size);
+/// Where a stream goes as it is made. `write` may not throw; it returns whether all bytes were taken.
+struct PngOutput {
+  void* owner;
+  bool (*write)(void* owner, const unsigned char* bytes, std::size_t count);
+};
+
+/// Throws what the picture's rows throw. @return STATUS_OK; STATUS_WRITE_ERROR where the output refused, or
+/// STATUS_NO_MEMORY with its detail set
+[[nodiscard]] int EncodePng(const PngPicture& picture, const PngOutput& output);
+
+/// A stream in memory.
+class PngBytes {
+ public:
+  [[nodiscard]] PngOutput AsOutput() noexcept;
+  [[nodiscard]] std::size_t Size() const noexcept { return size_; }
+  [[nodiscard]] memory::Bytes Take() noexcept { return std::move(bytes_); }
+  /// The status of an encoding into it: only memory can be refused. Sets the detail where it was.
+  [[nodiscard]] static int Settle(int status) noexcept;
+
+ private:
+  [[nodiscard]] bool MakeRoom(std::size_t count) noexcept;
+
+  memory::Bytes bytes_;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = 0;
+};
 
 }  // namespace vxkrn

@@ -1,4 +1,4 @@
-// Encodes rows as PNG into memory: palette, RGB or RGBA, whichever the picture says. Decides nothing about
+// Encodes rows as PNG: palette, RGB or RGBA, whichever the picture says. Decides nothing about
 // what the rows mean.
 #include <algorithm>
 #include <cstring>
@@ -13,29 +13,16 @@
 namespace vxkrn {
 namespace {
 
+/// Where the stream goes, and whether that went well.
 struct Sink {
-  memory::Bytes bytes;
-  std::size_t used = 0;
-  std::size_t capacity = 0;
-
-  [[nodiscard]] bool MakeRoom(std::size_t count) {
-    if (count <= capacity - used) return true;
-    if (count > SIZE_MAX / 2 - used) return false;
-    const std::size_t larger = std::max({std::size_t{4096}, capacity * 2, used + count});
-    memory::Bytes moved = memory::MakeBytes(larger, {"kernel/PngEncode", __LINE__});
-    if (moved == nullptr) return false;
-    if (used > 0) std::memcpy(moved.get(), bytes.get(), used);
-    bytes = std::move(moved);
-    capacity = larger;
-    return true;
-  }
+  const PngOutput& output;
+  bool hasRefused = false;
 };
 
 void WriteToSink(png_structp png, png_bytep source, std::size_t count) {
   auto* sink = static_cast<Sink*>(png_get_io_ptr(png));
-  if (!sink->MakeRoom(count)) png_error(png, "no memory for the stream");
-  std::memcpy(sink->bytes.get() + sink->used, source, count);
-  sink->used += count;
+  sink->hasRefused = !sink->output.write(sink->output.owner, source, count);
+  if (sink->hasRefused) png_error(png, "not all of the stream is taken");
 }
 
 void FlushSink(png_structp /*png*/) {}
@@ -95,18 +82,42 @@ void WritePicture(PngSession& session, void* argument) {
 
 }  // namespace
 
-int EncodePng(const PngPicture& picture, unsigned char** png, std::size_t* size) {
-  Sink sink;
+int EncodePng(const PngPicture& picture, const PngOutput& output) {
+  Sink sink = {output};
   PngSession session(PngSession::Direction::kWrite);
   if (session.Png() != nullptr) png_set_write_fn(session.Png(), &sink, WriteToSink, FlushSink);
   PngPicture job = picture;
-  // Writing a valid picture fails only when memory runs out.
-  if (session.Run(WritePicture, &job) != STATUS_OK) {
-    return FailForMemory("encoding the picture as PNG", memory::LastRefusal());
-  }
-  *size = sink.used;
-  *png = sink.bytes.release();
-  return STATUS_OK;
+  if (session.Run(WritePicture, &job) == STATUS_OK) return STATUS_OK;
+  if (sink.hasRefused) return STATUS_WRITE_ERROR;
+  // Writing a valid picture fails otherwise only when memory runs out.
+  return FailForMemory("encoding the picture as PNG", memory::LastRefusal());
+}
+
+bool PngBytes::MakeRoom(std::size_t count) noexcept {
+  if (count <= capacity_ - size_) return true;
+  if (count > SIZE_MAX / 2 - size_) return false;
+  const std::size_t larger = std::max({std::size_t{4096}, capacity_ * 2, size_ + count});
+  memory::Bytes moved = memory::MakeBytes(larger, {"kernel/PngEncode", __LINE__});
+  if (moved == nullptr) return false;
+  if (size_ > 0) std::memcpy(moved.get(), bytes_.get(), size_);
+  bytes_ = std::move(moved);
+  capacity_ = larger;
+  return true;
+}
+
+PngOutput PngBytes::AsOutput() noexcept {
+  return {this, [](void* owner, const unsigned char* bytes, std::size_t count) {
+            auto* self = static_cast<PngBytes*>(owner);
+            if (!self->MakeRoom(count)) return false;
+            std::memcpy(self->bytes_.get() + self->size_, bytes, count);
+            self->size_ += count;
+            return true;
+          }};
+}
+
+int PngBytes::Settle(int status) noexcept {
+  if (status != STATUS_WRITE_ERROR) return status;
+  return FailForMemory("encoding the picture as PNG", memory::LastRefusal());
 }
 
 }  // namespace vxkrn

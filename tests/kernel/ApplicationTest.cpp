@@ -363,7 +363,8 @@ TEST_F(Application, RefusesOptionsOutOfTheirRange) {
   expect(VX_BAD_PARAMETER, [](auto& o) { o.read_buffer_size = -2; });
   expect(VX_BAD_PARAMETER, [](auto& o) { o.color_order = VX_ORDER_RGB; });
   expect(VX_BAD_PARAMETER, [](auto& o) { o.alpha = VX_ALPHA_FORCE + 1; });
-  expect(VX_BAD_PARAMETER, [](auto& o) { o.flags = VX_LOAD_TO_SRGB << 1; });
+  expect(VX_BAD_PARAMETER, [](auto& o) { o.flags = VX_LOAD_NATIVE_ROWS; });
+  expect(VX_BAD_PARAMETER, [](auto& o) { o.flags = VX_LOAD_NATIVE_ROWS << 1; });
   expect(VX_BAD_PARAMETER, [](auto& o) { o.band_first = 1; });  // and no rows
   vx_raw raw = {VX_FORMAT_RAW, 4, 4, 16, 0, 0, nullptr, 0, 0, 0, 0, 0};
   const auto expectRaw = [&](int status, auto&& change) {

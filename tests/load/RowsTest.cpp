@@ -1,0 +1,185 @@
+// Rows that come one by one are those of the picture that is loaded whole, in whatever order they are asked
+// for, and everything that is told of it is the same.
+#include <gtest/gtest.h>
+
+#include <samples/Samples.h>
+
+#include <algorithm>
+#include <numeric>
+#include <random>
+
+#include "Loading.h"
+
+namespace {
+
+using loading::Bytes;
+
+/// A picture as it is told of, and its rows.
+struct Told {
+  int status = VX_OK;
+  std::string words;  // of a failure
+  std::vector<int> facts;
+  Bytes palette, profile, rgba, native;
+
+  bool operator==(const Told&) const = default;
+};
+
+void TellOf(const vx::Bitmap& picture, Told& told) {
+  const vx_bitmap_info i = picture.Describe();
+  told.facts = {i.width, i.height, i.bits_per_pixel, i.bytes_per_line, i.color_order,
+                i.x_dpi, i.y_dpi,  i.palette_count,  i.has_alpha,      i.has_region,
+                i.hot_x, i.hot_y,  i.rows_present,   i.color_space};
+  for (const vx_remark& remark : vx::Remarks()) {
+    told.facts.insert(told.facts.end(), {remark.code, remark.page, static_cast<int>(remark.first),
+                                         static_cast<int>(remark.second)});
+  }
+  if (i.palette_count > 0) told.palette.assign(picture.Palette().begin(), picture.Palette().end());
+  told.profile.assign(picture.Profile().begin(), picture.Profile().end());
+  told.rgba.resize(4 * static_cast<size_t>(i.width) * static_cast<size_t>(i.height));
+  // What pads a row is nobody's.
+  told.native.resize((static_cast<size_t>(i.width) * static_cast<size_t>(i.bits_per_pixel) + 7) / 8 *
+                     static_cast<size_t>(i.height));
+}
+
+void TakeRow(const vx::Bitmap& picture, int row, Told& told) {
+  const auto height = told.facts[1];
+  picture.ReadRgba(row, told.rgba.data() + static_cast<ptrdiff_t>(told.rgba.size()) / height * row);
+  const auto bytes = told.native.size() / static_cast<size_t>(height);
+  std::copy_n(picture.Row(row).begin(), bytes, told.native.begin() + static_cast<ptrdiff_t>(bytes) * row);
+}
+
+enum class Way { kWhole, kDownwards, kUpwards, kAnyHow };
+
+std::vector<int> OrderOf(Way way, int height) {
+  std::vector<int> rows(static_cast<size_t>(height));
+  std::iota(rows.begin(), rows.end(), 0);
+  if (way == Way::kUpwards) std::reverse(rows.begin(), rows.end());
+  if (way == Way::kAnyHow) std::shuffle(rows.begin(), rows.end(), std::minstd_rand(1));
+  return rows;
+}
+
+Told Load(std::span<const uint8_t> file, vx::LoadOptions options, Way way) {
+  Told told;
+  const uint64_t before = vx_memory_in_use();
+  if (way != Way::kWhole) options.flags |= VX_LOAD_ROW_BY_ROW;
+  try {
+    const vx::Source source = vx::Source::Memory(file);
+    const vx::Bitmap picture = source.Load(options);
+    TellOf(picture, told);
+    for (const int row : OrderOf(way, told.facts[1])) TakeRow(picture, row, told);
+  } catch (const vx::Error& error) {
+    told = Told();
+    told.status = error.status();
+    told.words = error.detail();
+  }
+  EXPECT_EQ(vx_memory_in_use(), before);
+  return told;
+}
+
+/// Read buffers are so small that every row or two is a piece of its own.
+std::vector<vx::LoadOptions> Ways(int height) {
+  std::vector<vx::LoadOptions> all(8);
+  for (vx::LoadOptions& options : all) options.read_buffer_size = 6;
+  all[1].band_first = height / 3;
+  all[1].band_count = height - height / 3;
+  all[2].flags = VX_LOAD_AS_FILTER;
+  all[3].alpha = VX_ALPHA_AUTO;
+  all[3].color_order = VX_ORDER_565;
+  all[4].alpha = VX_ALPHA_FORCE;
+  all[4].color_order = VX_ORDER_BGR;
+  all[5].flags = VX_LOAD_TO_SRGB;
+  all[6].allow_truncated = 1;
+  all[7].read_buffer_size = 0;
+  return all;
+}
+
+void ExpectRowsOfWhole(std::span<const uint8_t> file, int height) {
+  int which = 0;
+  for (const vx::LoadOptions& options : Ways(height)) {
+    SCOPED_TRACE("options " + std::to_string(which++));
+    const Told whole = Load(file, options, Way::kWhole);
+    for (const Way way : {Way::kDownwards, Way::kUpwards, Way::kAnyHow}) {
+      const Told rows = Load(file, options, way);
+      EXPECT_EQ(rows.status, whole.status) << rows.words;
+      EXPECT_EQ(rows.words, whole.words);
+      EXPECT_EQ(rows.facts, whole.facts);
+      EXPECT_TRUE(rows == whole) << static_cast<int>(way);
+    }
+  }
+}
+
+TEST(RowByRow, IsWhatIsLoadedWhole) {
+  for (const samples::Sample& sample : samples::All()) {
+    if (!sample.raw.empty()) continue;
+    SCOPED_TRACE(sample.name);
+    ExpectRowsOfWhole(sample.bytes, sample.height);
+    if (sample.outcome != samples::Outcome::Loads) continue;
+    const vx::Buffer png = vx::Source::Memory(sample.bytes).Load().EncodePng();
+    ExpectRowsOfWhole(png.Bytes(), sample.height);
+  }
+}
+
+struct Taken {
+  Bytes pixels;
+  int rows = 0;
+  int enough = INT32_MAX;
+};
+
+int Take(void* user, const vx_bitmap* picture, int row, const uint8_t* pixels) {
+  auto& taken = *static_cast<Taken*>(user);
+  EXPECT_EQ(row, taken.rows++);
+  vx_bitmap_info info;
+  EXPECT_EQ(vx_bitmap_describe(picture, &info), VX_OK);
+  taken.pixels.insert(taken.pixels.end(), pixels, pixels + ptrdiff_t{4} * info.width);
+  return taken.rows < taken.enough ? 1 : 0;
+}
+
+TEST(ReadRows, HandsThemOverFromTheTopUntilThatIsEnough) {
+  for (const samples::Sample& sample : samples::All()) {
+    if (sample.outcome != samples::Outcome::Loads || !sample.raw.empty() || sample.rgba.empty()) continue;
+    SCOPED_TRACE(sample.name);
+    const vx::Source source = vx::Source::Memory(sample.bytes);
+    Taken all;
+    ASSERT_EQ(vx_read_rows(source.Get(), nullptr, Take, &all), VX_OK) << vx_error_detail();
+    EXPECT_EQ(all.pixels, sample.rgba);
+    Taken one;
+    one.enough = 1;
+    ASSERT_EQ(vx_read_rows(source.Get(), nullptr, Take, &one), VX_OK);
+    EXPECT_EQ(one.rows, 1);
+  }
+}
+
+/// The file, or the status of the failure in its place.
+Bytes Saved(const vx::Source& source, unsigned int loadFlags, int format, int depth) {
+  vx::LoadOptions how;
+  how.flags = loadFlags;
+  vx::SaveOptions options;
+  options.format = format;
+  options.bits_per_pixel = depth;
+  uint8_t* bytes = nullptr;
+  size_t size = 0;
+  const vx::Bitmap picture = source.Load(how);
+  const int status = vx_save_memory(picture.Get(), &options, &bytes, &size);
+  Bytes file(bytes, bytes + size);
+  if (status != VX_OK) file.assign(1, static_cast<uint8_t>(status));
+  vx_free(bytes);
+  return file;
+}
+
+TEST(RowByRow, IsSavedAsWhatIsLoadedWhole) {
+  for (const samples::Sample& sample : samples::All()) {
+    if (sample.outcome != samples::Outcome::Loads || !sample.raw.empty()) continue;
+    const vx::Source source = vx::Source::Memory(sample.bytes);
+    const vx::Buffer png = source.Load().EncodePng();
+    const vx::Source stream = vx::Source::Memory(png.Bytes());
+    for (const int format : {VX_FORMAT_PNG, VX_FORMAT_BMP, VX_FORMAT_ICO}) {
+      for (const int depth : {0, 1, 8, 24, 32}) {
+        SCOPED_TRACE(sample.name + " as " + std::to_string(format) + " of " + std::to_string(depth));
+        EXPECT_EQ(Saved(source, VX_LOAD_ROW_BY_ROW, format, depth), Saved(source, 0, format, depth));
+        EXPECT_EQ(Saved(stream, VX_LOAD_ROW_BY_ROW, format, depth), Saved(stream, 0, format, depth));
+      }
+    }
+  }
+}
+
+}  // namespace
