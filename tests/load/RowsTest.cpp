@@ -5,6 +5,7 @@
 #include <samples/Samples.h>
 
 #include <algorithm>
+#include <cstring>
 #include <numeric>
 #include <random>
 
@@ -146,6 +147,43 @@ TEST(ReadRows, HandsThemOverFromTheTopUntilThatIsEnough) {
     one.enough = 1;
     ASSERT_EQ(vx_read_rows(source.Get(), nullptr, Take, &one), VX_OK);
     EXPECT_EQ(one.rows, 1);
+  }
+}
+
+TEST(ReadRows, HandsThemOverAsTheyAreStored) {
+  const auto compare = [](void* user, const vx_bitmap* /*picture*/, int row, const uint8_t* pixels) {
+    const auto& whole = *static_cast<const vx::Bitmap*>(user);
+    EXPECT_EQ(std::memcmp(pixels, whole.Row(row).data(), 1 + whole.Row(row).size() / 2), 0) << row;
+    return 1;
+  };
+  vx::LoadOptions options;
+  options.flags = VX_LOAD_NATIVE_ROWS;
+  for (const samples::Sample& sample : samples::All()) {
+    if (sample.outcome != samples::Outcome::Loads || !sample.raw.empty() || sample.width < 8) continue;
+    SCOPED_TRACE(sample.name);
+    const vx::Source source = vx::Source::Memory(sample.bytes);
+    vx::Bitmap whole = source.Load();
+    EXPECT_EQ(vx_read_rows(source.Get(), &options, compare, &whole), VX_OK) << vx_error_detail();
+  }
+}
+
+/// A picture of 3 MiB, whose rows and whose PNG file are read where there is room for half of it.
+TEST(ReadRows, TakesMemoryForAFewRows) {
+  const Bytes pixels(size_t{4} * 1024 * 1024, 0x55);
+  const vx::Bitmap grey = vx::Bitmap::FromRgba(1024, 1024, pixels.data());
+  vx::SaveOptions options;
+  options.format = VX_FORMAT_BMP;
+  options.bits_per_pixel = 24;
+  const vx::Buffer bmp = grey.Save(options);
+  const vx::Buffer png = grey.EncodePng();
+  for (const vx::Buffer* file : {&bmp, &png}) {
+    const vx::Source source = vx::Source::Memory(file->Bytes());
+    Taken all;
+    vx_set_memory_limit(vx_memory_in_use() + (size_t{3} << 19));
+    const int status = vx_read_rows(source.Get(), nullptr, Take, &all);
+    vx_set_memory_limit(0);
+    EXPECT_EQ(status, VX_OK) << vx_error_detail();
+    EXPECT_EQ(all.rows, 1024);
   }
 }
 
