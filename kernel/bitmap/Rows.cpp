@@ -154,6 +154,10 @@ void UnpackIndices(const uint8_t* row, int bitsPerPixel, std::span<uint8_t> indi
 }
 
 void PackIndices(std::span<const uint8_t> indices, int bitsPerPixel, uint8_t* row) noexcept {
+  if (bitsPerPixel == 8) {
+    std::copy(indices.begin(), indices.end(), row);
+    return;
+  }
   const auto perByte = static_cast<std::size_t>(8 / bitsPerPixel);
   for (std::size_t x = 0; x < indices.size(); x += perByte) {
     unsigned int packed = 0;

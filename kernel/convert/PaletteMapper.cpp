@@ -1,32 +1,35 @@
 // The nearest colour is found exactly: the colour cube is cut into cells, and the few entries that can be
-// nearest inside a cell are listed when the first pixel falls into it. Losses are spread after Floyd and
-// Steinberg, rows alternately from the left and from the right, so that no direction shows.
+// nearest inside a cell are listed when the first pixel falls into it, out of the list of the coarser cell
+// around it. Losses are spread after Floyd and Steinberg, rows alternately from the left and from the right,
+// so that no direction shows.
 #include "convert/PaletteMapper.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace vxkrn {
 namespace {
 
-constexpr int kCellBits = 3;
-constexpr int kCellSize = 1 << kCellBits;
-constexpr std::size_t kCellsASide = 256 / kCellSize;
+/// Cells of 64, 16 and 4 levels a side.
+constexpr int CellBits(std::size_t fineness) {
+  return 6 - 2 * static_cast<int>(fineness);
+}
+
+std::size_t CellAt(const NearestColor::Levels& color, std::size_t fineness) {
+  const int bits = CellBits(fineness);
+  const int rest = 8 - bits;
+  return static_cast<std::size_t>(((color.red >> bits) << rest | color.green >> bits) << rest |
+                                  color.blue >> bits);
+}
 
 constexpr int Square(int value) {
   return value * value;
 }
 
-/// Squares of the distances from a level to the nearest and to the farthest level of a cell that starts at
-/// `first`.
-struct Reach {
-  int near, far;
-};
-constexpr Reach ReachTo(int level, int first) {
-  const int last = first + kCellSize - 1;
-  const int outside = std::max({first - level, level - last, 0});
-  return {Square(outside), Square(std::max(std::abs(level - first), std::abs(level - last)))};
+/// How much farther `nearer` is than `other`, in squares, at that level of first to last where it is most.
+constexpr int MostFarther(int nearer, int other, int first, int last) {
+  const int level = other > nearer ? last : first;
+  return Square(level - nearer) - Square(level - other);
 }
 
 constexpr int ToLevel(int level) {
@@ -35,50 +38,62 @@ constexpr int ToLevel(int level) {
 
 }  // namespace
 
-NearestColor::NearestColor(std::span<const Color> palette) : cells_(kCellsASide * kCellsASide * kCellsASide) {
+NearestColor::NearestColor(std::span<const Color> palette) {
   for (const Color color : palette) {
-    palette_.push_back({static_cast<int>(color >> 16 & 255), static_cast<int>(color >> 8 & 255),
-                        static_cast<int>(color & 255)});
+    const RGBQUAD quad = QuadOf(color);
+    entries_.push_back({quad.Red, quad.Green, quad.Blue, static_cast<uint8_t>(palette_.size())});
+    palette_.push_back({quad.Red, quad.Green, quad.Blue});
   }
+  for (std::size_t i = 0; i < kFinenesses; ++i) cells_[i].resize(std::size_t{1} << 3 * (8 - CellBits(i)));
 }
 
-void NearestColor::FindCandidates(Levels corner, Candidates* candidates) {
-  const auto reachTo = [&corner](const Levels& entry) -> Reach {
-    const Reach red = ReachTo(entry.red, corner.red);
-    const Reach green = ReachTo(entry.green, corner.green);
-    const Reach blue = ReachTo(entry.blue, corner.blue);
-    return {red.near + green.near + blue.near, red.far + green.far + blue.far};
-  };
-  int bound = std::numeric_limits<int>::max();
-  for (const Levels& entry : palette_) bound = std::min(bound, reachTo(entry).far);
-  candidates->first = static_cast<uint32_t>(entries_.size());
-  for (std::size_t i = 0; i < palette_.size(); ++i) {
-    if (reachTo(palette_[i]).near <= bound) entries_.push_back(static_cast<uint8_t>(i));
+inline std::size_t NearestColor::NearestOf(Candidates candidates, Levels wanted) const noexcept {
+  uint32_t least = UINT32_MAX;
+  for (uint32_t i = 0; i < candidates.count; ++i) {
+    const Entry& entry = entries_[candidates.first + i];
+    const int distance = Square(wanted.red - entry.red) + Square(wanted.green - entry.green) +
+                         Square(wanted.blue - entry.blue);
+    least = std::min(least, static_cast<uint32_t>(distance) << 8 | entry.index);
   }
-  candidates->count = static_cast<uint32_t>(entries_.size()) - candidates->first;
+  return least & 255;
 }
 
-std::size_t NearestColor::Find(Levels wanted) {
-  const auto cellOf = [](int level) { return static_cast<std::size_t>(level >> kCellBits); };
-  Candidates& cell =
-      cells_[(cellOf(wanted.red) * kCellsASide + cellOf(wanted.green)) * kCellsASide + cellOf(wanted.blue)];
+/// An entry that is farther than another one all over the cell cannot be the nearest there. That other one is
+/// the nearest to the cell's middle: against it nearly all fall.
+NearestColor::Candidates NearestColor::Narrowed(Candidates candidates, Levels corner, int side) {
+  const int half = side / 2;
+  const Levels middle =
+      palette_[NearestOf(candidates, {corner.red + half, corner.green + half, corner.blue + half})];
+  const int last = side - 1;
+  const auto first = static_cast<uint32_t>(entries_.size());
+  for (uint32_t i = 0; i < candidates.count; ++i) {
+    const Entry entry = entries_[candidates.first + i];
+    const int most = MostFarther(middle.red, entry.red, corner.red, corner.red + last) +
+                     MostFarther(middle.green, entry.green, corner.green, corner.green + last) +
+                     MostFarther(middle.blue, entry.blue, corner.blue, corner.blue + last);
+    if (most >= 0) entries_.push_back(entry);
+  }
+  const auto count = static_cast<uint32_t>(entries_.size()) - first;
+  if (count < candidates.count) return {first, count};
+  entries_.resize(first);
+  return candidates;
+}
+
+NearestColor::Candidates NearestColor::CandidatesFor(Levels wanted, std::size_t fineness) {
+  Candidates& cell = cells_[fineness][CellAt(wanted, fineness)];
   if (cell.count == 0) {
-    constexpr int kCorner = ~(kCellSize - 1);
-    FindCandidates({wanted.red & kCorner, wanted.green & kCorner, wanted.blue & kCorner}, &cell);
+    const int side = 1 << CellBits(fineness);
+    const Levels corner = {wanted.red & -side, wanted.green & -side, wanted.blue & -side};
+    const Candidates all = {0, static_cast<uint32_t>(palette_.size())};
+    cell = Narrowed(fineness == 0 ? all : CandidatesFor(wanted, fineness - 1), corner, side);
   }
-  std::size_t nearest = 0;
-  int least = std::numeric_limits<int>::max();
-  for (uint32_t i = 0; i < cell.count; ++i) {
-    const std::size_t entry = entries_[cell.first + i];
-    const Levels& color = palette_[entry];
-    const int distance = Square(wanted.red - color.red) + Square(wanted.green - color.green) +
-                         Square(wanted.blue - color.blue);
-    if (distance < least) {
-      least = distance;
-      nearest = entry;
-    }
-  }
-  return nearest;
+  return cell;
+}
+
+inline std::size_t NearestColor::Find(Levels wanted) {
+  constexpr std::size_t kFinest = kFinenesses - 1;
+  const Candidates known = cells_[kFinest][CellAt(wanted, kFinest)];
+  return NearestOf(known.count != 0 ? known : CandidatesFor(wanted, kFinest), wanted);
 }
 
 PaletteMapper::PaletteMapper(std::span<const Color> palette, int width, bool diffuses, int transparent)
