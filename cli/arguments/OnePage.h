@@ -1,5 +1,5 @@
 // One page of a file, as commands that take just one have it: --page, --allow-truncated, --alpha,
-// --as-filter, and what people ought to know about either.
+// --as-filter, --srgb, and what people ought to know about either.
 #pragma once
 
 #include <string>
@@ -32,6 +32,7 @@ class OnePage {
   std::string page_;
   bool allowTruncated_ = false;
   bool asFilter_ = false;
+  bool toSrgb_ = false;
   bool isSaved_ = false;
   std::string alpha_;
 };

@@ -2,10 +2,12 @@
 #include <fmt/format.h>
 #include <vx/inspect.h>
 
+#include <algorithm>
 #include <array>
 #include <exception>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -85,16 +87,17 @@ class Inspector {
     const vx::Source& source = input.Source();
     const Structure structure = Inspect(source);
     const std::span<const vx_part> parts = PartsOf(structure);
+    if (page_ != 0 &&
+        std::none_of(parts.begin(), parts.end(), [&](const vx_part& part) { return part.page == page_; })) {
+      throw vx::Error(VX_BAD_PAGE, fmt::format("there is no page {}", page_));
+    }
     listing_->Begin(InputName(file.c_str()), SizeOf(parts));
     std::vector<int> depths;
-    bool isFound = false;
     for (const vx_part& part : parts) {
       depths.push_back(part.parent < 0 ? 0 : depths[static_cast<size_t>(part.parent)] + 1);
-      if (page_ != 0 && part.page != page_) continue;
-      isFound = true;
-      ShowPart(source, part, static_cast<int>(depths.size()) - 1, depths.back());
+      if (page_ == 0 || part.page == page_)
+        ShowPart(source, part, static_cast<int>(depths.size()) - 1, depths.back());
     }
-    if (!isFound) throw vx::Error(VX_BAD_PAGE, fmt::format("there is no page {}", page_));
   } catch (const vx::Error& error) {
     ReportFailure(error, {.file = InputName(file.c_str())});
     exitCode_ = kExitFailed;
@@ -107,7 +110,7 @@ class Inspector {
   static uint64_t SizeOf(std::span<const vx_part> parts) {
     uint64_t size = 0;
     for (const vx_part& part : parts) {
-      if ((part.flags & VX_PART_CUT) == 0) size = std::max(size, part.offset + part.length);
+      if (part.present > 0) size = std::max(size, part.offset + part.present);
     }
     return size;
   }

@@ -23,15 +23,11 @@ const char* CodeName(const vx_code& code) {
   return kCodeNames.at(static_cast<size_t>(code.kind));
 }
 
-uint64_t PresentBytes(const vx_part& part, uint64_t fileSize) {
-  return std::min(part.length, fileSize - std::min(fileSize, part.offset));
-}
-
 /// "color table", and of a chunk what it is called.
-std::string PartTitle(const vx_part& part) {
+std::string PartTitle(const vx_part& part, int depth) {
   std::string title = vx_part_name(part.kind);
   std::replace(title.begin(), title.end(), '-', ' ');
-  if (part.kind == VX_PART_IMAGE && part.page > 0) title = fmt::format("page {}", part.page);
+  if (part.kind == VX_PART_IMAGE && depth == 0) title = fmt::format("page {}", part.page);
   if (part.name[0] != '\0') title += fmt::format(" {}", Printable(part.name));
   return title;
 }
@@ -51,10 +47,10 @@ std::string BytesText(const vx_field& field) {
 /// What a code does, in a few words.
 std::string CodeText(const vx_code& code) {
   switch (code.kind) {
-    case VX_CODE_RUN: return fmt::format("{} x 0x{:02X}", code.count, code.value);
-    case VX_CODE_LITERAL: return fmt::to_string(code.count);
-    case VX_CODE_DELTA: return fmt::format("right {}, on {}", code.count, code.value);
-    default: return "";
+    case VX_CODE_RUN: return fmt::format("run of {} x 0x{:02X}", code.count, code.value);
+    case VX_CODE_LITERAL: return fmt::format("{} literal pixels", code.count);
+    case VX_CODE_DELTA: return fmt::format("delta, right {}, on {}", code.count, code.value);
+    default: return CodeName(code);
   }
 }
 
@@ -63,7 +59,6 @@ class Tree final : public StructureListing {
   explicit Tree(bool withBytes) : withBytes_(withBytes), style_(Style::OfStandardOutput()) {}
 
   void Begin(const std::string& file, uint64_t size) override {
-    fileSize_ = size;
     offsetWidth_ = fmt::formatted_size("{}", size);
     PrintToStandardOutput(
         fmt::format("{}{}: {}\n", isFirst_ ? "" : "\n", style_.Strong(Printable(file)), ByteCount(size)));
@@ -72,11 +67,12 @@ class Tree final : public StructureListing {
 
   void Add(int /*number*/, const vx_part& part, int depth, std::span<const vx_field> fields) override {
     const std::string indent(static_cast<size_t>(2 * depth), ' ');
-    std::string line = fmt::format("{}  {}{}", Offset(part.offset), indent, style_.Strong(PartTitle(part)));
+    std::string line =
+        fmt::format("{}  {}{}", Offset(part.offset), indent, style_.Strong(PartTitle(part, depth)));
     line += fmt::format(", {}", ByteCount(part.length));
     if (part.count > 0) line += fmt::format(": {} x {}", part.count, part.stride);
     if ((part.flags & VX_PART_CUT) != 0) {
-      line += style_.Warning(fmt::format(", of which the file has {}", PresentBytes(part, fileSize_)));
+      line += style_.Warning(fmt::format(", of which the file has {}", ByteCount(part.present)));
     }
     if ((part.flags & VX_PART_SHARED) != 0) line += style_.Warning(", shared with another part");
     if (part.kind == VX_PART_UNREFERENCED) line = style_.Warning(line);
@@ -86,8 +82,8 @@ class Tree final : public StructureListing {
   }
 
   void Add(const vx_code& code) override {
-    PrintToStandardOutput(fmt::format("{}      row {}, x {}: {} {}\n", Offset(code.offset), code.row, code.x,
-                                      CodeName(code), CodeText(code)));
+    PrintToStandardOutput(
+        fmt::format("{}      row {}, x {}: {}\n", Offset(code.offset), code.row, code.x, CodeText(code)));
   }
 
  private:
@@ -108,17 +104,13 @@ class Tree final : public StructureListing {
 
   bool withBytes_;
   Style style_;
-  uint64_t fileSize_ = 0;
   size_t offsetWidth_ = 0;
   bool isFirst_ = true;
 };
 
 class Lines final : public StructureListing {
  public:
-  void Begin(const std::string& file, uint64_t size) override {
-    file_ = file;
-    fileSize_ = size;
-  }
+  void Begin(const std::string& file, uint64_t /*size*/) override { file_ = file; }
 
   void Add(int number, const vx_part& part, int /*depth*/, std::span<const vx_field> fields) override {
     JsonLine line = NewLine();
@@ -129,7 +121,7 @@ class Lines final : public StructureListing {
     if (part.name[0] != '\0') line.Add("name", part.name);
     line.Add("offset", part.offset);
     line.Add("length", part.length);
-    line.Add("present", PresentBytes(part, fileSize_));
+    line.Add("present", part.present);
     if (part.count > 0) {
       line.Add("count", part.count);
       line.Add("stride", part.stride);
@@ -185,7 +177,6 @@ class Lines final : public StructureListing {
   }
 
   std::string file_;
-  uint64_t fileSize_ = 0;
 };
 
 }  // namespace

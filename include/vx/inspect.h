@@ -68,7 +68,8 @@ typedef struct vx_part {
   int page;           /**< the page it belongs to, from 1; 0: the whole file */
   unsigned int flags; /**< vx_part_flags */
   uint64_t offset;    /**< byte of the file where it begins */
-  uint64_t length;    /**< bytes that it should have, whether or not the file has them */
+  uint64_t length;    /**< bytes that it should have */
+  uint64_t present;   /**< those of them that the file has */
   uint32_t count;     /**< rows, colours or entries in it; 0 where it is one thing */
   uint32_t stride;    /**< bytes from one of those to the next; 0 where they differ */
   char name[8];       /**< of chunks: their four characters, "" for others */

@@ -50,7 +50,10 @@ int AskFilter(const Filter& filter, vx_source& source, int* page, IMAGEINFO* inf
   const int status = LetFilterLook(filter, source.View(), source.Name(), page, info, trace);
   if (status != STATUS_READ_ERROR) return status;
   MendedIcon mended(source);
-  if (!mended.MendFor(*page)) return status;
+  if (!mended.MendFor(*page)) {
+    Detail().Clear();  // what was found on the way is not why the filter gave up
+    return status;
+  }
   const int again = LetFilterLook(filter, mended.View(), source.Name(), page, info, trace);
   info->TotalPages = mended.PageCount();
   return again;

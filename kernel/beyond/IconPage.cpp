@@ -32,13 +32,6 @@ int SideOf(uint8_t stated) noexcept {
   return stated == 0 ? bmp::kLargeIcon : stated;
 }
 
-bool IsIconHeader(uint32_t size) noexcept {
-  constexpr uint32_t kSizes[] = {bmp::kCoreHeaderSize,   bmp::kInfoHeaderSize, bmp::kMasks3HeaderSize,
-                                 bmp::kMasks4HeaderSize, bmp::kOs2HeaderSize,  bmp::kV4HeaderSize,
-                                 bmp::kV5HeaderSize};
-  return std::find(std::begin(kSizes), std::end(kSizes), size) != std::end(kSizes);
-}
-
 /// The entries of the pages, all but `page`; none where they are too many.
 template <class Use>
 void ForNeighbours(const vx_source& source, int page, const Use& use) noexcept {
@@ -116,7 +109,7 @@ int FindBitmapPage(const vx_source& source, BitmapImage image, std::optional<Bit
   const uint32_t got = source.Peek(bytes.data(), bytes.size(), part.bodyOffset);
   const uint32_t size = bmp::DeclaredHeaderSize(bmp::Slice<bmp::kCoreHeaderSize>(bytes, 0));
   const bool isInfo = size == bmp::kInfoHeaderSize;
-  if (got < sizeof(uint32_t) || !IsIconHeader(size) || (isInfo && got < size)) return STATUS_OK;
+  if (got < sizeof(uint32_t) || !bmp::IsHeaderSize(size) || (isInfo && got < size)) return STATUS_OK;
   layout = bmp::LayOut(bytes, part.bodyOffset, false, 0);
   if (got < size) return FailForHeader(layout, FileSize(source));
   if (layout.depth > 8) layout.pixelOffset = layout.PaletteEnd();  // no reader of icons passes over more

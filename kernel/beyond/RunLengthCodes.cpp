@@ -58,10 +58,11 @@ void RunLengthCodes::EndRows(int rows) noexcept {
   row_ = std::min(row_, height_) + rows;
 }
 
+/// Codes begin at even places.
 uint64_t RunLengthCodes::LiteralBytes(int count) const noexcept {
-  const int bits = count * depth_;
-  const int bytes = (bits + 7) / 8;
-  return static_cast<uint64_t>(bytes + bytes % 2);
+  const uint64_t bits = static_cast<uint64_t>(count) * static_cast<uint64_t>(depth_);
+  const uint64_t bytes = (bits + 7) / 8;
+  return bytes + bytes % 2;
 }
 
 }  // namespace vxkrn

@@ -23,13 +23,27 @@ struct Reached {
   bool isComplete = false;
 };
 
+/// The pixel behind the last one that a code gives: of a literal that the file ends in some are there.
+int64_t ReachOf(const vx_source& source, const RunLengthCode& code, int depth) noexcept {
+  constexpr uint64_t kCodeBytes = 2;
+  const int64_t size = source.Size();
+  if (code.kind != CodeKind::kLiteral || size < 0) return code.x + code.count;
+  const uint64_t end = std::min(static_cast<uint64_t>(size), code.offset + code.length);
+  const uint64_t there = end - std::min(end, code.offset + kCodeBytes);
+  return code.x + std::min<int64_t>(code.count, static_cast<int64_t>(there) * 8 / depth);
+}
+
 Reached Follow(const vx_source& source, const bmp::BitmapLayout& layout) noexcept {
   RunLengthCodes codes(source, layout);
   RunLengthCode code;
+  RunLengthCode last;
   while (codes.Row() < layout.height && codes.Next(&code)) {
     if (code.kind == CodeKind::kEndOfBitmap) return {codes.Row(), false, true};
+    last = code;
   }
-  return {codes.Row(), codes.X() >= layout.width, codes.Row() >= layout.height};
+  const bool isInRow = last.kind != CodeKind::kEndOfLine && last.row == codes.Row();
+  const bool isRowFull = isInRow && ReachOf(source, last, layout.depth) >= layout.width;
+  return {codes.Row(), isRowFull, codes.Row() >= layout.height};
 }
 
 }  // namespace

@@ -14,6 +14,7 @@ constexpr uint32_t kWindowSize = 16 * 1024;
 constexpr uint32_t kFirstReadAhead = 512;
 // Who moves bytes within a file writes a little beside what it reads.
 constexpr uint32_t kBeside = 64;
+constexpr uint32_t kMostBefore = 4096;
 
 }  // namespace
 
@@ -41,15 +42,18 @@ int64_t OpenFile::ReadBackend(uint8_t* destination, uint32_t count, uint64_t off
 int64_t OpenFile::FillWindow(uint32_t count) noexcept {
   const bool readsBack = writable_ && position_ < windowStart_ && position_ + count >= windowStart_;
   const uint32_t beside = writable_ ? kBeside : 0;
-  const uint64_t end = position_ + count + beside;
-  uint64_t wanted = std::min(std::max(readAhead_, count) + beside, kWindowSize);
+  const uint64_t end = position_ + std::max(readAhead_, count) + beside;
   windowFill_ = 0;
-  windowStart_ = position_ - std::min<uint64_t>(position_, beside);
-  if (readsBack) {
-    windowStart_ = end - std::min<uint64_t>(end, kWindowSize);
-    wanted = end - windowStart_;
+  windowStart_ = position_;
+  if (writable_) {  // with what the same call has read of the window before
+    const auto before = static_cast<uint32_t>(std::min<uint64_t>(position_ - trace_.offset, kMostBefore));
+    windowStart_ -= std::min<uint64_t>(position_, before + beside);
   }
-  wanted = std::min(wanted, kLastPosition - windowStart_);
+  if (readsBack) {
+    const uint64_t last = position_ + count + beside;
+    windowStart_ = last - std::min<uint64_t>(last, kWindowSize);
+  }
+  const uint64_t wanted = std::min({end - windowStart_, uint64_t{kWindowSize}, kLastPosition - windowStart_});
   int64_t got = 1;
   while (got > 0 && windowStart_ + windowFill_ <= position_) {
     got = ReadBackend(window_.get() + windowFill_, static_cast<uint32_t>(wanted) - windowFill_,

@@ -14,8 +14,6 @@ class PeekWindows {
   /// The most that is read through a window.
   static constexpr uint32_t kMostBytes = 256;
 
-  PeekWindows() noexcept {}  // the bytes are filled later
-
   /// Reads some bytes at position, at most count, which is 1 to kMostBytes. @return as vx_source::ReadAt
   int64_t Read(const Backend& backend, void* file, void* buffer, uint32_t count, uint64_t position) noexcept;
 

@@ -2,7 +2,8 @@
 #include "inspect/FileParts.h"
 
 #include <algorithm>
-#include <unordered_set>
+#include <functional>
+#include <set>
 
 #include "base/Errors.h"
 #include "beyond/Animation.h"
@@ -18,7 +19,7 @@ namespace {
 constexpr std::size_t kMostParts = 1'000'000;
 
 /// Offsets of bodies that were taken apart.
-using Seen = std::unordered_set<uint64_t, std::hash<uint64_t>, std::equal_to<>, memory::Counted<uint64_t>>;
+using Seen = std::set<uint64_t, std::less<>, memory::Counted<uint64_t>>;
 
 void AddBody(const vx_source& source, int page, const ICONDIRENTRY& entry, Seen* seen, PartList* list) {
   const int body = list->Add(VX_PART_IMAGE, entry.ImageOffset, entry.BytesInRes);

@@ -43,10 +43,13 @@ constexpr Word kColourSpaces[] = {{bmp::ColourSpace::kCalibrated, "calibrated, b
                                   {bmp::ColourSpace::kLinked, "LINK, a profile in another file"},
                                   {bmp::ColourSpace::kEmbedded, "MBED, a profile in this file"}};
 
+int DepthOf(const PartView& view) noexcept {
+  return bmp::LoadU16(view.bytes.subspan(bmp::info_at::kBitCount).first<2>(), 0);
+}
+
 void SayCoding(int64_t value, const PartView& view, Text& text) noexcept {
   Look(kCodings, value, text);
-  const auto bits = bmp::LoadU16(view.bytes.subspan(bmp::info_at::kBitCount).first<2>(), 0);
-  const bool isHuffman = value == bmp::kCompressionHuffman && bits == 1;
+  const bool isHuffman = value == bmp::kCompressionHuffman && DepthOf(view) == 1;
   if (view.part.kind == VX_PART_OS2_HEADER || isHuffman) {
     Look(kOs2Codings, value, text);
   } else {
@@ -100,7 +103,7 @@ void Explain(const FieldRule& rule, int64_t value, const PartView& view, Text& t
       if (value > 0) text << (value * 254 + 5000) / 10000 << " dpi";
       return;
     case Meaning::kColourCount:
-      if (value == 0) text << "as many as the depth can have";
+      if (value == 0 && DepthOf(view) <= kTableDepth) text << "as many as the depth can have";
       return;
     case Meaning::kMask: SayBits(static_cast<uint32_t>(value), text); return;
     case Meaning::kColourSpace: Look(kColourSpaces, value, text); return;

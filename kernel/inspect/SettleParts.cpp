@@ -44,7 +44,7 @@ class Gaps {
       const vx_part* image = ImageAt(begin);
       const uint64_t until = image == nullptr ? end : std::min(end, EndOf(*image));
       gaps_.push_back({VX_PART_UNREFERENCED, image == nullptr ? -1 : open_.back(),
-                       image == nullptr ? 0 : image->page, 0, begin, until - begin, 0, 0, ""});
+                       image == nullptr ? 0 : image->page, 0, begin, until - begin, until - begin, 0, 0, ""});
       begin = until;
     }
   }
@@ -65,40 +65,55 @@ class Gaps {
   Numbers open_;
 };
 
-/// One pass in the order of the offsets: `end` is how far bytes are claimed, or known to be a gap, and
-/// `holder` the part that claims the last of them.
+/// Parts that must not share bytes, met in the order of their offsets.
+class Claims {
+ public:
+  void Meet(vx_part& part) noexcept {
+    if (holder_ != nullptr && part.offset < end_) {
+      part.flags |= VX_PART_SHARED;
+      holder_->flags |= VX_PART_SHARED;
+    }
+    if (EndOf(part) <= end_) return;
+    end_ = EndOf(part);
+    holder_ = &part;
+  }
+  /// How far bytes are claimed.
+  [[nodiscard]] uint64_t End() const noexcept { return end_; }
+
+ private:
+  uint64_t end_ = 0;
+  vx_part* holder_ = nullptr;  // that claims the last of them
+};
+
 void FindGapsAndClashes(uint64_t fileSize, Parts& parts, Parts* found) {
-  uint64_t end = 0;
-  vx_part* holder = nullptr;
+  Claims bytes;
+  Claims outerImages;
+  Claims innerImages;  // of those
   Gaps gaps(parts, found);
+  uint64_t told = 0;  // how far every byte is claimed, or in a gap
   for (const int number : ByOffset(parts)) {
     vx_part& part = parts[static_cast<std::size_t>(number)];
-    if (EndOf(part) > fileSize) part.flags |= VX_PART_CUT;
-    if (part.length == 0 || part.offset >= fileSize) continue;
-    if (part.offset > end) {
-      gaps.Add(end, part.offset);
-      end = part.offset;
-    }
+    part.present = std::min(part.length, fileSize - std::min(fileSize, part.offset));
+    if (part.present < part.length) part.flags |= VX_PART_CUT;
+    if (part.present == 0) continue;
+    if (part.offset > told) gaps.Add(told, part.offset);
+    told = std::max(told, part.offset);
     if (part.kind == VX_PART_IMAGE) {
+      (part.parent < 0 ? outerImages : innerImages).Meet(part);
       gaps.Enter(number);
-      continue;
+    } else {
+      bytes.Meet(part);
+      told = std::max(told, bytes.End());
     }
-    if (holder != nullptr && part.offset < end) {
-      part.flags |= VX_PART_SHARED;
-      holder->flags |= VX_PART_SHARED;
-    }
-    if (EndOf(part) <= end) continue;
-    end = EndOf(part);
-    holder = &part;
   }
-  if (end < fileSize) gaps.Add(end, fileSize);
+  if (told < fileSize) gaps.Add(told, fileSize);
 }
 
 /// Puts every part behind the one that it belongs to, and those that belong to one into the order of the
 /// file.
 class Arrangement {
  public:
-  explicit Arrangement(const Parts& parts) : parts_(parts), children_(parts.size() + 1) {
+  explicit Arrangement(const Parts& parts) : parts_(parts), children_(parts.size()) {
     for (const int number : ByOffset(parts))
       ChildrenOf(parts[static_cast<std::size_t>(number)].parent).push_back(number);
   }
@@ -110,7 +125,9 @@ class Arrangement {
   }
 
  private:
-  Numbers& ChildrenOf(int number) noexcept { return children_[static_cast<std::size_t>(number + 1)]; }
+  Numbers& ChildrenOf(int number) noexcept {
+    return number < 0 ? roots_ : children_[static_cast<std::size_t>(number)];
+  }
 
   /// No deeper than files lie within files: three times.
   void Place(int old, int parent) {  // NOLINT(misc-no-recursion)
@@ -122,6 +139,7 @@ class Arrangement {
   }
 
   const Parts& parts_;
+  Numbers roots_;
   memory::Vector<Numbers> children_;
   Parts arranged_;
 };

@@ -21,7 +21,7 @@ class PartList {
 
   /// @return the number of the part
   int Add(vx_part_kind kind, uint64_t offset, uint64_t length) {
-    parts_.push_back({kind, parent_, page_, 0, base_ + offset, length, 0, 0, ""});
+    parts_.push_back({kind, parent_, page_, 0, base_ + offset, length, 0, 0, 0, ""});
     return static_cast<int>(parts_.size()) - 1;
   }
   /// A part of things of the same length.
