@@ -5,7 +5,7 @@
 #include "convert/PaletteMapper.h"
 
 #include <algorithm>
-#include <utility>
+#include <new>
 
 namespace vxkrn {
 namespace {
@@ -15,11 +15,11 @@ constexpr int CellBits(std::size_t fineness) {
   return 6 - 2 * static_cast<int>(fineness);
 }
 
-std::size_t CellAt(const NearestColor::Levels& color, std::size_t fineness) {
-  const int bits = CellBits(fineness);
-  const int rest = 8 - bits;
-  return static_cast<std::size_t>(((color.red >> bits) << rest | color.green >> bits) << rest |
-                                  color.blue >> bits);
+/// Cells that are coarser, of all such sizes.
+constexpr std::size_t CellsBefore(std::size_t fineness) {
+  std::size_t cells = 0;
+  for (std::size_t i = 0; i < fineness; ++i) cells += std::size_t{1} << 3 * (8 - CellBits(i));
+  return cells;
 }
 
 constexpr int Square(int value) {
@@ -38,13 +38,24 @@ constexpr int ToLevel(int level) {
 
 }  // namespace
 
-NearestColor::NearestColor(std::span<const Color> palette) {
+/// Most cells are never looked at, so the table is memory that costs no pages until then.
+NearestColor::NearestColor(std::span<const Color> palette)
+    : table_(static_cast<uint8_t*>(memory::AllocateZeroed(CellsBefore(kFinenesses) * sizeof(Candidates),
+                                                          {"kernel/Palette", __LINE__}))) {
+  if (table_ == nullptr) throw std::bad_alloc();
   for (const Color color : palette) {
     const RGBQUAD quad = QuadOf(color);
     entries_.push_back({quad.Red, quad.Green, quad.Blue, static_cast<uint8_t>(palette_.size())});
     palette_.push_back({quad.Red, quad.Green, quad.Blue});
   }
-  for (std::size_t i = 0; i < kFinenesses; ++i) cells_[i].resize(std::size_t{1} << 3 * (8 - CellBits(i)));
+}
+
+inline NearestColor::Candidates& NearestColor::CellOf(Levels color, std::size_t fineness) noexcept {
+  const int bits = CellBits(fineness);
+  const int rest = 8 - bits;
+  const int at = ((color.red >> bits) << rest | color.green >> bits) << rest | color.blue >> bits;
+  auto* const cells = reinterpret_cast<Candidates*>(table_.get()) + CellsBefore(fineness);
+  return cells[static_cast<std::size_t>(at)];
 }
 
 inline std::size_t NearestColor::NearestOf(Candidates candidates, Levels wanted) const noexcept {
@@ -80,7 +91,7 @@ NearestColor::Candidates NearestColor::Narrowed(Candidates candidates, Levels co
 }
 
 NearestColor::Candidates NearestColor::CandidatesFor(Levels wanted, std::size_t fineness) {
-  Candidates& cell = cells_[fineness][CellAt(wanted, fineness)];
+  Candidates& cell = CellOf(wanted, fineness);
   if (cell.count == 0) {
     const int side = 1 << CellBits(fineness);
     const Levels corner = {wanted.red & -side, wanted.green & -side, wanted.blue & -side};
@@ -92,15 +103,13 @@ NearestColor::Candidates NearestColor::CandidatesFor(Levels wanted, std::size_t 
 
 inline std::size_t NearestColor::Find(Levels wanted) {
   constexpr std::size_t kFinest = kFinenesses - 1;
-  const Candidates known = cells_[kFinest][CellAt(wanted, kFinest)];
+  const Candidates known = CellOf(wanted, kFinest);
   return NearestOf(known.count != 0 ? known : CandidatesFor(wanted, kFinest), wanted);
 }
 
 PaletteMapper::PaletteMapper(std::span<const Color> palette, int width, bool diffuses, int transparent)
     : nearest_(palette), transparent_(transparent), diffuses_(diffuses) {
-  if (!diffuses) return;
-  owed_.resize(static_cast<std::size_t>(width) + 2);
-  owedNext_.resize(owed_.size());
+  if (diffuses) owed_.resize(static_cast<std::size_t>(width) + 2);
 }
 
 void PaletteMapper::Map(int row, std::span<const Rgba> pixels, uint8_t* indices) {
@@ -123,36 +132,38 @@ void PaletteMapper::MapNearest(std::span<const Rgba> pixels, uint8_t* indices) {
   }
 }
 
+/// A pixel hands on 7 sixteenths of what it lost to the next one, 3, 5 and 1 to those below: behind it, under
+/// it and ahead of it. So what a pixel of the next row is owed is known when the one after it is through, and
+/// takes the place of what this row was owed there.
 void PaletteMapper::MapDiffusing(std::span<const Rgba> pixels, uint8_t* indices) {
-  std::fill(owedNext_.begin(), owedNext_.end(), Levels{});
   const std::ptrdiff_t step = leftward_ ? -1 : 1;
+  Levels* owed = owed_.data() + (leftward_ ? std::ssize(pixels) : 1);
+  Levels before = {};  // what was lost a pixel and two pixels ago
+  Levels earlier = {};
+  const auto owe = [&](Levels* below, const Levels& lost) {
+    *below = {3 * lost.red + 5 * before.red + earlier.red, 3 * lost.green + 5 * before.green + earlier.green,
+              3 * lost.blue + 5 * before.blue + earlier.blue};
+    earlier = before;
+    before = lost;
+  };
   std::ptrdiff_t x = leftward_ ? std::ssize(pixels) - 1 : 0;
-  for (std::size_t n = 0; n < pixels.size(); ++n, x += step) {
+  for (std::size_t n = 0; n < pixels.size(); ++n, x += step, owed += step) {
     const Rgba pixel = pixels[static_cast<std::size_t>(x)];
     if (IsHidden(pixel)) {
       indices[x] = static_cast<uint8_t>(transparent_);
+      owe(owed - step, {});
       continue;
     }
-    Levels* const here = &owed_[static_cast<std::size_t>(x) + 1];
-    Levels* const below = &owedNext_[static_cast<std::size_t>(x) + 1];
-    const auto withOwed = [](int level, int owed) { return ToLevel(level + ((owed + 8) >> 4)); };
-    const Levels wanted = {withOwed(pixel.red, here->red), withOwed(pixel.green, here->green),
-                           withOwed(pixel.blue, here->blue)};
+    const auto withOwed = [](int level, int sixteenths) { return ToLevel(level + ((sixteenths + 8) >> 4)); };
+    const Levels wanted = {withOwed(pixel.red, owed->red + 7 * before.red),
+                           withOwed(pixel.green, owed->green + 7 * before.green),
+                           withOwed(pixel.blue, owed->blue + 7 * before.blue)};
     const std::size_t entry = nearest_.Find(wanted);
     indices[x] = static_cast<uint8_t>(entry);
     const Levels& shown = nearest_.At(entry);
-    const auto spread = [&](int Levels::*channel) {
-      const int lost = wanted.*channel - shown.*channel;
-      here[step].*channel += 7 * lost;
-      below[-step].*channel += 3 * lost;
-      below[0].*channel += 5 * lost;
-      below[step].*channel += lost;
-    };
-    spread(&Levels::red);
-    spread(&Levels::green);
-    spread(&Levels::blue);
+    owe(owed - step, {wanted.red - shown.red, wanted.green - shown.green, wanted.blue - shown.blue});
   }
-  std::swap(owed_, owedNext_);
+  owe(owed - step, {});
   leftward_ = !leftward_;
 }
 

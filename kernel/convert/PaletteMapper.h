@@ -30,6 +30,7 @@ class NearestColor {
     uint32_t first = 0;  ///< in entries_
     uint32_t count = 0;  ///< 0: not looked for yet
   };
+  [[nodiscard]] Candidates& CellOf(Levels color, std::size_t fineness) noexcept;
   [[nodiscard]] std::size_t NearestOf(Candidates candidates, Levels wanted) const noexcept;
   [[nodiscard]] Candidates CandidatesFor(Levels wanted, std::size_t fineness);
   [[nodiscard]] Candidates Narrowed(Candidates candidates, Levels corner, int side);
@@ -37,8 +38,8 @@ class NearestColor {
   static constexpr std::size_t kFinenesses = 3;
 
   std::vector<Levels> palette_;
-  memory::Vector<Candidates> cells_[kFinenesses];  ///< coarse ones first
-  memory::Vector<Entry> entries_;                  ///< those of the palette, then those of all cells
+  memory::Bytes table_;            ///< the Candidates of all cells, those of the coarsest first
+  memory::Vector<Entry> entries_;  ///< those of the palette, then those of all cells
 };
 
 /// Turns rows of colours into rows of palette indices.
@@ -63,8 +64,8 @@ class PaletteMapper {
   bool diffuses_;
   int lastRow_ = -2;
   bool leftward_ = false;
-  /// Sixteenths of levels owed to the pixels of this row and the next, with a pixel before and behind them.
-  memory::Vector<Levels> owed_, owedNext_;
+  /// Sixteenths of levels owed to the pixels of the next row, with a pixel before and behind them.
+  memory::Vector<Levels> owed_;
 };
 
 }  // namespace vxkrn
