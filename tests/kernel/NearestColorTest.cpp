@@ -12,13 +12,13 @@
 namespace {
 
 using vxkrn::Color;
-using vxkrn::NearestColor;
+using vxkrn::Rgba;
 
 int Square(int value) {
   return value * value;
 }
 
-std::size_t NearestByLook(const std::vector<Color>& palette, NearestColor::Levels wanted) {
+std::size_t NearestByLook(const std::vector<Color>& palette, Rgba wanted) {
   std::size_t nearest = 0;
   int least = INT_MAX;
   for (std::size_t i = 0; i < palette.size(); ++i) {
@@ -44,20 +44,23 @@ TEST(NearestColorTest, IsTheFirstOfTheNearest) {
   for (const Spread& spread : kSpreads) {
     const auto level = [&] {
       const int any = static_cast<int>((random() >> 8) % static_cast<unsigned int>(spread.span));
-      return spread.first + any / spread.step * spread.step;
+      return static_cast<uint8_t>(spread.first + any / spread.step * spread.step);
     };
+    const auto anyLevel = [&] { return static_cast<uint8_t>(random() >> 8); };
     for (const std::size_t size : kSizes) {
       std::vector<Color> palette(size);
-      for (Color& color : palette) color = static_cast<Color>((level() << 8 | level()) << 8 | level());
-      NearestColor nearest(palette);
-      for (int i = 0; i < 20000; ++i) {
-        // Every other one is not a level of the palette's, and anywhere.
-        const auto any = [&] { return static_cast<int>((random() >> 8) % 256); };
-        const NearestColor::Levels wanted = i % 2 == 0 ? NearestColor::Levels{level(), level(), level()}
-                                                       : NearestColor::Levels{any(), any(), any()};
-        ASSERT_EQ(nearest.Find(wanted), NearestByLook(palette, wanted))
-            << size << " entries from " << spread.first << " in steps of " << spread.step << ": "
-            << wanted.red << ' ' << wanted.green << ' ' << wanted.blue;
+      for (Color& color : palette) color = vxkrn::ColorOf(Rgba{level(), level(), level(), 255});
+      std::vector<Rgba> wanted;
+      for (int i = 0; i < 10000; ++i) {
+        wanted.push_back({level(), level(), level(), 255});
+        wanted.push_back({anyLevel(), anyLevel(), anyLevel(), 255});
+      }
+      std::vector<uint8_t> indices(wanted.size());
+      vxkrn::PaletteMapper(palette, static_cast<int>(wanted.size()), false, -1)
+          .Map(0, wanted, indices.data());
+      for (std::size_t i = 0; i < wanted.size(); ++i) {
+        ASSERT_EQ(indices[i], NearestByLook(palette, wanted[i]))
+            << size << " entries from " << spread.first << " in steps of " << spread.step << ", pixel " << i;
       }
     }
   }
