@@ -58,7 +58,7 @@ Loop UnpackOf(const char* name, std::size_t bits) {
             vxkrn::UnpackIndices(from, static_cast<int>(bits), {to, width});
           },
           [bits](const uint8_t* from, std::size_t x) {
-            return from[x * bits / 8] >> (8 - bits - x * bits % 8) & ((1U << bits) - 1);
+            return uint32_t{from[x * bits / 8]} >> (8 - bits - x * bits % 8) & ((1U << bits) - 1);
           }};
 }
 
