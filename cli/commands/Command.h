@@ -20,6 +20,8 @@ std::span<const Command> AllCommands();
 Action DeclareInfo(Arguments& command);
 Action DeclareView(Arguments& command);
 Action DeclareConvert(Arguments& command);
+Action DeclareBatch(Arguments& command);
+Action DeclareDiff(Arguments& command);
 Action DeclarePages(Arguments& command);
 Action DeclareIcon(Arguments& command);
 Action DeclareCursor(Arguments& command);

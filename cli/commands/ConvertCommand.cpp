@@ -1,6 +1,5 @@
 // vxbmp convert: one page, a band of it, or headerless data, into a file of any format.
 #include <fmt/format.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <memory>
@@ -50,14 +49,6 @@ vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescripti
   if (raw != nullptr) options.raw = &raw->Get();
   if (arguments.toSrgb) options.flags |= VX_LOAD_TO_SRGB;
   return options;
-}
-
-/// Compares files, not names, so links are seen through. Devices do not count: they may be read and written.
-bool AreSameFile(const std::string& one, const std::string& other) {
-  struct stat first {};
-  struct stat second {};
-  return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 && S_ISREG(first.st_mode) &&
-         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
 /// A new file in the place of the original is hardly ever what was meant.

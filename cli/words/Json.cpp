@@ -27,9 +27,19 @@ void JsonLine::Add(std::string_view name, std::pair<int, int> point) {
   AddRaw(name, fmt::format("[{},{}]", point.first, point.second));
 }
 
-void JsonLine::AddFile(std::string_view file) {
-  Add("file", file);
-  if (Utf8(file) != file) Add("file_bytes", Hexadecimal(file));
+void JsonLine::Add(std::string_view name, const std::vector<std::string>& texts) {
+  std::string list;
+  for (const std::string& text : texts) list += (list.empty() ? "" : ",") + Quoted(text);
+  AddRaw(name, "[" + list + "]");
+}
+
+void JsonLine::AddReal(std::string_view name, double number) {
+  AddRaw(name, fmt::format("{:.6g}", number));
+}
+
+void JsonLine::AddFile(std::string_view file, std::string_view name) {
+  Add(name, file);
+  if (Utf8(file) != file) Add(fmt::format("{}_bytes", name), Hexadecimal(file));
 }
 
 void JsonLine::AddFailure(int status, std::string_view message) {
