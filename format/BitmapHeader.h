@@ -41,6 +41,9 @@ enum Compression : uint32_t {
   kCompressionBitFields = 3,
 };
 
+/// What follows a count of 0 in run-length codes; any higher number is that of single pixels.
+enum RunLengthEscape : uint8_t { kEndOfLine = 0, kEndOfBitmap = 1, kDelta = 2 };
+
 constexpr bool IsRunLengthCompression(uint32_t compression) {
   return compression != kUncompressed && compression != kCompressionBitFields;
 }
@@ -49,12 +52,17 @@ constexpr bool IsRunLengthCompression(uint32_t compression) {
 namespace file_at {
 inline constexpr uint32_t kSignature = 0;
 inline constexpr uint32_t kFileSize = 2;
+inline constexpr uint32_t kReserved1 = 6;
+inline constexpr uint32_t kReserved2 = 8;
 inline constexpr uint32_t kDataOffset = 10;
 }  // namespace file_at
 
 /// Where the fields lie that open an element of an OS/2 array.
 namespace array_at {
 inline constexpr uint32_t kSignature = 0;
+inline constexpr uint32_t kSize = 2;
+inline constexpr uint32_t kScreenWidth = 10;  // of the display that the element is meant for
+inline constexpr uint32_t kScreenHeight = 12;
 inline constexpr uint32_t kNext =
     6;  // of the next element, from the start of the file; 0 behind the last one
 }  // namespace array_at
@@ -80,6 +88,7 @@ inline constexpr uint32_t kImageSize = 20;
 inline constexpr uint32_t kXPixelsPerMetre = 24;
 inline constexpr uint32_t kYPixelsPerMetre = 28;
 inline constexpr uint32_t kColoursUsed = 32;
+inline constexpr uint32_t kColoursImportant = 36;
 inline constexpr uint32_t kMasks = 40;  // inside a longer header, and behind an info header
 }  // namespace info_at
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 #include "format/BitmapHeader.h"
 #include "format/Bytes.h"
@@ -34,7 +35,27 @@ inline constexpr uint32_t kGamma = 96;      // red, green, blue, as 16.16 fixed-
 inline constexpr uint32_t kIntent = 108;
 inline constexpr uint32_t kProfileOffset = 112;  // from the start of the image header
 inline constexpr uint32_t kProfileSize = 116;
+inline constexpr uint32_t kReserved = 120;
 }  // namespace long_at
+
+/// Where the fields lie that only OS/2 2.x headers have.
+namespace os2_at {
+inline constexpr uint32_t kResolutionUnit = 40;
+inline constexpr uint32_t kReserved = 42;
+inline constexpr uint32_t kRecording = 44;  // the order of the rows
+inline constexpr uint32_t kRendering = 46;  // how halftones were made
+inline constexpr uint32_t kHalftone1 = 48;
+inline constexpr uint32_t kHalftone2 = 52;
+inline constexpr uint32_t kColourEncoding = 56;
+inline constexpr uint32_t kIdentifier = 60;  // for the application
+}  // namespace os2_at
+
+/// Whether writers make headers of that length.
+constexpr bool IsHeaderSize(uint32_t size) {
+  constexpr uint32_t kSizes[] = {kCoreHeaderSize, kInfoHeaderSize, kMasks3HeaderSize, kMasks4HeaderSize,
+                                 kOs2HeaderSize,  kV4HeaderSize,   kV5HeaderSize};
+  return std::find(std::begin(kSizes), std::end(kSizes), size) != std::end(kSizes);
+}
 
 enum class HeaderFamily : uint8_t { kCore, kOs2, kWindows };
 
@@ -193,10 +214,11 @@ constexpr BitmapLayout LayOut(const LayoutBytes& bytes, uint64_t headerOffset, b
   image.paletteDeclared = layout::DeclaredEntries(image.depth, coloursUsed);
   image.paletteCount = image.paletteDeclared;
   image.pixelOffset = dataOffset;
+  // A table that only helps displays of few colours.
+  const bool isForDisplays = image.depth > 8 && coloursUsed <= 256;
+  const uint64_t behindTable = image.PaletteEnd() + (isForDisplays ? uint64_t{4} * coloursUsed : 0);
   if (!hasFileHeader) {
-    image.pixelOffset = image.PaletteEnd();
-    // A table that only helps displays of few colours.
-    if (image.depth > 8 && coloursUsed <= 256) image.pixelOffset += uint64_t{4} * coloursUsed;
+    image.pixelOffset = behindTable;
   } else if (dataOffset < image.PaletteEnd()) {
     const uint64_t room = dataOffset > image.paletteOffset ? dataOffset - image.paletteOffset : 0;
     const auto fitting = static_cast<uint32_t>(room / image.paletteEntrySize);
@@ -204,7 +226,7 @@ constexpr BitmapLayout LayOut(const LayoutBytes& bytes, uint64_t headerOffset, b
     if (fitting > 0 && !isCounted) {
       image.paletteCount = fitting;
     } else {
-      image.pixelOffset = image.PaletteEnd();
+      image.pixelOffset = behindTable;
       image.isOffsetMended = true;
     }
   }

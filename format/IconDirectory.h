@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 #include "format/BitmapHeader.h"
 #include "format/Bytes.h"
@@ -25,6 +26,10 @@ inline constexpr Block<kPngSignatureSize> kPngSignatures[] = {
     {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A},
     {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x0D, 0x05},
 };
+
+constexpr bool IsOneOfPngSignatures(const Block<kPngSignatureSize>& start) {
+  return std::find(std::begin(kPngSignatures), std::end(kPngSignatures), start) != std::end(kPngSignatures);
+}
 
 /// Where the fields of the directory lie.
 namespace directory_at {

@@ -70,6 +70,8 @@ void OnePage::Declare(Arguments& command, Then then) {
   command.Add(
       {.name = "--as-filter", .help = "show exactly what the filter reads, and refuse what it refuses"},
       asFilter_);
+  command.Add({.name = "--srgb", .help = "convert colours by a profile, or calibrated ones, to sRGB"},
+              toSrgb_);
 }
 
 vx::LoadOptions OnePage::Options() const {
@@ -77,7 +79,8 @@ vx::LoadOptions OnePage::Options() const {
   options.page = std::max(ParseWish(page_, MayMeanAll()).number, 1);
   options.allow_truncated = allowTruncated_ ? 1 : 0;
   options.alpha = ParseAlpha(alpha_, IsSaved());
-  if (asFilter_) options.flags = VX_LOAD_AS_FILTER;
+  if (asFilter_) options.flags |= VX_LOAD_AS_FILTER;
+  if (toSrgb_) options.flags |= VX_LOAD_TO_SRGB;
   return options;
 }
 

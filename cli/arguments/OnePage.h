@@ -1,5 +1,5 @@
-// Which page of a file, and how it is loaded: --page, --allow-truncated, --alpha, --as-filter, and what
-// people ought to know about either. Some commands may also take all pages.
+// Which page of a file, and how it is loaded: --page, --allow-truncated, --alpha, --as-filter, --srgb, and
+// what people ought to know about either. Some commands may also take all pages.
 #pragma once
 
 #include <string>
@@ -45,6 +45,7 @@ class OnePage {
   std::string page_;
   bool allowTruncated_ = false;
   bool asFilter_ = false;
+  bool toSrgb_ = false;
   Then then_ = Then::kShown;
   std::string alpha_;
 };

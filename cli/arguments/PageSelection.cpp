@@ -19,7 +19,7 @@ namespace {
 class Selector {
  public:
   Selector(const vx::Source& source, std::string_view file)
-      : source_(source), file_(file), count_(CountPages(source)) {}
+      : source_(source), file_(file), count_(CountPages(source)), isAdded_(static_cast<size_t>(count_) + 1) {}
 
   void Add(std::string_view item) {
     if (const std::optional<int> number = ParseInt(item, 1)) return AddRange(item, *number, *number);
@@ -37,7 +37,10 @@ class Selector {
 
  private:
   void AddPage(int page) {
-    if (std::find(pages_.begin(), pages_.end(), page) == pages_.end()) pages_.push_back(page);
+    const auto index = static_cast<size_t>(page);
+    if (isAdded_[index]) return;
+    isAdded_[index] = true;
+    pages_.push_back(page);
   }
 
   void AddRange(std::string_view item, int first, int last) {
@@ -87,6 +90,7 @@ class Selector {
   const vx::Source& source_;
   std::string_view file_;
   int count_;
+  std::vector<bool> isAdded_;  // by page
   std::vector<int> pages_;
 };
 

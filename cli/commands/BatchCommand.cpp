@@ -51,7 +51,6 @@ struct BatchArguments {
   bool dryRun = false;
   bool json = false;
   bool quiet = false;
-  bool toSrgb = false;
   OnePage page;
   RawArguments raw;
   SaveArguments save;
@@ -165,7 +164,6 @@ class Batch {
     conversion.save = arguments_.save.Describe(arguments_.dir, arguments_.raw.Palette().ForOutput());
     conversion.save.drop_alpha = arguments_.page.DropsAlpha() ? 1 : 0;
     conversion.load = arguments_.page.Options();
-    if (arguments_.toSrgb) conversion.load.flags |= VX_LOAD_TO_SRGB;
     if (raw_) conversion.load.raw = &raw_->Get();
     return conversion;
   }
@@ -388,8 +386,6 @@ Action DeclareBatch(Arguments& command) {
   arguments->save.Declare(command, SaveArguments::Into::kManyFiles);
   DeclareWork(command, *arguments);
   arguments->page.Declare(command, OnePage::Then::kSavedEach);
-  command.Add({.name = "--srgb", .help = "convert colours by a profile, or calibrated ones, to sRGB"},
-              arguments->toSrgb);
   arguments->raw.Declare(command);
   command.Exclude("--raw", "--page");
   return [arguments] { return Run(*arguments); };

@@ -18,6 +18,7 @@ struct Command {
 std::span<const Command> AllCommands();
 
 Action DeclareInfo(Arguments& command);
+Action DeclareInspect(Arguments& command);
 Action DeclareView(Arguments& command);
 Action DeclareConvert(Arguments& command);
 Action DeclareBatch(Arguments& command);

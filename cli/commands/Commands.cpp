@@ -15,6 +15,17 @@ Examples:
   vxbmp info app.ico --page 3
   vxbmp info --json icons/*.ico | jq -r 'select(.width >= 48) | .file')",
      DeclareInfo},
+    {"inspect", "Shows what files are made of: every structure, and every field of it.",
+     R"(Each part with the byte that it begins at and its length, and of each field its value and
+what that means. Bytes that nothing refers to, and those that two parts claim, are marked.
+Pixels are not decoded, so damaged files can be looked at as well.
+
+Examples:
+  vxbmp inspect photo.bmp
+  vxbmp inspect app.ico --page 3 --hex
+  vxbmp inspect scan.bmp --codes | less
+  vxbmp inspect --json app.ico | jq 'select(.kind == "unreferenced")')",
+     DeclareInspect},
     {"view", "Shows a picture in the terminal.",
      R"(What is transparent shows the terminal's background. Small pictures are drawn in their
 own size, a symbol a column of pixels; large ones are made to fit the terminal.

@@ -25,7 +25,6 @@ struct ConvertArguments {
   std::string out;
   OnePage page;
   std::string band;
-  bool toSrgb = false;
   RawArguments raw;
   SaveArguments save;
 };
@@ -47,7 +46,6 @@ vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescripti
   vx::LoadOptions options = arguments.page.Options();
   if (!arguments.band.empty()) ParseBand(arguments.band, options);
   if (raw != nullptr) options.raw = &raw->Get();
-  if (arguments.toSrgb) options.flags |= VX_LOAD_TO_SRGB;
   return options;
 }
 
@@ -91,8 +89,6 @@ Action DeclareConvert(Arguments& command) {
                .help = "convert COUNT rows only, from row FIRST; the top row is 0",
                .value = "FIRST:COUNT"},
               arguments->band);
-  command.Add({.name = "--srgb", .help = "convert colours by a profile, or calibrated ones, to sRGB"},
-              arguments->toSrgb);
   arguments->save.Declare(command);
   arguments->raw.Declare(command);
   command.Exclude("--raw", "--page");

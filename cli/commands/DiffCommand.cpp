@@ -33,7 +33,6 @@ struct DiffArguments {
   bool strict = false;
   bool json = false;
   bool quiet = false;
-  bool toSrgb = false;
   OnePage page;
 };
 
@@ -138,7 +137,6 @@ class Diff {
     if (arguments.file == kStandardStream && arguments.other == kStandardStream) {
       throw UsageError("only one of the two can be standard input");
     }
-    if (arguments.toSrgb) options_.flags |= VX_LOAD_TO_SRGB;
     if (arguments.out.empty()) return;
     save_ = SaveArguments().Describe(arguments.out, VX_PALETTE_BEST);
     RefuseTerminal(arguments.out.c_str());
@@ -305,8 +303,6 @@ Action DeclareDiff(Arguments& command) {
   command.Add({.name = "B", .help = "the file to compare it with", .offers = "FILE", .isRequired = true},
               arguments->other);
   arguments->page.Declare(command, OnePage::Then::kCompared);
-  command.Add({.name = "--srgb", .help = "convert colours by a profile, or calibrated ones, to sRGB first"},
-              arguments->toSrgb);
   command.Add({.name = "-o", .help = "draw where they differ, in red on pale grey", .value = "FILE"},
               arguments->out);
   command.Add({.name = "--strict", .help = "what is stored differently counts, too"}, arguments->strict);

@@ -31,6 +31,7 @@ struct IconArguments {
   std::string sizes;
   std::string pngFrom;
   std::string bits;
+  bool toSrgb = false;
 };
 
 int ParseSize(std::string_view text, std::string_view option, std::string_view all) {
@@ -158,6 +159,14 @@ void RequireIconName(const std::string& out) {
   throw UsageError(fmt::format("-o {}: the name of an icon file ends with .ico", Printable(out)));
 }
 
+/// Pages carry no word on their colours. Said once for all that are made of the picture.
+void RemarkOnColors(const vx::Bitmap& picture, const std::string& name) {
+  const int space = picture.Describe().color_space;
+  if (space != VX_COLOR_SPACE_PROFILE && space != VX_COLOR_SPACE_CALIBRATED) return;
+  ReportMessage(
+      fmt::format("{}: icons have no place for its colour profile; --srgb applies it", Printable(name)));
+}
+
 /// The pages, one after the other, with the name of the file that is being worked on for messages.
 class IconMaker {
  public:
@@ -180,7 +189,7 @@ class IconMaker {
       const bool isMadeUp = size > originals_.back().side && size != sizes_.front();
       if (isMadeUp && arguments_.sizes.empty()) break;
       picture.AddTo(edit, size, pngFrom_, bits_);
-      ReportRemarks(arguments_.out);
+      ReportRemarks(arguments_.out, VX_REMARK_PROFILE_DROPPED);
     }
     edit.Commit();
     return kExitOk;
@@ -214,9 +223,14 @@ class IconMaker {
     loaded_ = original;
     at_ = loaded_.image->Name();
     try {
-      picture_.emplace(
-          loaded_.image->With([&](const vx::Source& source) { return source.Load(loaded_.page); }));
+      vx::LoadOptions options;
+      options.page = loaded_.page;
+      if (arguments_.toSrgb) options.flags |= VX_LOAD_TO_SRGB;
+      vx::Bitmap picture =
+          loaded_.image->With([&](const vx::Source& source) { return source.Load(options); });
       ReportRemarks(at_);
+      RemarkOnColors(picture, at_);
+      picture_.emplace(std::move(picture));
     } catch (const vx::Error& error) {
       const auto isOfImage = [&](const Original& each) { return each.image == loaded_.image; };
       const auto pages = std::count_if(originals_.begin(), originals_.end(), isOfImage);
@@ -272,6 +286,8 @@ Action DeclareIcon(Arguments& command) {
                .value = "N",
                .offers = "1|4|8|24|32"},
               arguments->bits);
+  command.Add({.name = "--srgb", .help = "convert colours by a profile, or calibrated ones, to sRGB"},
+              arguments->toSrgb);
   return [arguments] { return MakeIcon(*arguments); };
 }
 

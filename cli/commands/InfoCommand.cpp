@@ -62,14 +62,14 @@ std::optional<vx_animation_info> FindAnimation(const vx::Source& source) try {
   throw;
 }
 
-/// Columns can only be aligned once all is known, so nothing is printed before the end.
-class Table final : public Listing {
+constexpr std::array kTitles = {"FILE", "PAGE", "KIND", "SIZE", "BITS", "CODING", "ROWS", "COLOURS", "DPI"};
+
+class TableLines final : public Listing {
  public:
   void Add(const std::string& file, const vx_info& info) override {
-    rows_.push_back({Printable(file), fmt::format("{}/{}", info.page, info.page_count),
-                     vx_format_name(info.format), SizeText(info), fmt::to_string(info.bits_per_pixel),
-                     CompressionText(info), OrientationText(info), ColorOrderText(info),
-                     ResolutionText(info)});
+    Add({Printable(file), fmt::format("{}/{}", info.page, info.page_count), vx_format_name(info.format),
+         SizeText(info), fmt::to_string(info.bits_per_pixel), CompressionText(info), OrientationText(info),
+         ColorOrderText(info), ResolutionText(info)});
   }
 
   /// A page among others has a line. What is wrong with it stands on standard error.
@@ -77,7 +77,7 @@ class Table final : public Listing {
     if (failure.pages == 0 || failure.page > failure.pages) return;
     TableRow row = {Printable(file), fmt::format("{}/{}", failure.page, failure.pages), "bad"};
     row.resize(kTitles.size(), "?");
-    rows_.push_back(row);
+    Add(row);
   }
 
   /// Stands below the table, a line for the whole and one a step.
@@ -95,16 +95,20 @@ class Table final : public Listing {
   }
 
   void Finish() override {
-    if (!animations_.empty() && rows_.size() > 1)
-      return PrintToStandardOutput(InColumns(rows_) + animations_);
-    if (rows_.size() > 1) PrintToStandardOutput(InColumns(rows_));
+    const std::string lines = table_.Finish();
+    if (hasRows_) PrintToStandardOutput(lines + animations_);
   }
 
  private:
-  static constexpr std::array kTitles = {"FILE",   "PAGE", "KIND",    "SIZE", "BITS",
-                                         "CODING", "ROWS", "COLOURS", "DPI"};
+  void Add(const TableRow& row) {
+    hasRows_ = true;
+    const std::string lines = table_.Add(row);
+    if (!lines.empty()) PrintToStandardOutput(lines);
+  }
+
+  Table table_{TableRow(kTitles.begin(), kTitles.end())};
   std::string animations_;
-  std::vector<TableRow> rows_ = {TableRow(kTitles.begin(), kTitles.end())};
+  bool hasRows_ = false;
 };
 
 class JsonLines final : public Listing {
@@ -167,7 +171,7 @@ class InfoCommand {
     if (arguments.json) {
       listing_ = std::make_unique<JsonLines>();
     } else {
-      listing_ = std::make_unique<Table>();
+      listing_ = std::make_unique<TableLines>();
     }
   }
 
@@ -215,15 +219,16 @@ class InfoCommand {
     Fail(error, file, page, pages);
   }
 
-  /// A hostile directory may announce 65535 pages, each of which takes a look at all others to describe. So,
-  /// unless all pages were asked for, the list ends after more than any real file has.
+  /// A directory that lies may announce 65535 pages. So, unless all pages were asked for, the list ends after
+  /// more than any real file has.
   void ListAllPages(const std::string& file, const vx::Source& source) try {
     constexpr int kPagesListed = 100;
-    const int pages = CountPages(source);
-    if (const std::optional<vx_animation_info> animation = FindAnimation(source)) {
-      listing_->Add(file, *animation,
-                    source.AnimationSteps(0, std::min(animation->step_count, kStepsListed)));
+    const Contents contents = LookInto(source);
+    if (contents.animation) {
+      listing_->Add(file, *contents.animation,
+                    source.AnimationSteps(0, std::min(contents.animation->step_count, kStepsListed)));
     }
+    const int pages = contents.pages;
     if (pages == kNotKnown) return ListPage(file, source, 1, kNotKnown);
     const int last = all_ ? pages : std::min(pages, kPagesListed);
     for (int page = 1; page <= last; ++page) ListPage(file, source, page, pages);
@@ -234,12 +239,27 @@ class InfoCommand {
     Fail(error, file, kNoPage, kNotKnown);
   }
 
-  /// Files without a directory have one page, whose failure speaks for the file.
-  static int CountPages(const vx::Source& source) {
-    if (const std::optional<vx_animation_info> animation = FindAnimation(source))
-      return animation->frame_count;
-    const std::optional<vx_directory_info> directory = FindDirectory(source);
-    return directory ? directory->page_count : kNotKnown;
+  struct Contents {
+    std::optional<vx_animation_info> animation;
+    int pages;
+  };
+
+  /// What a file is its first page tells, without an error for all that it is not. Files without a directory
+  /// have one page, whose failure speaks for the file.
+  static Contents LookInto(const vx::Source& source) {
+    vx_info first = {};
+    const bool isKnown = vx_describe(source.Get(), 1, &first) == VX_OK;
+    const bool isIcon =
+        first.format == VX_FORMAT_ICO || first.format == VX_FORMAT_CUR || first.format == VX_FORMAT_VISTA_ICO;
+    Contents contents = {std::nullopt, kNotKnown};
+    if (!isKnown || first.format == VX_FORMAT_ANI) contents.animation = FindAnimation(source);
+    if (contents.animation) {
+      contents.pages = contents.animation->frame_count;
+    } else if (!isKnown || isIcon) {
+      const std::optional<vx_directory_info> directory = FindDirectory(source);
+      if (directory) contents.pages = directory->page_count;
+    }
+    return contents;
   }
 
   void Fail(const vx::Error& error, const std::string& file, int page, int pages) {

@@ -2,7 +2,6 @@
 // them.
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -63,53 +62,67 @@ TableRow RowOf(const Page& page, bool isCursor) {
   return row;
 }
 
-void PrintTable(const std::vector<Page>& pages, bool isCursor, uint64_t unreferenced) {
-  std::vector<TableRow> rows = {{"PAGE", "SIZE", "BITS", "FORM", "BYTES", "OFFSET"}};
-  if (isCursor) rows.front().emplace_back("HOT SPOT");
-  for (const Page& page : pages) rows.push_back(RowOf(page, isCursor));
-  std::string text = InColumns(rows);
-  if (unreferenced > 0) {
-    text += fmt::format("{} belong to no page; vxbmp pages compact drops them\n", ByteCount(unreferenced));
+std::string JsonOf(const Page& page, bool isCursor) {
+  JsonLine line;
+  line.Add("page", page.number);
+  if (page.info) {
+    line.Add("width", page.info->width);
+    line.Add("height", page.info->height);
+    line.Add("bits_per_pixel", page.info->bits_per_pixel);
   }
-  PrintToStandardOutput(text);
+  line.Add("form", FormOf(page));
+  line.Add("bytes", page.place.size);
+  line.Add("offset", page.place.offset);
+  if (isCursor) line.Add("hot_spot", std::pair<int, int>(page.place.hot_x, page.place.hot_y));
+  if (page.failure) line.AddFailure(page.failure->status(), ProblemOf(*page.failure));
+  return line.Text();
 }
 
-void PrintJson(const std::vector<Page>& pages, bool isCursor, uint64_t unreferenced) {
-  std::string text;
-  for (const Page& page : pages) {
-    JsonLine line;
-    line.Add("page", page.number);
-    if (page.info) {
-      line.Add("width", page.info->width);
-      line.Add("height", page.info->height);
-      line.Add("bits_per_pixel", page.info->bits_per_pixel);
-    }
-    line.Add("form", FormOf(page));
-    line.Add("bytes", page.place.size);
-    line.Add("offset", page.place.offset);
-    if (isCursor) line.Add("hot_spot", std::pair<int, int>(page.place.hot_x, page.place.hot_y));
-    if (page.failure) line.AddFailure(page.failure->status(), ProblemOf(*page.failure));
-    text += line.Text();
+/// Where the facts go.
+class PageList {
+ public:
+  PageList(bool isJson, bool isCursor) : isJson_(isJson), isCursor_(isCursor), table_(TitlesOf(isCursor)) {}
+
+  void Add(const Page& page) {
+    PrintToStandardOutput(isJson_ ? JsonOf(page, isCursor_) : table_.Add(RowOf(page, isCursor_)));
   }
-  JsonLine last;
-  last.Add("unreferenced_bytes", unreferenced);
-  PrintToStandardOutput(text + last.Text());
-}
+  void Finish(uint64_t unreferenced) {
+    std::string text = isJson_ ? std::string() : table_.Finish();
+    if (isJson_) {
+      JsonLine last;
+      last.Add("unreferenced_bytes", unreferenced);
+      text = last.Text();
+    } else if (unreferenced > 0) {
+      text += fmt::format("{} belong to no page; vxbmp pages compact drops them\n", ByteCount(unreferenced));
+    }
+    PrintToStandardOutput(text);
+  }
+
+ private:
+  static TableRow TitlesOf(bool isCursor) {
+    TableRow titles = {"PAGE", "SIZE", "BITS", "FORM", "BYTES", "OFFSET"};
+    if (isCursor) titles.emplace_back("HOT SPOT");
+    return titles;
+  }
+
+  bool isJson_;
+  bool isCursor_;
+  Table table_;
+};
 
 ExitCode List(const ListArguments& arguments) try {
   Input input(arguments.file.c_str());
   const vx::Source& source = input.Source();
   const uint64_t unreferenced = source.UnreferencedBytes();
   const int count = CountPages(source);
-  const bool isCursor = source.DescribeDirectory().is_cursor != 0;
-  std::vector<Page> pages;
+  PageList list(arguments.json, source.DescribeDirectory().is_cursor != 0);
+  bool isWhole = true;
   for (int number = 1; number <= count; ++number) {
-    pages.push_back(LookAt(source, number, InputName(arguments.file.c_str())));
+    const Page page = LookAt(source, number, InputName(arguments.file.c_str()));
+    isWhole = isWhole && page.info.has_value();
+    list.Add(page);
   }
-  const auto print = arguments.json ? PrintJson : PrintTable;
-  print(pages, isCursor, unreferenced);
-  const bool isWhole =
-      std::all_of(pages.begin(), pages.end(), [](const Page& page) { return page.info.has_value(); });
+  list.Finish(unreferenced);
   return isWhole ? kExitOk : kExitFailed;
 } catch (const vx::Error& error) {
   ReportFailure(error, {.file = InputName(arguments.file.c_str())});

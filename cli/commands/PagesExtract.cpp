@@ -1,10 +1,10 @@
 // vxbmp pages extract: pages as files of their own.
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -63,11 +63,12 @@ class Extraction {
   /// The files to write, whose names must differ.
   std::vector<Job> PlanJobs() {
     std::vector<Job> jobs;
+    std::unordered_set<std::string> names;
     for (const int page : SelectPages(arguments_.selection, source_, arguments_.file)) {
       const std::optional<vx_info> info = OrReport([&] { return source_.Describe(page); });
       if (!info) continue;
       std::string out = NameFor(arguments_, *info);
-      if (std::any_of(jobs.begin(), jobs.end(), [&](const Job& job) { return job.out == out; })) {
+      if (!names.insert(out).second) {
         throw UsageError(fmt::format("-o {}: several pages would become {}; the name needs {{page}}",
                                      Printable(arguments_.pattern), Printable(out)));
       }

@@ -79,8 +79,9 @@ void ReportMessage(std::string_view message) {
   Print(fmt::format("vxbmp: {}\n", message));
 }
 
-void ReportRemarks(std::string_view file) {
+void ReportRemarks(std::string_view file, int except) {
   for (const vx_remark& remark : vx::Remarks()) {
+    if (remark.code == except) continue;
     std::string words = vx_remark_text(remark.code);
     for (const auto& [place, number] : {std::pair("{1}", remark.first), {"{2}", remark.second}}) {
       if (const size_t at = words.find(place); at != std::string::npos)

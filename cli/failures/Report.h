@@ -21,8 +21,9 @@ void ReportFailure(const vx::Error& error, const Circumstances& circumstances);
 /// "vxbmp: message"
 void ReportMessage(std::string_view message);
 
-/// "vxbmp: FILE: remark" for everything that the last load or save has to remark.
-void ReportRemarks(std::string_view file);
+/// "vxbmp: FILE: remark" for everything that the last load or save has to remark, but for one code that is
+/// told in other words.
+void ReportRemarks(std::string_view file, int except = VX_REMARK_NONE);
 
 /// The same, but only where standard error is a terminal, or somebody hears it: for remarks on what went
 /// well.

@@ -18,8 +18,8 @@ enum class Fate { kWritten, kPlanned, kUpToDate, kExists, kFailed };
 /// What became of a picture.
 struct BatchResult {
   std::string file;
-  std::string output;  ///< "" where there is no name for one
-  int page = 0;        ///< 0 where pages are no matter
+  std::string output{};  ///< "" where there is no name for one
+  int page = 0;          ///< 0 where pages are no matter
   Fate fate = Fate::kWritten;
   std::vector<int> remarks{};           ///< vx_remark_code
   std::vector<std::string> messages{};  ///< the last one says what failed

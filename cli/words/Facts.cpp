@@ -3,6 +3,8 @@
 
 #include <fmt/format.h>
 
+#include <string_view>
+
 namespace cli {
 
 std::string SizeText(const vx_info& info) {
@@ -19,6 +21,7 @@ std::string OrientationText(const vx_info& info) {
 
 std::string ColorOrderText(const vx_info& info) {
   if (info.color_order == VX_ORDER_RGB) return "indexed";
+  if (std::string_view(info.compression).ends_with("bit fields")) return "by masks";
   if (info.color_order == VX_ORDER_565) return "5-6-5";
   return info.bits_per_pixel == 16 ? "5-5-5" : "BGR";
 }

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <vx/vx.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "words/Text.h"
@@ -28,9 +29,17 @@ void JsonLine::Add(std::string_view name, std::pair<int, int> point) {
 }
 
 void JsonLine::Add(std::string_view name, const std::vector<std::string>& texts) {
-  std::string list;
-  for (const std::string& text : texts) list += (list.empty() ? "" : ",") + Quoted(text);
-  AddRaw(name, "[" + list + "]");
+  std::vector<std::string> quoted(texts.size());
+  std::transform(texts.begin(), texts.end(), quoted.begin(), Quoted);
+  AddRaw(name, fmt::format("[{}]", fmt::join(quoted, ",")));
+}
+
+void JsonLine::Add(std::string_view name, const std::vector<JsonLine>& objects) {
+  std::vector<std::string> members(objects.size());
+  std::transform(objects.begin(), objects.end(), members.begin(),
+                 [](const JsonLine& each) { return each.members_; });
+  AddRaw(name, fmt::format("[{}{}{}]", members.empty() ? "" : "{", fmt::join(members, "},{"),
+                           members.empty() ? "" : "}"));
 }
 
 void JsonLine::AddReal(std::string_view name, double number) {

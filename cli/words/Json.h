@@ -28,6 +28,8 @@ class JsonLine {
   void Add(std::string_view name, std::pair<int, int> point);
   /// Adds an array of texts.
   void Add(std::string_view name, const std::vector<std::string>& texts);
+  /// Adds an array of objects.
+  void Add(std::string_view name, const std::vector<JsonLine>& objects);
 
   /// Names the file that the line is about. JSON cannot hold a name that is not UTF-8: "file" is then for
   /// people, with \xNN for every byte that is not UTF-8, and "file_bytes" has all bytes, two hexadecimal

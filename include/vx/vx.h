@@ -277,7 +277,7 @@ typedef struct vx_info {
   int page;             /**< page described, from 1 */
   int page_count;       /**< pages in the file; 1 for single images */
   uint32_t data_size;   /**< bytes of pixel data, rows padded to whole bytes */
-  char compression[20]; /**< "Run Length", "PNG", or "" for none */
+  char compression[20]; /**< "Run Length", "PNG", "alpha bit fields" and so on, or "" for none */
 } vx_info;
 
 /* ---- Sources ---- */
@@ -427,7 +427,8 @@ VX_API int vx_bitmap_from_rgba(int width, int height, const uint8_t* rgba, vx_bi
  * may be cut off. Light is averaged, not its coding, and pixels count for as much as can be seen of them.
  * With n = 1 every pixel stays as it is. The fourth bytes are alpha whether or not the bitmap says that it
  * has some; the rows follow one another from the top, without gaps. Beside the new bitmap this takes little
- * memory. The caller frees *smaller. @return VX_NO_MEMORY where the new bitmap does not fit
+ * memory. What is known of the colours goes along. The caller frees *smaller. @return VX_NO_MEMORY where the
+ * new bitmap does not fit
  */
 VX_API int vx_bitmap_shrink(const vx_bitmap* bitmap, int largest_side, vx_bitmap** smaller);
 VX_API int vx_bitmap_describe(const vx_bitmap* bitmap, vx_bitmap_info* info);

@@ -10,7 +10,7 @@
 #include "base/CallRecord.h"
 #include "base/Errors.h"
 #include "beyond/BitmapFile.h"
-#include "beyond/IconPage.h"
+#include "beyond/IconKind.h"
 #include "beyond/MendedIcon.h"
 #include "bitmap/Bitmap.h"
 #include "files/Files.h"
@@ -50,7 +50,10 @@ int AskFilter(const Filter& filter, vx_source& source, int* page, IMAGEINFO* inf
   const int status = LetFilterLook(filter, source.View(), source.Name(), page, info, trace);
   if (status != STATUS_READ_ERROR) return status;
   MendedIcon mended(source);
-  if (!mended.MendFor(*page)) return status;
+  if (!mended.MendFor(*page)) {
+    Detail().Clear();  // what was found on the way is not why the filter gave up
+    return status;
+  }
   const int again = LetFilterLook(filter, mended.View(), source.Name(), page, info, trace);
   info->TotalPages = mended.PageCount();
   return again;
@@ -116,6 +119,23 @@ int DescribeOwn(vx_source& source, const BitmapImage& image, IMAGEINFO* info) {
   return STATUS_OK;
 }
 
+/// Whether the filter would have to look at every page to describe this one.
+bool IsBitmapOfIcon(const BitmapImage& image) {
+  return image.icon && image.icon->HasDirectory() && !image.icon->isPng;
+}
+
+/// What the filter says of such an image, which is its own, without asking it.
+int DescribeForFilter(vx_source& source, const BitmapImage& image, IMAGEINFO* info) {
+  const int pageWorthSaying = image.pageCount > 1 ? image.page : 0;
+  DescribeBitmap(image, info);
+  info->Height = bmp::WrapAbsolute(info->Height);
+  info->XResolution = DpiOrDefault(info->XResolution);
+  info->YResolution = DpiOrDefault(info->YResolution);
+  const int status = FindFiltersFormat(source, image, &info->Format);
+  if (status != STATUS_OK) return Explain(status, source, pageWorthSaying, {});
+  return CheckPicture(source, pageWorthSaying, *info);
+}
+
 int LookAtPage(vx_source& source, int page, bool asFilter, IMAGEINFO* info) {
   if (page < 1) {
     return Fail({STATUS_BAD_PAGE, VX_REASON_NO_SUCH_PAGE, page}, "page ", page,
@@ -131,6 +151,7 @@ int LookAtPage(vx_source& source, int page, bool asFilter, IMAGEINFO* info) {
   if (status == STATUS_OK && image && !image->icon) status = CheckBitmap(*image);
   if (status != STATUS_OK) return Explain(status, source, 0, {});
   if (image && !image->isFilters) return DescribeOwn(source, *image, info);
+  if (image && IsBitmapOfIcon(*image)) return DescribeForFilter(source, *image, info);
   const Filter* filter = nullptr;
   status = LoadFilter(&filter);
   if (status != STATUS_OK) return status;

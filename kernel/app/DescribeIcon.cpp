@@ -7,13 +7,13 @@
 namespace vxkrn {
 namespace {
 
-/// Reads the directory of a source that must be an icon or cursor file.
+/// Reads how the directory begins of a source that must be an icon or cursor file.
 template <class Use>
 int WithDirectory(vx_source& source, const Use& use) {
   const Backend view = source.View();
   const IconReader reader(view, source.Name());
   IconDirectory directory;
-  const int status = reader.ReadDirectory(&directory);
+  const int status = reader.ReadStart(&directory);
   if (status == STATUS_OK) return use(reader, directory);
   return NameFailure(status, source.Name());
 }
@@ -32,7 +32,7 @@ int vx_directory_describe(vx_source* source, vx_directory_info* info) {
     *info = vx_directory_info{};
     return vxkrn::WithDirectory(*source, [&](const auto& /*reader*/, const auto& directory) {
       info->is_cursor = directory.isCursor ? 1 : 0;
-      info->page_count = static_cast<int>(directory.entries.size());
+      info->page_count = directory.count;
       return int{VX_OK};
     });
   });
@@ -45,12 +45,15 @@ int vx_page_describe(vx_source* source, int page, vx_page_info* info) {
     }
     *info = vx_page_info{};
     return vxkrn::WithDirectory(*source, [&](const auto& reader, const auto& directory) {
-      const auto count = static_cast<int>(directory.entries.size());
+      const int count = directory.count;
       if (page < 1 || page > count) {
         return Fail({VX_BAD_PAGE, VX_REASON_NO_SUCH_PAGE, page, count}, source->Name(), " has no page ", page,
                     ": its pages are 1 to ", count);
       }
-      const ICONDIRENTRY& entry = directory.entries[static_cast<std::size_t>(page) - 1];
+      ICONDIRENTRY entry;
+      if (!reader.ReadEntry(page, &entry)) {
+        return vxkrn::NameFailure(vxkrn::FailToReadDirectory(), source->Name());
+      }
       info->is_png = reader.IsPng(entry) ? 1 : 0;
       info->offset = entry.ImageOffset;
       info->size = entry.BytesInRes;
@@ -69,7 +72,9 @@ int vx_unreferenced_bytes(vx_source* source, uint64_t* bytes) {
       return FailForArgument("the source and the number to fill must be given");
     }
     *bytes = 0;
-    return vxkrn::WithDirectory(*source, [&](const auto& reader, const auto& directory) {
+    return vxkrn::WithDirectory(*source, [&](const auto& reader, auto& directory) {
+      const int status = reader.ReadDirectory(&directory);
+      if (status != VX_OK) return vxkrn::NameFailure(status, source->Name());
       *bytes = vxkrn::UnreferencedBytes(reader, directory);
       return int{VX_OK};
     });

@@ -5,6 +5,7 @@
 #include "base/Errors.h"
 #include "bitmap/Bitmap.h"
 #include "format/BitmapHeader.h"
+#include "format/BitmapLayout.h"
 #include "format/IconDirectory.h"
 
 namespace vxkrn {
@@ -40,21 +41,34 @@ std::string_view Hexadecimal(unsigned char byte, char (&text)[3]) {
   return {text, 2};
 }
 
+/// Pages in the directory of an icon or cursor file; 0 in others.
+uint32_t PagesListed(const vx_source& source) {
+  const ICONDIR directory = bmp::DecodeDirectory(source.BlockAt<bmp::kDirectorySize>(0));
+  return Start(source).IsIcon() ? directory.Count : uint32_t{0};
+}
+
 void ExplainShortRead(const vx_source& source, const ReadTrace& trace) {
   const int64_t size = source.Size();
+  const bool isIcon = Start(source).IsIcon();
+  const uint32_t pages = PagesListed(source);
   const Cause endsEarly = Cause(STATUS_READ_ERROR, VX_REASON_ENDS_EARLY, trace.offset).At(size);
   if (size < 0 || trace.offset + trace.got < static_cast<uint64_t>(size)) {
     Fail(Cause(STATUS_READ_ERROR, VX_REASON_SYSTEM_ERROR).At(trace.offset), "reading ", trace.asked,
          " bytes at byte ", trace.offset, " failed");
   } else if (size == 0) {
     Fail({STATUS_READ_ERROR, VX_REASON_EMPTY_FILE}, "the file is empty");
+  } else if (pages > 0 && static_cast<uint64_t>(size) < bmp::DirectoryBytes(pages)) {
+    Fail(Cause(STATUS_READ_ERROR, VX_REASON_ENDS_EARLY).At(size), "the file ends at byte ", size,
+         ", in the middle of the directory of its ", pages, " pages");
   } else if (trace.offset > static_cast<uint64_t>(size)) {
     Fail(Cause(STATUS_READ_ERROR, VX_REASON_BEHIND_END, size).At(trace.offset),
          "its data would start at byte ", trace.offset, ", but the file has ", size, " bytes");
   } else if (trace.got == 0) {
-    Fail(endsEarly, "the file ends at byte ", size, ", where more data should follow");
+    Fail(endsEarly, "the file ends at byte ", size, ", where ",
+         isIcon ? "a page should begin or go on" : "more data should follow");
   } else {
-    Fail(endsEarly, "the file ends at byte ", size, ", in the middle of what begins at byte ", trace.offset);
+    Fail(endsEarly, "the file ends at byte ", size, ", ", isIcon ? "inside a page, " : "",
+         "in the middle of what begins at byte ", trace.offset);
   }
 }
 
@@ -110,7 +124,11 @@ void ExplainBitmapHeader(const vx_source& source, uint32_t offset) {
 void ExplainIcon(const vx_source& source, const ReadTrace& trace) {
   const ICONDIR directory = bmp::DecodeDirectory(source.BlockAt<bmp::kDirectorySize>(0));
   const bool isCursor = directory.Type == bmp::kCursorType;
-  if (directory.Type != bmp::kIconType && !isCursor) {
+  const int64_t size = source.Size();
+  if (size >= 0 && size < bmp::kDirectorySize) {
+    Fail(Cause(STATUS_BAD_FORMAT, VX_REASON_ENDS_EARLY).At(size),
+         "it begins like an icon file, but ends at byte ", size, ", inside its directory");
+  } else if (directory.Type != bmp::kIconType && !isCursor) {
     Fail({STATUS_BAD_FORMAT, VX_REASON_WRONG_ICON_TYPE, directory.Type},
          "it begins like an icon file, but says it is of type ", directory.Type,
          ", which is neither 1 (icon) nor 2 (cursor)");
@@ -149,9 +167,17 @@ void ExplainHeaderLength(const vx_source& source, const ReadTrace& trace) {
   const Start start(source);
   const uint64_t offset = start.IsIcon() ? trace.offset : start.HeaderOffset();
   const uint32_t length = HeaderAt(source, offset).size;
+  const uint32_t pages = PagesListed(source);
+  if (pages > 0 && offset < bmp::DirectoryBytes(pages)) {
+    const uint32_t end = bmp::DirectoryBytes(pages);
+    Fail(Cause(STATUS_FAILURE, VX_REASON_PAGE_IN_DIRECTORY, end).At(offset), "the page at byte ", offset,
+         " lies in the directory, which ends at byte ", end);
+    return;
+  }
+  const bool isOfBitmaps = start.IsIcon() && bmp::IsHeaderSize(length);
   Fail(Cause(STATUS_FAILURE, VX_REASON_UNKNOWN_HEADER, length).At(offset), "the image header at byte ",
        offset, " says it is ", length, " bytes long; ",
-       start.IsIcon() ? "inside icons it has 40" : "no header has that length");
+       isOfBitmaps ? "in icons the filter takes 40 alone" : "no header has that length");
 }
 
 void FindReason(int status, const vx_source& source, const ReadTrace& trace) {

@@ -2,6 +2,8 @@
 #include "app/Load.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include "app/Describe.h"
 #include "app/Explain.h"
@@ -203,10 +205,35 @@ void SettleAlpha(const LoadPlan& plan, uint32_t pixelBits, _BITMAPHANDLE* record
   if (!plan.isIcon && isInUse) AddRemark(HasAlpha(*record) ? VX_REMARK_ALPHA_TAKEN : VX_REMARK_ALPHA_IGNORED);
 }
 
+/// Headerless data as if it had a header; none where the coding is another depth's.
+std::optional<BitmapImage> ImageOfRaw(const vx_raw& raw) {
+  const int codedDepth = raw.format == VX_FORMAT_RAW_RLE4 ? 4 : raw.format == VX_FORMAT_RAW_RLE8 ? 8 : 0;
+  if (codedDepth != 0 && codedDepth != raw.bits_per_pixel) return std::nullopt;
+  BitmapImage image;
+  image.decoder = bmp::Decoder::kFilter;
+  image.layout.width = raw.width;
+  image.layout.height = raw.height;
+  image.layout.depth = raw.bits_per_pixel;
+  image.layout.pixelOffset = raw.offset;
+  if (codedDepth != 0) {
+    image.layout.compression = codedDepth == 4 ? bmp::kCompressionRle4 : bmp::kCompressionRle8;
+  }
+  return image;
+}
+
+/// The image whose rows the filter decoded; none where it alone knows where they end.
+std::optional<BitmapImage> ImageOfTheFilter(const vx_source& source, const LoadPlan& plan) {
+  std::optional<BitmapImage> image = plan.image;
+  if (plan.options.raw != nullptr) return ImageOfRaw(*plan.options.raw);
+  if (!image && FindBitmap(source, plan.options.page, &image) != STATUS_OK) Detail().Clear();
+  const bool isKnown = image && image->decoder == bmp::Decoder::kFilter && (plan.image || image->isFilters);
+  return isKnown ? image : std::nullopt;
+}
+
 /// Rows of the band that the file has, where the filter decoded them and did not say.
-int RowsPresent(const vx_source& source, const LoadPlan& plan) {
-  const bmp::BitmapLayout& layout = plan.image->layout;
-  const bool isPlain = IsPlain(layout, plan.image->decoder);
+int RowsPresent(const vx_source& source, const LoadPlan& plan, const BitmapImage& image) {
+  const bmp::BitmapLayout& layout = image.layout;
+  const bool isPlain = IsPlain(layout, image.decoder);
   const int there = isPlain ? RowsThere(source, layout) : RowsCoded(source, layout);
   const int first = FirstStoredRow(plan.bandFirst, plan.bandCount, plan.info.Height, plan.info.Orientation);
   return std::clamp(there - first, 0, plan.bandCount);
@@ -220,8 +247,10 @@ void RemarkOn(const vx_source& source, const LoadPlan& plan, vx_bitmap* picture)
     const auto taken = static_cast<int64_t>(layout.pixelOffset);
     if (layout.isOffsetMended) AddRemark(VX_REMARK_OFFSET_MENDED, layout.dataOffset, taken);
     if (!layout.hasFileHeader && !plan.isIcon) AddRemark(VX_REMARK_NO_FILE_HEADER, layout.headerSize);
-    const bool isFilters = !plan.IsDecodedHere() && plan.image->decoder == bmp::Decoder::kFilter;
-    if (isFilters && !plan.isPng) picture->rowsPresent = RowsPresent(source, plan);
+  }
+  if (!plan.IsDecodedHere() && !plan.isPng && plan.info.Format != FMT_PNG) {
+    const std::optional<BitmapImage> image = ImageOfTheFilter(source, plan);
+    if (image) picture->rowsPresent = RowsPresent(source, plan, *image);
   }
   if (picture->rowsPresent < picture->record.Height) {
     AddRemark(VX_REMARK_ROWS_MISSING, picture->rowsPresent, picture->record.Height);

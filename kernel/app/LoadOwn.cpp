@@ -36,7 +36,7 @@ int ReadRows(const vx_source& source, const LoadPlan& plan, RowReader& reader, v
     if (has32) *pixelBits |= PixelBits(pixels, static_cast<std::size_t>(picture->record.Width));
   }
   if (status == STATUS_OK || !Detail().Empty()) return status;
-  const bool isLastRow = row == plan.info.Height && IsPlain(plan.image->layout, plan.image->decoder);
+  const bool isLastRow = row == plan.bandCount && IsPlain(plan.image->layout, plan.image->decoder);
   // Run-length data may end anywhere, in every coding alike; what is missing is remarked on.
   const bmp::Decoder decoder = plan.image->decoder;
   const bool isRunLength = decoder == bmp::Decoder::kRle24 || decoder == bmp::Decoder::kRunOn;

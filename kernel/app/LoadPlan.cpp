@@ -20,6 +20,10 @@ int CheckOptions(vx_load_options* options) {
                            "; it must be even and 2 or more, or 0");
   }
   const int order = options->color_order;
+  if (const unsigned int unknown = options->flags & ~unsigned{VX_LOAD_AS_FILTER | VX_LOAD_TO_SRGB};
+      unknown != 0) {
+    return FailForArgument("flags are ", options->flags, ", but ", unknown, " means nothing");
+  }
   if (options->alpha < VX_ALPHA_IGNORE || options->alpha > VX_ALPHA_FORCE) {
     return FailForArgument("alpha is ", options->alpha, "; it must be VX_ALPHA_IGNORE, AUTO or FORCE");
   }
@@ -142,6 +146,12 @@ int CheckRowsThere(const vx_source& source, const LoadPlan& plan, int there) {
               "the file ends at byte ", size, ": ", there, " of its ", layout.height, " rows are there");
 }
 
+/// Whether the last row is missing, and padding of the one before it, too: the filter wants that.
+bool LacksPadding(const vx_source& source, const bmp::BitmapLayout& layout, int there) {
+  const uint64_t end = layout.pixelOffset + layout.StoredStride() * static_cast<uint64_t>(there);
+  return there == layout.height - 1 && source.Size() >= 0 && static_cast<uint64_t>(source.Size()) < end;
+}
+
 /// Decides who finds the rows and refuses a picture that the file cannot hold.
 int PlanRows(const vx_source& source, LoadPlan* plan) {
   BitmapImage& image = *plan->image;
@@ -154,7 +164,9 @@ int PlanRows(const vx_source& source, LoadPlan* plan) {
   const int there = RowsThere(source, image.layout);
   // The filter decodes an icon whole, with all the rows that its header speaks of, there or not.
   const bool isCutIcon = image.icon && there < image.layout.height;
-  if (isCutIcon || (plan->bandCount < plan->info.Height && !IsWithinReach(*plan))) image.isFilters = false;
+  if (isCutIcon || LacksPadding(source, image.layout, there) ||
+      (plan->bandCount < plan->info.Height && !IsWithinReach(*plan)))
+    image.isFilters = false;
   return CheckRowsThere(source, *plan, there);
 }
 
@@ -172,7 +184,8 @@ int PlanLoad(vx_source& source, const vx_load_options* options, LoadPlan* plan) 
   if (status != STATUS_OK) return status;
   if (raw == nullptr && !asFilter) status = FindBitmap(source, plan->options.page, &plan->image);
   if (status == STATUS_OK && plan->image) status = PlanRows(source, plan);
-  if (status != STATUS_OK) return NameFailure(status, source.Name());
+  const int pageWorthSaying = plan->info.TotalPages > 1 ? plan->options.page : 0;
+  if (status != STATUS_OK) return NameFailure(status, source.Name(), pageWorthSaying);
   plan->isIcon = IsIcon(plan->info) || (plan->image && plan->image->icon);
   plan->isPng = IsPngPage(plan->info);
   // An icon's mask follows its last row, and a run cannot be started in the middle.

@@ -1,6 +1,6 @@
-// Editing icon and cursor files. A transaction is a copy of the file in memory (EditFile), edited by the
-// filter, and by beyond/PageWriter, as any file is. The filter trusts its caller about the file, so
-// everything it would have to ask is looked at here first.
+// Editing icon and cursor files. A transaction is a copy of the file in memory (EditFile), edited as a draft
+// (IconDraft) that is put together in the end. In place the filter edits the file itself. It trusts its
+// caller about that, so everything it would have to ask is looked at here first.
 #include "format/PageSlot.h"
 #include "format/SaveRules.h"
 
@@ -9,13 +9,14 @@
 
 #include "app/Describe.h"
 #include "base/Errors.h"
-#include "beyond/IconFile.h"
+#include "beyond/IconDraft.h"
 #include "beyond/PageWriter.h"
 #include "files/EditFile.h"
 #include "filter/FilterCalls.h"
 
 struct vx_edit : vxkrn::EditFile {
-  bool isSpoilt = false;  ///< an edit failed half way
+  vxkrn::IconDraft draft{copy};  ///< of the copy, unless edits go to the file itself
+  bool isSpoilt = false;         ///< an edit failed half way
   bool isDone = false;
 };
 
@@ -25,24 +26,29 @@ namespace {
 using bmp::kMostPages;
 constexpr int kMostHotSpot = 0xFFFF;
 
-int CheckIsIcon(const vx_edit& edit) {
+int ReadDirectory(const vx_edit& edit, IconDirectory* directory) {
   const IconReader reader(edit.backend, edit.path.c_str());
-  IconDirectory directory;
-  const int status = reader.ReadDirectory(&directory);
+  const int status = reader.ReadDirectory(directory);
   return status == STATUS_OK ? status : NameFailure(status, edit.path);
 }
 
 int Open(vx_edit* edit, unsigned int flags) {
   const int status = edit->Open(flags);
-  return status == STATUS_OK && (flags & VX_EDIT_NEW) == 0 ? CheckIsIcon(*edit) : status;
+  if (status != STATUS_OK || (flags & VX_EDIT_NEW) != 0) return status;
+  IconDirectory directory;
+  if (edit->inPlace) return ReadDirectory(*edit, &directory);
+  const int read = edit->draft.Read();
+  return read == STATUS_OK ? read : NameFailure(read, edit->path);
 }
 
 /// What an edit finds when it begins.
 struct State {
   bool isEmpty = false;  ///< a new file without pages yet
-  IconDirectory directory;
+  bool isCursor = false;
+  int count = 0;
+  IconDirectory inPlace;  ///< of a file that is edited in place
 
-  [[nodiscard]] int Count() const { return static_cast<int>(directory.entries.size()); }
+  [[nodiscard]] int Count() const { return count; }
 };
 
 int Begin(const vx_edit* edit, State* state) {
@@ -53,11 +59,18 @@ int Begin(const vx_edit* edit, State* state) {
     return Fail({STATUS_BAD_PARAMETER, VX_REASON_EDIT_IS_OVER}, edit->path,
                 ": an earlier edit failed half way");
   }
-  state->isEmpty = !edit->inPlace && edit->copy.Size() == 0;
-  if (state->isEmpty) return STATUS_OK;
-  const IconReader reader(edit->backend, edit->path.c_str());
-  const int status = reader.ReadDirectory(&state->directory);
-  return status == STATUS_OK ? status : NameFailure(status, edit->path);
+  state->isEmpty = !edit->inPlace && edit->draft.Count() == 0 && edit->copy.Size() == 0;
+  state->isCursor = edit->draft.IsCursor();
+  state->count = edit->draft.Count();
+  if (!edit->inPlace) return STATUS_OK;
+  const int status = ReadDirectory(*edit, &state->inPlace);
+  state->isCursor = state->inPlace.isCursor;
+  state->count = state->inPlace.count;
+  return status;
+}
+
+const ICONDIRENTRY& EntryOf(const vx_edit& edit, const State& state, int page) {
+  return edit.inPlace ? state.inPlace.entries[static_cast<std::size_t>(page) - 1] : edit.draft.Entry(page);
 }
 
 int CheckPage(const vx_edit& edit, const State& state, int page) {
@@ -78,7 +91,7 @@ int PlanPage(const vx_edit& edit, const State& state, const vx_bitmap& picture,
   vx_save_options chosen = VX_SAVE_OPTIONS_DEFAULT;
   chosen.format = 0;
   if (options != nullptr) chosen = *options;
-  const bool isCursor = !state.isEmpty && state.directory.isCursor;
+  const bool isCursor = !state.isEmpty && state.isCursor;
   const bool isOpen = chosen.format == 0;
   if (isOpen) chosen.format = isCursor ? FMT_CUR : FMT_ICO;
   const bool isForCursor = chosen.format == FMT_CUR;
@@ -95,17 +108,33 @@ int PlanPage(const vx_edit& edit, const State& state, const vx_bitmap& picture,
 }
 
 int SetHotSpot(vx_edit* edit, int page, HotSpot hotSpot) {
-  return End(edit, WriteHotSpot(edit->backend, edit->path.c_str(), page, hotSpot));
+  if (edit->inPlace) return End(edit, WriteHotSpot(edit->backend, edit->path.c_str(), page, hotSpot));
+  edit->draft.SetHotSpot(page, hotSpot);
+  return STATUS_OK;
 }
 
-/// Writes the picture where `flags` say, as page `page`; as the first page of a file that is new.
-int PutPage(vx_edit* edit, const State& state, unsigned int flags, int page, SavePlan* plan) {
+int Delete(vx_edit* edit, int page) {
+  if (edit->inPlace) return End(edit, DeletePage(edit->backend, edit->path.c_str(), page));
+  edit->draft.Delete(page);
+  return STATUS_OK;
+}
+
+enum class Put { kInsert, kReplace };
+
+int PutIntoDraft(vx_edit* edit, const State& state, Put how, int page, SavePlan* plan) {
+  const char* name = edit->path.c_str();
+  if (state.isEmpty) return edit->draft.Begin(name, plan);
+  return how == Put::kInsert ? edit->draft.Insert(name, page, plan) : edit->draft.Replace(name, page, plan);
+}
+
+/// Writes the picture as page `page`.
+int PutPage(vx_edit* edit, const State& state, Put how, int page, SavePlan* plan) {
   SAVEOPTIONS options = NewFile();
-  if (!state.isEmpty) {
-    options.Flags = flags;
-    options.PageNumber = page;
-  }
-  const int status = End(edit, SavePage(edit->backend, edit->path.c_str(), options, page, plan));
+  options.Flags = how == Put::kInsert ? SAVE_PAGE_INSERT : SAVE_PAGE_REPLACE;
+  options.PageNumber = page;
+  const int written = edit->inPlace ? SavePage(edit->backend, edit->path.c_str(), options, page, plan)
+                                    : PutIntoDraft(edit, state, how, page, plan);
+  const int status = End(edit, written);
   if (status == STATUS_OK) RemarkOnLosses(*plan, page);
   return status;
 }
@@ -118,15 +147,15 @@ int Insert(vx_edit* edit, const State& state, int page, const vx_bitmap& picture
   }
   SavePlan plan = {};
   const int status = PlanPage(*edit, state, picture, options, &plan);
-  return status == STATUS_OK ? PutPage(edit, state, SAVE_PAGE_INSERT, page, &plan) : status;
+  return status == STATUS_OK ? PutPage(edit, state, Put::kInsert, page, &plan) : status;
 }
 
 int Replace(vx_edit* edit, const State& state, int page, const vx_bitmap& picture,
             const vx_save_options* options) {
   SavePlan plan = {};
   const int status = PlanPage(*edit, state, picture, options, &plan);
-  plan.hotSpot = HotSpotOf(state.directory.entries[static_cast<std::size_t>(page) - 1]);
-  return status == STATUS_OK ? PutPage(edit, state, SAVE_PAGE_REPLACE, page, &plan) : status;
+  plan.hotSpot = HotSpotOf(EntryOf(*edit, state, page));
+  return status == STATUS_OK ? PutPage(edit, state, Put::kReplace, page, &plan) : status;
 }
 
 /// Runs one edit. @param edits gets the state and returns a status
@@ -208,7 +237,7 @@ int vx_edit_delete(vx_edit* edit, int page) {
     if (status != STATUS_OK) return status;
     if (state.Count() == 1)
       return Fail({VX_LAST_PAGE, VX_REASON_LAST_PAGE}, edit->path, ": its only page cannot go");
-    return vxkrn::End(edit, vxkrn::DeletePage(edit->backend, edit->path.c_str(), page));
+    return vxkrn::Delete(edit, page);
   });
 }
 
@@ -216,7 +245,7 @@ int vx_edit_set_hot_spot(vx_edit* edit, int page, int x, int y) {
   return RunEdit(edit, [&](const State& state) {
     const int status = vxkrn::CheckPage(*edit, state, page);
     if (status != STATUS_OK) return status;
-    if (!state.directory.isCursor) {
+    if (!state.isCursor) {
       return Fail({VX_NOT_SUPPORTED, VX_REASON_NOT_A_CURSOR}, edit->path,
                   " is an icon file; only cursors have hot spots");
     }
@@ -232,7 +261,7 @@ int vx_edit_compact(vx_edit* edit) {
   return RunEdit(edit, [&](const State& /*state*/) {
     if (edit->inPlace)
       return Fail({VX_NOT_SUPPORTED, VX_REASON_NOT_IN_PLACE}, edit->path, " cannot be compacted in place");
-    const int status = vxkrn::Compact(&edit->copy);
+    const int status = edit->draft.Compact();
     return status == STATUS_OK ? status : vxkrn::NameFailure(status, edit->path);
   });
 }
@@ -243,7 +272,8 @@ int vx_edit_commit(vx_edit* edit) {
       return Fail({VX_BAD_PARAMETER, VX_REASON_NO_PAGES}, edit->path,
                   ": a file without pages cannot be stored");
     }
-    const int status = edit->Commit();
+    int status = edit->inPlace ? VX_OK : edit->draft.PutTogether();
+    if (status == STATUS_OK) status = edit->Commit();
     if (status == STATUS_OK && !edit->inPlace) edit->isDone = true;
     return vxkrn::End(edit, status);
   });

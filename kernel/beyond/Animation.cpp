@@ -48,9 +48,10 @@ uint64_t IconFileBytes(const vx_source& source, uint64_t offset) noexcept {
 /// From chunk to chunk, none twice.
 class ChunkWalk {
  public:
-  ChunkWalk(const vx_source& source, Animation* animation) noexcept
+  ChunkWalk(const vx_source& source, Animation* animation, memory::Vector<ChunkPlace>* chunks) noexcept
       : source_(source),
         animation_(*animation),
+        chunks_(chunks),
         fileSize_(
             std::min<uint64_t>(static_cast<uint64_t>(std::max<int64_t>(source.Size(), 0)), kLastPosition)) {}
 
@@ -128,11 +129,17 @@ class ChunkWalk {
       const bool isOfFrames = WordAt(source_, begin) == chunk::kFrames;
       if (header.size > fileSize_ - begin) RemarkOnSize(begin - kWord, header.size);
       if (isOfFrames) frameList_ = {begin, begin + header.size};
+      List(header, at, bmp::kListHeaderSize);
       return at + bmp::kListHeaderSize;
     }
     const Content content = Measure(header, begin);
     Keep(header, content.extent);
+    List(header, at, header.name == chunk::kFrame ? bmp::kChunkHeaderSize : content.next - at);
     return content.next;
+  }
+
+  void List(const ChunkHeader& header, uint64_t at, uint64_t length) const {
+    if (chunks_ != nullptr) chunks_->push_back({header.name, at, length});
   }
 
   void Keep(const ChunkHeader& header, const Extent& extent) {
@@ -182,6 +189,7 @@ class ChunkWalk {
 
   const vx_source& source_;
   Animation& animation_;
+  memory::Vector<ChunkPlace>* chunks_;
   uint64_t fileSize_;
   uint64_t riffEnd_ = 0;
   uint64_t headerAt_ = 0;
@@ -203,8 +211,8 @@ bool IsAnimation(const vx_source& source) noexcept {
          bmp::LoadU32(view, bmp::chunk_at::kListOf) == chunk::kAnimation;
 }
 
-int FindAnimation(const vx_source& source, Animation* animation) {
-  ChunkWalk(source, animation).Run();
+int FindAnimation(const vx_source& source, Animation* animation, memory::Vector<ChunkPlace>* chunks) {
+  ChunkWalk(source, animation, chunks).Run();
   if (!animation->frames.empty()) return STATUS_OK;
   return Fail({STATUS_BAD_FORMAT, VX_REASON_NO_PAGES}, source.Name(),
               ": it begins like an animated cursor, but there is no frame in it");

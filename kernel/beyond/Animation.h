@@ -26,13 +26,21 @@ struct AnimationStep {
   uint32_t jiffies;  ///< sixtieths of a second
 };
 
+/// A chunk: of lists and frames its header alone, of others with what is in it.
+struct ChunkPlace {
+  uint32_t name;
+  uint64_t at;
+  uint64_t length;
+};
+
 /// Whether the source begins like an animated cursor.
 [[nodiscard]] bool IsAnimation(const vx_source& source) noexcept;
 
 /// Finds the chunks of a source that begins like an animated cursor, and remarks on the first size or count
-/// that lies. Throws std::bad_alloc.
+/// that lies. Throws std::bad_alloc. @param chunks receives them all in their order; may be null
 /// @return STATUS_OK, or STATUS_BAD_FORMAT with its detail set where there is no frame
-[[nodiscard]] int FindAnimation(const vx_source& source, Animation* animation);
+[[nodiscard]] int FindAnimation(const vx_source& source, Animation* animation,
+                                memory::Vector<ChunkPlace>* chunks = nullptr);
 
 /// @param step from 0, below the number of steps
 [[nodiscard]] AnimationStep StepAt(const vx_source& source, const Animation& animation,

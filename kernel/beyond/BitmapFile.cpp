@@ -34,13 +34,10 @@ bool ReadLayout(const vx_source& source, uint64_t offset, bool hasFileHeader, ui
 
 /// Headers without a file header before them must have every field right: any file could begin so.
 bool IsBareHeader(const vx_source& source, BitmapLayout* layout) noexcept {
-  constexpr uint32_t kSizes[] = {bmp::kCoreHeaderSize,   bmp::kInfoHeaderSize, bmp::kMasks3HeaderSize,
-                                 bmp::kMasks4HeaderSize, bmp::kOs2HeaderSize,  bmp::kV4HeaderSize,
-                                 bmp::kV5HeaderSize};
   const auto start = source.BlockAt<bmp::kLeastLongHeader>(0);
   const bmp::View<bmp::kLeastLongHeader> view(start);
   const uint32_t size = bmp::LoadU32(view, bmp::info_at::kSize);
-  if (std::find(std::begin(kSizes), std::end(kSizes), size) == std::end(kSizes)) return false;
+  if (!bmp::IsHeaderSize(size)) return false;
   const auto planes =
       bmp::LoadU16(view, size == bmp::kCoreHeaderSize ? bmp::core_at::kPlanes : bmp::info_at::kPlanes);
   if (planes != 1 || !ReadLayout(source, 0, false, 0, layout)) return false;
@@ -99,6 +96,17 @@ int FailForHeader(const BitmapLayout& layout, int64_t size) noexcept {
   return Fail(Cause(STATUS_BAD_FORMAT, VX_REASON_HEADER_CUT, layout.headerOffset, layout.headerSize).At(size),
               "the image header at byte ", layout.headerOffset, " says it is ", layout.headerSize,
               " bytes long, but the file ends at byte ", size);
+}
+
+int FailForCutMasks(const BitmapLayout& layout, int64_t size) noexcept {
+  const uint64_t begin = layout.headerOffset + layout.headerSize;
+  return Fail(Cause(STATUS_READ_ERROR, VX_REASON_ENDS_EARLY, begin).At(size), "the file ends at byte ", size,
+              ", inside its colour masks, which begin at byte ", begin);
+}
+
+int FailForOs2Icon(uint64_t fileHeader) noexcept {
+  return Fail(Cause(STATUS_BAD_FORMAT, VX_REASON_PAGE_DAMAGED).At(fileHeader),
+              "the OS/2 icon or pointer at byte ", fileHeader, " is not complete or not usable");
 }
 
 /// Where the filter looks for the end of the colour table.
@@ -175,6 +183,7 @@ int FormatOf(const BitmapImage& image) noexcept {
 
 std::string_view CompressionWord(Decoder decoder, const BitmapLayout& layout) noexcept {
   switch (decoder) {
+    case Decoder::kFields: return layout.masks.alpha != 0 ? "alpha bit fields" : "bit fields";
     case Decoder::kRle24: return "RLE24";
     case Decoder::kHuffman: return "Huffman 1D";
     case Decoder::kJpeg: return "JPEG";
@@ -220,7 +229,8 @@ int FindBitmap(const vx_source& source, int page, std::optional<BitmapImage>* fo
     const auto file = bmp::DecodeFileHeader(source.BlockAt<bmp::kFileHeaderSize>(fileHeader));
     if (page > image.pageCount) return STATUS_OK;
     if (IsOs2IconSignature(file.signature)) {
-      if (FindOs2Icon(source, fileHeader, &image)) *found = image;
+      if (!FindOs2Icon(source, fileHeader, &image)) return FailForOs2Icon(fileHeader);
+      *found = image;
       return STATUS_OK;
     }
     if (file.signature != bmp::kBitmapSignature) return STATUS_OK;
@@ -237,6 +247,9 @@ int FindBitmap(const vx_source& source, int page, std::optional<BitmapImage>* fo
   const int64_t size = source.Size();
   if (size >= 0 && layout->headerOffset + layout->headerSize > static_cast<uint64_t>(size)) {
     return FailForHeader(*layout, size);
+  }
+  if (size >= 0 && layout->HasFields() && layout->paletteOffset > static_cast<uint64_t>(size)) {
+    return FailForCutMasks(*layout, size);
   }
   const int status = ChooseDecoder(source, &image);
   if (status == STATUS_OK) *found = image;

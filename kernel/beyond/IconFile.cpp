@@ -61,8 +61,12 @@ class Relocation {
 
 }  // namespace
 
+int FailToReadDirectory() {
+  return Fail({STATUS_READ_ERROR, VX_REASON_SYSTEM_ERROR}, "its directory cannot be read");
+}
+
 uint64_t IconDirectory::Bytes() const noexcept {
-  return DirectoryBytes(static_cast<uint32_t>(entries.size()));
+  return DirectoryBytes(static_cast<uint32_t>(count));
 }
 
 bool IconReader::ReadEntry(int page, ICONDIRENTRY* entry) const noexcept {
@@ -99,7 +103,7 @@ bool IconReader::ReadAt(uint64_t position, void* bytes, uint32_t count) const no
   return true;
 }
 
-int IconReader::ReadDirectory(IconDirectory* directory) const {
+int IconReader::ReadStart(IconDirectory* directory) const {
   if (file_ == nullptr) return Fail({STATUS_OPEN_ERROR, VX_REASON_SYSTEM_ERROR}, "it cannot be opened");
   const int64_t size = backend_.functions.size(backend_.user, file_);
   bmp::Block<bmp::kDirectorySize> bytes{};
@@ -110,14 +114,18 @@ int IconReader::ReadDirectory(IconDirectory* directory) const {
   if (!isIcon) return Fail({STATUS_BAD_FORMAT, VX_REASON_NOT_AN_ICON}, "it is no icon or cursor file");
   directory->fileSize = static_cast<uint64_t>(size);
   directory->isCursor = start.Type == bmp::kCursorType;
-  if (directory->fileSize < DirectoryBytes(start.Count)) {
-    return Fail(Cause(STATUS_READ_ERROR, VX_REASON_ENDS_EARLY).At(size), "the file ends at byte ", size,
-                ", in the middle of the directory of its ", start.Count, " pages");
-  }
-  std::vector<bmp::Block<bmp::kEntrySize>> entries(start.Count);
-  if (!ReadAt(bmp::kDirectorySize, entries.data(), bmp::kEntrySize * start.Count)) {
-    return Fail({STATUS_READ_ERROR, VX_REASON_SYSTEM_ERROR}, "its directory cannot be read");
-  }
+  directory->count = start.Count;
+  if (directory->fileSize >= directory->Bytes()) return STATUS_OK;
+  return Fail(Cause(STATUS_READ_ERROR, VX_REASON_ENDS_EARLY).At(size), "the file ends at byte ", size,
+              ", in the middle of the directory of its ", start.Count, " pages");
+}
+
+int IconReader::ReadDirectory(IconDirectory* directory) const {
+  if (const int status = ReadStart(directory); status != STATUS_OK) return status;
+  const auto count = static_cast<uint32_t>(directory->count);
+  std::vector<bmp::Block<bmp::kEntrySize>> entries(count);
+  if (!ReadAt(bmp::kDirectorySize, entries.data(), bmp::kEntrySize * count)) return FailToReadDirectory();
+  directory->entries.reserve(count);
   for (const auto& entry : entries) directory->entries.push_back(bmp::DecodeEntry(entry));
   return STATUS_OK;
 }

@@ -9,15 +9,19 @@
 
 namespace vxkrn {
 
-/// A directory, read whole.
+/// A directory that the file has whole.
 struct IconDirectory {
   uint64_t fileSize = 0;
   bool isCursor = false;
-  std::vector<ICONDIRENTRY> entries;
+  int count = 0;                      ///< of pages
+  std::vector<ICONDIRENTRY> entries;  ///< of all pages, once they are read
 
   /// How long it is in the file.
   [[nodiscard]] uint64_t Bytes() const noexcept;
 };
+
+/// @return STATUS_READ_ERROR, with its detail set, for a directory that the file has, and that does not come
+[[nodiscard]] int FailToReadDirectory();
 
 /// The hot spot in a cursor's entry. It stands where an icon has planes and depth.
 [[nodiscard]] constexpr HotSpot HotSpotOf(const ICONDIRENTRY& entry) noexcept {
@@ -40,7 +44,10 @@ class IconReader {
   IconReader(const IconReader&) = delete;
   IconReader& operator=(const IconReader&) = delete;
 
-  /// Throws std::bad_alloc. @return STATUS_OK, or a failure with its detail set that does not name the file
+  /// Reads how the directory begins, but no entries. @return STATUS_OK, or a failure with its detail set that
+  /// does not name the file
+  [[nodiscard]] int ReadStart(IconDirectory* directory) const;
+  /// Reads all of it. Throws std::bad_alloc. @return as ReadStart
   [[nodiscard]] int ReadDirectory(IconDirectory* directory) const;
   /// Reads the entry of page `page` alone, from 1, whatever the directory says. @return false where the file
   /// ends before it

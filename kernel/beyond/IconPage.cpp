@@ -32,13 +32,6 @@ int SideOf(uint8_t stated) noexcept {
   return stated == 0 ? bmp::kLargeIcon : stated;
 }
 
-bool IsIconHeader(uint32_t size) noexcept {
-  constexpr uint32_t kSizes[] = {bmp::kCoreHeaderSize,   bmp::kInfoHeaderSize, bmp::kMasks3HeaderSize,
-                                 bmp::kMasks4HeaderSize, bmp::kOs2HeaderSize,  bmp::kV4HeaderSize,
-                                 bmp::kV5HeaderSize};
-  return std::find(std::begin(kSizes), std::end(kSizes), size) != std::end(kSizes);
-}
-
 /// The entries of the pages, all but `page`; none where they are too many.
 template <class Use>
 void ForNeighbours(const vx_source& source, int page, const Use& use) noexcept {
@@ -116,7 +109,7 @@ int FindBitmapPage(const vx_source& source, BitmapImage image, std::optional<Bit
   const uint32_t got = source.Peek(bytes.data(), bytes.size(), part.bodyOffset);
   const uint32_t size = bmp::DeclaredHeaderSize(bmp::Slice<bmp::kCoreHeaderSize>(bytes, 0));
   const bool isInfo = size == bmp::kInfoHeaderSize;
-  if (got < sizeof(uint32_t) || !IsIconHeader(size) || (isInfo && got < size)) return STATUS_OK;
+  if (got < sizeof(uint32_t) || !bmp::IsHeaderSize(size) || (isInfo && got < size)) return STATUS_OK;
   layout = bmp::LayOut(bytes, part.bodyOffset, false, 0);
   if (got < size) return FailForHeader(layout, FileSize(source));
   if (layout.depth > 8) layout.pixelOffset = layout.PaletteEnd();  // no reader of icons passes over more
@@ -149,23 +142,6 @@ int FindPngPage(const vx_source& source, BitmapImage image, std::optional<Bitmap
   image.isFilters = part.kind == Kind::kIcon && (isSaidRight || body.size == 0);
   *found = image;
   return STATUS_OK;
-}
-
-bool IsPngAt(const vx_source& source, uint64_t offset) noexcept {
-  const auto start = source.BlockAt<bmp::kPngSignatureSize>(offset);
-  return std::find(std::begin(bmp::kPngSignatures), std::end(bmp::kPngSignatures), start) !=
-         std::end(bmp::kPngSignatures);
-}
-
-/// Whether a page makes its file one of the newer kind, by the filter's rule: it looks into bitmaps only
-/// where the entry leaves a side open.
-bool IsNewerPage(const vx_source& source, int page) noexcept {
-  const ICONDIRENTRY entry = bmp::DecodeEntry(source.BlockAt<bmp::kEntrySize>(bmp::EntryOffset(page)));
-  if (IsPngAt(source, entry.ImageOffset)) return true;
-  if (entry.Width != 0 && entry.Height != 0) return false;
-  const auto header =
-      bmp::DecodeInfoHeader(source.BlockAt<bmp::kInfoHeaderSize>(uint64_t{entry.ImageOffset}));
-  return header.width == bmp::kLargeIcon || header.height == bmp::kLargeIcon;
 }
 
 void RemarkOnEntry(const BitmapImage& image, uint64_t fileSize, int page) noexcept {
@@ -208,19 +184,9 @@ int FindIconPage(const vx_source& source, int page, std::optional<BitmapImage>* 
   if (part.kind == Kind::kCursor) part.hotSpot = {part.entry.Planes, part.entry.BitCount};
   if (part.bodyOffset >= FileSize(source)) return STATUS_OK;
   image.icon = part;
-  return IsPngAt(source, part.bodyOffset) ? FindPngPage(source, image, found)
+  const auto start = source.BlockAt<bmp::kPngSignatureSize>(part.bodyOffset);
+  return bmp::IsOneOfPngSignatures(start) ? FindPngPage(source, image, found)
                                           : FindBitmapPage(source, image, found);
-}
-
-int FormatOfIconFile(vx_source& source) noexcept {
-  const ICONDIR directory = bmp::DecodeDirectory(source.BlockAt<bmp::kDirectorySize>(0));
-  if (directory.Type == bmp::kCursorType) return FMT_CUR;
-  if (source.iconFormat != 0) return source.iconFormat;
-  source.iconFormat = FMT_ICO;
-  for (int page = 1; page <= directory.Count && source.iconFormat == FMT_ICO; ++page) {
-    if (IsNewerPage(source, page)) source.iconFormat = FMT_VISTA_ICO;
-  }
-  return source.iconFormat;
 }
 
 void RemarkOnPage(const vx_source& source, const BitmapImage& image) noexcept {

@@ -11,9 +11,6 @@ namespace vxkrn {
 /// @return STATUS_OK, or a failure with its detail set that does not name the file
 [[nodiscard]] int FindIconPage(const vx_source& source, int page, std::optional<BitmapImage>* found) noexcept;
 
-/// FMT_CUR, or the FMT_ICO or FMT_VISTA_ICO that all pages of an icon file have in common; looked for once.
-[[nodiscard]] int FormatOfIconFile(vx_source& source) noexcept;
-
 /// Remarks on what is odd about the page of an image that has an IconPart, but for what is missing of it.
 void RemarkOnPage(const vx_source& source, const BitmapImage& image) noexcept;
 

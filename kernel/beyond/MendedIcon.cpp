@@ -16,17 +16,17 @@ bool MendedIcon::MendFor(int page) {
   const Backend view = source_.View();
   const IconReader reader(view, source_.Name());
   IconDirectory directory;
+  if (reader.ReadStart(&directory) != STATUS_OK || page < 1 || page > directory.count) return false;
+  ICONDIRENTRY asked;
+  if (!reader.ReadEntry(page, &asked) || !reader.IsWithinReach(asked)) return false;
   if (reader.ReadDirectory(&directory) != STATUS_OK) return false;
-  if (page < 1 || page > static_cast<int>(directory.entries.size())) return false;
-  const ICONDIRENTRY asked = directory.entries[static_cast<std::size_t>(page) - 1];
-  if (!reader.IsWithinReach(asked)) return false;
   bool isMended = false;
   for (ICONDIRENTRY& entry : directory.entries) {
     if (reader.IsWithinReach(entry)) continue;
     entry = asked;
     isMended = true;
   }
-  pageCount_ = static_cast<int>(directory.entries.size());
+  pageCount_ = directory.count;
   // A count that is too high makes entries of the pages themselves: the page asked for must not be covered.
   if (asked.ImageOffset < directory.Bytes()) directory.entries.resize(static_cast<std::size_t>(page));
   ICONDIR shown = start;

@@ -7,7 +7,9 @@
 namespace vxkrn {
 namespace {
 
-enum Code : uint8_t { kEndOfLine = 0, kEndOfBitmap = 1, kDelta = 2 };
+using bmp::kDelta;
+using bmp::kEndOfBitmap;
+
 constexpr int kPixelBytes = 3;
 
 }  // namespace

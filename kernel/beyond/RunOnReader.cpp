@@ -7,9 +7,9 @@
 namespace vxkrn {
 namespace {
 
-constexpr int kEndOfLine = 0;
-constexpr int kEndOfBitmap = 1;
-constexpr int kDelta = 2;
+using bmp::kDelta;
+using bmp::kEndOfBitmap;
+using bmp::kEndOfLine;
 
 int LiteralBytes(int count, int depth) noexcept {
   return depth == 4 ? (count + 1) / 2 : count;

@@ -125,10 +125,26 @@ constexpr int RoundedUp(int dividend, int divisor) noexcept {
   return dividend / divisor + (dividend % divisor != 0 ? 1 : 0);
 }
 
+/// The numbers of the smaller picture mean what those of the larger one do.
+int CopyColorSpace(const ColorSpace& from, ColorSpace* to) noexcept {
+  to->kind = from.kind;
+  to->calibration = from.calibration;
+  to->intent = from.intent;
+  if (from.profile == nullptr) return STATUS_OK;
+  const std::size_t closing0 = from.kind == VX_COLOR_SPACE_LINKED ? 1 : 0;
+  const std::size_t size = from.profileSize + closing0;
+  to->profile = memory::MakeBytes(size, {"kernel/Shrink", __LINE__});
+  if (to->profile == nullptr) return FailForMemory("its colour profile", size);
+  std::copy_n(from.profile.get(), size, to->profile.get());
+  to->profileSize = from.profileSize;
+  return STATUS_OK;
+}
+
 int Shrink(const vx_bitmap& picture, int largestSide, memory::Owned<vx_bitmap>* smaller) {
   const _BITMAPHANDLE& record = picture.record;
   const int factor = RoundedUp(std::max(record.Width, record.Height), largestSide);
-  const int status = MakePicture(RoundedUp(record.Width, factor), RoundedUp(record.Height, factor), smaller);
+  int status = MakePicture(RoundedUp(record.Width, factor), RoundedUp(record.Height, factor), smaller);
+  if (status == STATUS_OK) status = CopyColorSpace(picture.colorSpace, &(*smaller)->colorSpace);
   if (status != STATUS_OK) return status;
   if (factor == 1) {
     Copy(picture, smaller->get());

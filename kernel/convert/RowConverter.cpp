@@ -39,8 +39,9 @@ bool IsAsWanted(const _BITMAPHANDLE& bitmap, const RowTarget& target) {
 RowConverter::RowConverter(LazyCensus& census, const RowTarget& target)
     : rows_(census.Bitmap()), target_(target), copies_(IsAsWanted(census.Bitmap(), target)) {
   if (target.bitsPerPixel > 8) return;
-  indices_.resize(static_cast<std::size_t>(rows_.Bitmap().Width));
   ChooseIndices(census);
+  if (copies_) return;
+  indices_.resize(static_cast<std::size_t>(rows_.Bitmap().Width));
 }
 
 void RowConverter::ChooseIndices(LazyCensus& census) {
@@ -73,14 +74,22 @@ bool RowConverter::TakeOwnPalette(LazyCensus& census) {
   palette_.resize(static_cast<std::size_t>(std::min(bitmap.ColorCount, 1 << target_.bitsPerPixel)));
   std::transform(bitmap.Palette, bitmap.Palette + palette_.size(), palette_.begin(),
                  [](const RGBQUAD& entry) { return ColorOf(entry); });
+  copies_ = bitmap.BitsPerPixel == target_.bitsPerPixel;
   return true;
 }
 
-void RowConverter::Convert(int storedRow, uint8_t* converted) {
+/// The row as it is, but for the bits behind its last pixel: pictures may have anything there.
+void RowConverter::Copy(int storedRow, uint8_t* converted) const {
   const _BITMAPHANDLE& bitmap = rows_.Bitmap();
+  const int64_t bytes = PixelBytes(bitmap.Width, bitmap.BitsPerPixel);
+  std::memcpy(converted, StoredRow(bitmap, storedRow), static_cast<std::size_t>(bytes));
+  const int64_t spare = 8 * bytes - int64_t{bitmap.Width} * bitmap.BitsPerPixel;
+  converted[bytes - 1] &= static_cast<uint8_t>(0xFFU << spare);
+}
+
+void RowConverter::Convert(int storedRow, uint8_t* converted) {
   if (copies_) {
-    std::memcpy(converted, StoredRow(bitmap, storedRow),
-                static_cast<std::size_t>(PixelBytes(bitmap.Width, bitmap.BitsPerPixel)));
+    Copy(storedRow, converted);
   } else if (target_.bitsPerPixel <= 8) {
     ConvertToIndices(storedRow, converted);
   } else {

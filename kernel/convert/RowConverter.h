@@ -40,6 +40,7 @@ class RowConverter {
  private:
   void ChooseIndices(LazyCensus& census);
   [[nodiscard]] bool TakeOwnPalette(LazyCensus& census);
+  void Copy(int storedRow, uint8_t* converted) const;
   void PackColors(std::span<const Rgba> pixels, uint8_t* converted) const;
   void ConvertToIndices(int storedRow, uint8_t* converted);
 

@@ -1,5 +1,6 @@
-// The window holds either bytes read ahead or bytes that wait to be written, never both. Requests as big as
-// the window go past it. Without memory for a window everything still works, only slower.
+// The window holds bytes that were read, some of them written over since, or bytes that were only written:
+// those may make the file longer, which is found out before anything else is read. Requests as big as the
+// window go past it. Without memory for a window everything still works, only slower.
 #include "files/OpenFile.h"
 
 #include <cerrno>
@@ -11,6 +12,9 @@ namespace {
 constexpr uint32_t kWindowSize = 16 * 1024;
 // Few bytes are read ahead after a jump, more the longer a caller reads on: directories are hopped through.
 constexpr uint32_t kFirstReadAhead = 512;
+// Who moves bytes within a file writes a little beside what it reads.
+constexpr uint32_t kBeside = 64;
+constexpr uint32_t kMostBefore = 4096;
 
 }  // namespace
 
@@ -32,27 +36,48 @@ int64_t OpenFile::ReadBackend(uint8_t* destination, uint32_t count, uint64_t off
   return got > count ? -1 : got;
 }
 
+/// Reads into the window what lies around `count` bytes at the position: ahead of them or, where a file that
+/// is written to is read towards its start, before them.
+/// @return above 0 where the first of them came, 0 where the file ends there, below 0 for an error
+int64_t OpenFile::FillWindow(uint32_t count) noexcept {
+  const bool readsBack = writable_ && position_ < windowStart_ && position_ + count >= windowStart_;
+  const uint32_t beside = writable_ ? kBeside : 0;
+  const uint64_t end = position_ + std::max(readAhead_, count) + beside;
+  windowFill_ = 0;
+  windowStart_ = position_;
+  if (writable_) {  // with what the same call has read of the window before
+    const auto before = static_cast<uint32_t>(std::min<uint64_t>(position_ - trace_.offset, kMostBefore));
+    windowStart_ -= std::min<uint64_t>(position_, before + beside);
+  }
+  if (readsBack) {
+    const uint64_t last = position_ + count + beside;
+    windowStart_ = last - std::min<uint64_t>(last, kWindowSize);
+  }
+  const uint64_t wanted = std::min({end - windowStart_, uint64_t{kWindowSize}, kLastPosition - windowStart_});
+  int64_t got = 1;
+  while (got > 0 && windowStart_ + windowFill_ <= position_) {
+    got = ReadBackend(window_.get() + windowFill_, static_cast<uint32_t>(wanted) - windowFill_,
+                      windowStart_ + windowFill_);
+    if (got > 0) windowFill_ += static_cast<uint32_t>(got);
+  }
+  return got;
+}
+
 /// Reads some of the bytes wanted: from the window, around it, or after filling it.
 int64_t OpenFile::ReadStep(uint8_t* destination, uint32_t count) noexcept {
   const uint32_t taken = TakeFromWindow(destination, count);
   if (taken > 0) return taken;
+  if (!Flush()) return -1;
   const bool readsOn = position_ == windowStart_ + windowFill_;
   readAhead_ = readsOn && readAhead_ > 0 ? std::min(readAhead_ * 4, kWindowSize) : kFirstReadAhead;
   if (count >= kWindowSize || !HasWindow()) return ReadBackend(destination, count, position_);
-
-  windowFill_ = 0;
-  windowStart_ = position_;
-  const auto ahead =
-      static_cast<uint32_t>(std::min<uint64_t>(std::max(readAhead_, count), kLastPosition - position_));
-  const int64_t got = ReadBackend(window_.get(), ahead, position_);
-  if (got <= 0) return got;
-  windowFill_ = static_cast<uint32_t>(got);
-  return TakeFromWindow(destination, count);
+  const int64_t got = FillWindow(count);
+  return got <= 0 ? got : TakeFromWindow(destination, count);
 }
 
 int OpenFile::Read(uint8_t* destination, uint32_t count) noexcept {
   trace_ = {position_, count, 0};
-  if (waiting_ && !Flush()) return -1;
+  if (isGathered_ && !Flush()) return -1;
   const auto wanted =
       static_cast<uint32_t>(std::min<uint64_t>({count, uint64_t{INT_MAX}, kLastPosition - position_}));
   uint32_t done = 0;
@@ -86,20 +111,42 @@ bool OpenFile::WriteBackend(const uint8_t* source, std::size_t count, uint64_t o
   return true;
 }
 
+/// Stores what waits. What was read stays in the window.
 bool OpenFile::Flush() noexcept {
-  const uint32_t count = waiting_ ? windowFill_ : 0;
-  waiting_ = false;
-  windowFill_ = 0;
-  return WriteBackend(window_.get(), count, windowStart_) && !writeFailed_;
+  room_ = 0;
+  if (waitingFrom_ == waitingTo_) return true;
+  const uint32_t from = std::exchange(waitingFrom_, 0);
+  const uint32_t count = std::exchange(waitingTo_, 0) - from;
+  const bool isStored = WriteBackend(window_.get() + from, count, windowStart_ + from) && !writeFailed_;
+  if (isGathered_ || !isStored) windowFill_ = 0;
+  isGathered_ = false;
+  return isStored;
 }
 
-int OpenFile::Write(const uint8_t* source, uint32_t count) noexcept {
+/// Writes over bytes that were read. @return whether they were
+bool OpenFile::WriteIntoWindow(const uint8_t* source, uint32_t count) noexcept {
+  const bool isRead = !isGathered_ && position_ >= windowStart_ && windowFill_ >= count &&
+                      position_ - windowStart_ <= windowFill_ - count;
+  if (!isRead) return false;
+  const auto from = static_cast<uint32_t>(position_ - windowStart_);
+  const bool touches = waitingFrom_ != waitingTo_ && from <= waitingTo_ && from + count >= waitingFrom_;
+  if (!touches && !Flush()) return false;
+  std::memcpy(window_.get() + from, source, count);
+  waitingFrom_ = touches ? std::min(waitingFrom_, from) : from;
+  waitingTo_ = touches ? std::max(waitingTo_, from + count) : from + count;
+  position_ += count;
+  return true;
+}
+
+int OpenFile::WriteAnywhere(const uint8_t* source, uint32_t count) noexcept {
   if (count == 0) return EndHere();
   if (!writable_ || writeFailed_ || count > INT_MAX || count > kLastPosition - position_) return -1;
+  if (WriteIntoWindow(source, count)) return static_cast<int>(count);
 
-  const bool continues = waiting_ && position_ == windowStart_ + windowFill_;
+  const bool continues = isGathered_ && position_ == windowStart_ + windowFill_;
   if (!continues || count > kWindowSize - windowFill_) {
-    if (!Flush()) return -1;
+    if (!Flush() || writeFailed_) return -1;
+    windowFill_ = 0;
     windowStart_ = position_;
   }
   if (count >= kWindowSize || !HasWindow()) {
@@ -107,15 +154,14 @@ int OpenFile::Write(const uint8_t* source, uint32_t count) noexcept {
     position_ += count;
     return static_cast<int>(count);
   }
-  std::memcpy(window_.get() + windowFill_, source, count);
-  waiting_ = true;
-  windowFill_ += count;
-  position_ += count;
-  return static_cast<int>(count);
+  isGathered_ = true;
+  room_ = static_cast<uint32_t>(std::min<uint64_t>(kWindowSize - windowFill_, kLastPosition - position_));
+  return Gather(source, count);
 }
 
 int OpenFile::EndHere() noexcept {
-  if (!writable_ || !Flush()) return -1;
+  if (!writable_ || writeFailed_ || !Flush()) return -1;
+  windowFill_ = 0;
   errno = 0;
   if (backend_.functions.truncate(backend_.user, file_, position_) < 0) {
     NoteWriteFailure();
@@ -127,12 +173,13 @@ int OpenFile::EndHere() noexcept {
 bool OpenFile::MoveTo(int64_t target) noexcept {
   if (target < 0 || static_cast<uint64_t>(target) > kLastPosition) return false;
   position_ = static_cast<uint64_t>(target);
+  room_ = 0;
   return true;
 }
 
 int64_t OpenFile::Size() const noexcept {
   const int64_t stored = backend_.functions.size(backend_.user, file_);
-  if (stored < 0 || !waiting_) return stored;
+  if (stored < 0 || !isGathered_) return stored;
   return std::max(stored, static_cast<int64_t>(windowStart_ + windowFill_));
 }
 

@@ -60,18 +60,20 @@ const char* vx_source::Name() const noexcept {
 }
 
 void vx_source::KeepHead() noexcept {
-  head = vxkrn::memory::Make<Head>({"kernel/Source", __LINE__});
+  head = vxkrn::memory::Make<Head>({"kernel/Source", __LINE__}, Size());
   if (head == nullptr) return;
   const auto size = static_cast<uint32_t>(head->bytes.size());
-  const int64_t got = ReadAt(head->bytes.data(), size, 0);
+  const int64_t got = backend.functions.read_at(backend.user, file, head->bytes.data(), size, 0);
   if (got > 0 && got <= size) head->fill = static_cast<uint32_t>(got);
 }
 
 void vx_source::HoldIfSmallIcon() noexcept {
   constexpr int64_t kSmall = 4 << 20;  // bytes
-  const int64_t size = Size();
   uint16_t signature = 1;
-  if (size < 2 || size > kSmall || Peek(&signature, 2, 0) != 2 || signature != 0) return;
+  if (Peek(&signature, 2, 0) != 2 || signature != 0) return;
+  const int64_t size = Size();
+  const bool isKept = head != nullptr && size == head->fill;
+  if (size < 2 || size > kSmall || isKept) return;
   (void)Hold();
 }
 
@@ -95,15 +97,30 @@ void vx_source::ReadFromMemory(const unsigned char* bytes, std::size_t size) noe
 }
 
 int64_t vx_source::Size() const noexcept {
-  return backend.functions.size(backend.user, file);
+  return head != nullptr && head->size >= 0 ? head->size : backend.functions.size(backend.user, file);
+}
+
+/// The application's bytes may change, and those in memory are as near as they can be.
+bool vx_source::HasWindows() const noexcept {
+  if (head == nullptr || file == &memory) return false;
+  if (head->windows == nullptr) {
+    head->windows = vxkrn::memory::Make<vxkrn::PeekWindows>({"kernel/Source", __LINE__});
+  }
+  return head->windows != nullptr;
 }
 
 int64_t vx_source::ReadAt(void* buffer, uint32_t count, uint64_t position) const noexcept {
   const uint32_t fill = head == nullptr ? 0 : head->fill;
-  if (position >= fill) return backend.functions.read_at(backend.user, file, buffer, count, position);
-  const uint32_t kept = std::min(count, fill - static_cast<uint32_t>(position));
-  std::memcpy(buffer, head->bytes.data() + position, kept);
-  return kept;
+  if (position < fill) {
+    const uint32_t kept = std::min(count, fill - static_cast<uint32_t>(position));
+    std::memcpy(buffer, head->bytes.data() + position, kept);
+    return kept;
+  }
+  const bool isKnownEnd = head != nullptr && head->size >= 0 && position >= static_cast<uint64_t>(head->size);
+  if (isKnownEnd || count == 0) return 0;
+  const bool isSmall = count <= vxkrn::PeekWindows::kMostBytes && HasWindows();
+  return isSmall ? head->windows->Read(backend, file, buffer, count, position)
+                 : backend.functions.read_at(backend.user, file, buffer, count, position);
 }
 
 uint32_t vx_source::Peek(void* buffer, uint32_t count, uint64_t offset) const noexcept {

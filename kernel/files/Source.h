@@ -7,16 +7,33 @@
 
 #include "base/Memory.h"
 #include "files/Backend.h"
+#include "files/PeekWindows.h"
 #include "format/Bytes.h"
+
+namespace vxkrn {
+
+/// What the pages of an icon file say together, once all were looked at: beyond/IconKind.
+struct IconPages {
+  bool areKnown = false;
+  bool lookNewer = false;  ///< some page would make the file one of the newer kind, be it cut off
+  int newer = 0;           ///< the page that does so by the filter's rule; 0: none
+  int outOfReach = 0;      ///< the first page that the filter would fail over before that one; 0: none
+};
+
+}  // namespace vxkrn
 
 struct vx_source {
   /// What was found out about a file and holds until it is closed, whoever writes to it.
   struct Head {
-    std::array<uint8_t, 4096> bytes;  ///< headers, a palette and a usual directory lie there
-    uint32_t fill = 0;                ///< bytes that were read
-    IMAGEINFO described = {};         ///< the page that was described last
-    int describedPage = 0;            ///< which that is, from 1; 0: none yet
-    bool describedAsFilter = false;   ///< and whether the filter alone had its say
+    std::array<uint8_t, 4096> bytes;                   ///< headers, a palette and a usual directory lie there
+    uint32_t fill = 0;                                 ///< bytes that were read
+    int64_t size;                                      ///< of the file; below 0 when that cannot be told
+    IMAGEINFO described;                               ///< the page that was described last
+    int describedPage = 0;                             ///< which that is, from 1; 0: none yet
+    bool describedAsFilter = false;                    ///< and whether the filter alone had its say
+    vxkrn::memory::Owned<vxkrn::PeekWindows> windows;  ///< on what lies behind the bytes, once it is needed
+
+    explicit Head(int64_t fileSize) noexcept : size(fileSize) {}  // the records are filled later
   };
 
   vxkrn::Backend backend;           ///< what the file came from
@@ -24,7 +41,7 @@ struct vx_source {
   vxkrn::MemoryFile memory;         ///< behind backend, for sources in memory
   vxkrn::memory::Bytes held;        ///< the bytes of a file that is held in memory
   vxkrn::memory::Owned<Head> head;  ///< of a file; null for the application's bytes and without memory
-  int iconFormat = 0;               ///< of an icon file, once it was looked for: of all its pages; else 0
+  vxkrn::IconPages iconPages;       ///< of an icon file
   vxkrn::memory::Bytes name;        ///< for messages, NUL-terminated
 
   vx_source() noexcept;
@@ -37,10 +54,11 @@ struct vx_source {
   bool Hold() noexcept;
   /// Becomes a source of these bytes, which must outlive it.
   void ReadFromMemory(const unsigned char* bytes, std::size_t size) noexcept;
-  /// Reads what the file begins with, in one go, to keep it. Without memory everything still works.
+  /// Asks for the size, and reads what the file begins with, in one go, to keep both. Without memory
+  /// everything still works.
   void KeepHead() noexcept;
-  /// Holds a small file that begins like an icon one: its directory is hopped through entry by entry, over
-  /// and over.
+  /// Holds a small file that begins like an icon one, and is longer than what is kept: its directory is
+  /// hopped through entry by entry, over and over.
   void HoldIfSmallIcon() noexcept;
   /// Bytes, or below 0 when that cannot be told.
   [[nodiscard]] int64_t Size() const noexcept;
@@ -57,6 +75,9 @@ struct vx_source {
   }
   /// A backend that opens this source, for reading, under any name. The source must outlive it.
   [[nodiscard]] vxkrn::Backend View() noexcept;
+
+ private:
+  [[nodiscard]] bool HasWindows() const noexcept;
 };
 
 namespace vxkrn {

@@ -18,10 +18,11 @@ int DescriptorOf(void* file) noexcept {
   return static_cast<SystemFile*>(file)->descriptor;
 }
 
-/// 0 when the open file is a regular one, else the errno that says what it is.
-int WhyUnusable(int descriptor) noexcept {
+/// 0 when the open file is a regular one, whose size is told, else the errno that says what it is.
+int WhyUnusable(int descriptor, int64_t* size) noexcept {
   struct stat status = {};
   if (fstat(descriptor, &status) != 0) return errno;
+  *size = status.st_size;
   if (S_ISREG(status.st_mode)) return 0;
   return S_ISDIR(status.st_mode) ? EISDIR : ESPIPE;
 }
@@ -41,9 +42,11 @@ int OpenDescriptor(const char* name, int flags) noexcept {
 void* OpenSystem(void* /*user*/, const char* name, int flags) {
   const int descriptor = OpenDescriptor(name, flags);
   if (descriptor < 0) return nullptr;
-  int reason = WhyUnusable(descriptor);
+  int64_t size = -1;
+  int reason = WhyUnusable(descriptor, &size);
   if (reason == 0) {
-    auto file = memory::Make<SystemFile>(memory::Tag{"kernel/SystemBackend", __LINE__}, descriptor);
+    if (flags != VX_OPEN_READ) size = -1;  // it will change
+    auto file = memory::Make<SystemFile>(memory::Tag{"kernel/SystemBackend", __LINE__}, descriptor, size);
     if (file != nullptr) return file.release();
     reason = ENOMEM;
   }
@@ -69,6 +72,8 @@ int64_t WriteSystem(void* /*user*/, void* file, const void* buffer, uint32_t cou
 }
 
 int64_t SizeOfSystem(void* /*user*/, void* file) {
+  const int64_t known = static_cast<const SystemFile*>(file)->size;
+  if (known >= 0) return known;
   struct stat status = {};
   return fstat(DescriptorOf(file), &status) == 0 ? static_cast<int64_t>(status.st_size) : -1;
 }

@@ -1,4 +1,5 @@
-/* Both public headers in one C program, the way an application or a filter written in C sees them. */
+/* All public headers in one C program, the way an application or a filter written in C sees them. */
+#include <vx/inspect.h>
 #include <vx/vx.h>
 #include <vxkrn.h>
 

@@ -143,11 +143,52 @@ TEST_F(Application, ReadsWhatAFileBeginsWithOnce) {
   large.read = [&](uint64_t) { ++reads; };
   (void)Open(large);
   EXPECT_EQ(reads, 1);
+  MemoryFile small = {
+      .bytes = samples::IconFile(samples::IconType::Icon, {samples::AlphaPage(samples::MoonBadge(40))})};
+  small.most = UINT32_MAX;
+  std::vector<uint64_t> positions;
+  small.read = [&](uint64_t position) { positions.push_back(position); };
+  EXPECT_EQ(Open(small).Load().Describe().width, 40);
+  EXPECT_EQ(positions, (std::vector<uint64_t>{0, 4096})) << "no byte of a small icon file is read twice";
   Bytes changing = GreyBitmap(0);  // whose owner may do so
   const vx::Source source = vx::Source::Memory(changing);
   EXPECT_EQ(source.Describe().width, kWidth);
   changing[18] = 1;
   EXPECT_EQ(source.Describe().width, 1);
+}
+
+int sizesAsked;
+
+TEST_F(Application, LooksThroughADirectoryOnceForAllItsPages) {
+  constexpr int kPages = 1000;
+  Bytes icon = samples::IconFile(samples::IconType::Icon,
+                                 std::vector(kPages, samples::AlphaPage(samples::MoonBadge(16))));
+  icon.resize(5 << 20);  // too large to be held
+  int reads = 0;
+  MemoryFile file = {.bytes = icon};
+  file.most = UINT32_MAX;
+  file.read = [&](uint64_t) { ++reads; };
+  vx_file_functions functions = MemoryFile::kFunctions;
+  functions.size = [](void* user, void* opened) { return ++sizesAsked, MemoryFile::Size(user, opened); };
+  sizesAsked = 0;
+  vx::Check(vx_redirect_files(&functions, &file));
+  {
+    const vx::Source source = vx::Source::File("it");
+    for (int page = 1; page <= kPages; ++page) {
+      ASSERT_EQ(source.Describe(page).format, VX_FORMAT_ICO);
+      ASSERT_EQ(source.DescribePage(page).is_png, 0);
+    }
+    EXPECT_EQ(source.DescribeDirectory().page_count, kPages);
+  }
+  EXPECT_LT(reads, 2 * kPages + 50) << "one to tell the file's kind, one to describe the page";
+  EXPECT_EQ(sizesAsked, 1);
+  // What lies behind the bytes asked for may be what cannot be read.
+  functions.read_at = [](void* user, void* opened, void* buffer, uint32_t count, uint64_t position) {
+    return position > 0 && count > 256 ? int64_t{-1}
+                                       : MemoryFile::ReadAt(user, opened, buffer, count, position);
+  };
+  vx::Check(vx_redirect_files(&functions, &file));
+  EXPECT_EQ(vx::Source::File("it").Describe(900).width, 16);
 }
 
 TEST_F(Application, DeliversTheOrderAskedFor) {
@@ -296,11 +337,18 @@ TEST_F(Application, RowsThatAreMissingAreBlankNotCopies) {
                 [&] { (void)source.Load(); });
   vx::LoadOptions options;
   options.allow_truncated = 1;
-  EXPECT_EQ(Levels(source.Load(options)), (std::vector<int>{0, 0, 0, 103, 104, 105, 106, 107}));
+  for (const unsigned int flags : {0U, unsigned{VX_LOAD_AS_FILTER}}) {
+    options.flags = flags;
+    const vx::Bitmap cut = source.Load(options);
+    EXPECT_EQ(Levels(cut), (std::vector<int>{0, 0, 0, 103, 104, 105, 106, 107}));
+    EXPECT_EQ(cut.Describe().rows_present, 4);
+  }
 
   file.resize(file.size() + 3 * 8 - 3);  // only the top row is short, which is never an error
   const std::vector<uint8_t> top = vx::Source::Memory(file).Load().Rgba();
   EXPECT_EQ(std::vector<int>({top[0], top[1 * 4], top[5 * 4]}), (std::vector<int>{0, 0, 0}));
+  file.resize(file.size() - 1);  // nor is padding of the row before it
+  EXPECT_EQ(vx::Source::Memory(file).Load().Describe().rows_present, 7);
 }
 
 TEST_F(Application, RefusesOptionsOutOfTheirRange) {
@@ -314,6 +362,8 @@ TEST_F(Application, RefusesOptionsOutOfTheirRange) {
   expect(VX_BAD_PARAMETER, [](auto& o) { o.read_buffer_size = 3; });
   expect(VX_BAD_PARAMETER, [](auto& o) { o.read_buffer_size = -2; });
   expect(VX_BAD_PARAMETER, [](auto& o) { o.color_order = VX_ORDER_RGB; });
+  expect(VX_BAD_PARAMETER, [](auto& o) { o.alpha = VX_ALPHA_FORCE + 1; });
+  expect(VX_BAD_PARAMETER, [](auto& o) { o.flags = VX_LOAD_TO_SRGB << 1; });
   expect(VX_BAD_PARAMETER, [](auto& o) { o.band_first = 1; });  // and no rows
   vx_raw raw = {VX_FORMAT_RAW, 4, 4, 16, 0, 0, nullptr, 0, 0, 0, 0, 0};
   const auto expectRaw = [&](int status, auto&& change) {
@@ -350,6 +400,12 @@ TEST_F(Application, ReadsHeaderlessPixelsWhereAndAsItIsTold) {
   vx::LoadOptions options;
   options.raw = &raw;
   EXPECT_EQ(vx::Source::Memory(file).Load(options).Rgba(), (std::vector<uint8_t>{30, 20, 10, 255}));
+
+  file.resize(16 + 5, 7);  // two rows and a bit
+  const vx_raw cut = {VX_FORMAT_RAW, 8, 4, 8, 0, 0, nullptr, 0, 0, 0, 0, 0};
+  options.raw = &cut;
+  options.allow_truncated = 1;
+  EXPECT_EQ(vx::Source::Memory(file).Load(options).Describe().rows_present, 2);
 }
 
 TEST_F(Application, SaysWhereAFileIsWrong) {

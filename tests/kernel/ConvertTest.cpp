@@ -62,7 +62,11 @@ void Make(OwnedBitmap* bitmap, Depth depth, int width, int height, int colors,
       case 16: vxkrn::Pack16(pixels, depth.is565, stored); break;
       case 24: vxkrn::Pack24(pixels, stored); break;
       case 32: vxkrn::Pack32(pixels, true, stored); break;
-      default: vxkrn::PackIndices(indices, depth.bits, stored); break;
+      default: {
+        vxkrn::PackIndices(indices, depth.bits, stored);
+        const int last = width * depth.bits - 1;
+        stored[last / 8] = static_cast<uint8_t>(stored[last / 8] | 0xFF >> (last % 8 + 1));  // no pixels
+      }
     }
   }
 }

@@ -115,6 +115,7 @@ TEST_F(Reasons, OfFilesThatAreNotWhole) {
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_TOO_SHORT, Bitmap({}, 1), -1, 1);
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_ENDS_EARLY, Bitmap({}, 16), 16, 14);
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_HEADER_CUT, Bitmap({}, 30), 30, 14, 40);
+  ExpectOfFile(VX_READ_ERROR, VX_REASON_ENDS_EARLY, Bitmap({{28, 16}, {30, 3}}, 56), 56, 54);
   ExpectOfFile(VX_READ_ERROR, VX_REASON_TABLE_CUT, Bitmap({{28, 2}, {10, 70}}, 60), 60, 54, 16);
   ExpectOfFile(VX_READ_ERROR, VX_REASON_TOO_LITTLE_DATA, Bitmap({}, 101), 101, 47, 48);
   ExpectOfFile(VX_READ_ERROR, VX_REASON_ROWS_MISSING, Bitmap({}, 203), 203, 3, kSide);

@@ -21,7 +21,7 @@ Bytes File(uint32_t headerSize, int width, int height, int bits, uint32_t compre
   header.height = height;
   header.bits = bits;
   header.compression = static_cast<samples::Compression>(compression);
-  const auto palette = samples::EncodePalette({{255, 255, 255, 255}}, bits == 1 ? 2 : 0, 4);
+  const auto palette = samples::EncodePalette({{255, 255, 255, 255}}, bits <= 8 ? size_t{1} << bits : 0, 4);
   return samples::BitmapFile(samples::Encode(header), palette, pixels);
 }
 
@@ -100,6 +100,17 @@ TEST(Coded, RunLengthsOfWholeColours) {
           {"nothing", {}, "", 0, VX_REASON_TOO_LITTLE_DATA},
       },
       64, 24, 4);
+}
+
+/// White is index 0, which what is missing has, too.
+TEST(Coded, RowsOfRunLengthsAreThereAsFarAsTheirDataIs) {
+  ExpectCases({{"a whole literal", {4, 1, 0, 0, 0, 4, 1, 2, 3, 4}, "####|....|....", 2, VX_REASON_NONE},
+               {"half of it", {4, 1, 0, 0, 0, 4, 1, 2}, "####|..##|....", 1, VX_REASON_NONE},
+               {"nothing of it", {4, 1, 0, 0, 0, 4}, "####|####|....", 1, VX_REASON_NONE}},
+              40, 8, 1);
+  ExpectCases({{"a whole literal", {4, 17, 0, 0, 0, 4, 18, 52}, "####|....|....", 2, VX_REASON_NONE},
+               {"half of it", {4, 17, 0, 0, 0, 4, 18}, "####|..##|....", 1, VX_REASON_NONE}},
+              40, 4, 2);
 }
 
 /// White is the first colour, which rows that are missing have, too. 4 white: 1011; 0 white: 00110101; 2

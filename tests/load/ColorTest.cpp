@@ -61,6 +61,9 @@ TEST(Colors, AreCarriedToPngAndBack) {
       EXPECT_TRUE(std::ranges::equal(again.Profile(), picture.Profile()));
       EXPECT_EQ(again.Rgba(), picture.Rgba());
     }
+    const vx::Bitmap smaller = picture.Shrink(8);
+    EXPECT_EQ(smaller.Describe().color_space, each.kind);
+    EXPECT_TRUE(std::ranges::equal(smaller.Profile(), picture.Profile()));
     (void)picture.Save(vx::SaveOptions(VX_FORMAT_BMP));
     const bool isLost = each.kind == VX_COLOR_SPACE_PROFILE || each.kind == VX_COLOR_SPACE_CALIBRATED;
     EXPECT_EQ(IsRemarked(VX_REMARK_PROFILE_DROPPED), isLost);

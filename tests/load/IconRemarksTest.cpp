@@ -5,6 +5,7 @@
 #include <samples/Samples.h>
 
 #include <algorithm>
+#include <functional>
 
 #include "Loading.h"
 
@@ -25,6 +26,63 @@ std::vector<Remark> RemarksOn(const loading::Bytes& file) {
 loading::Bytes SampleNamed(const std::string& name) {
   const auto all = samples::All();
   return std::find_if(all.begin(), all.end(), [&](const auto& each) { return each.name == name; })->bytes;
+}
+
+/// The numbers of an entry that say where its body is, and a side that is left open where that is 0.
+void SetEntry(loading::Bytes* file, std::size_t page, uint8_t side, uint32_t offset) {
+  const std::size_t at = 6 + 16 * (page - 1);
+  (*file)[at] = side;
+  for (std::size_t i = 0; i < 4; ++i) (*file)[at + 12 + i] = static_cast<uint8_t>(offset >> 8 * i);
+}
+
+TEST(IconKinds, AreThoseOfTheFilter) {
+  const samples::Picture moon = samples::MoonBadge(16);
+  const auto plain = samples::AlphaPage(moon);
+  auto wide = plain;
+  wide.body[4] = 0;  // 256 pixels
+  wide.body[5] = 1;
+  const auto png = samples::PngPage(moon);
+  constexpr uint32_t kFar = 1 << 20;
+  const auto with = [](loading::Bytes file, const std::function<void(loading::Bytes&)>& change) {
+    change(file);
+    return file;
+  };
+  const auto icon = [](const std::vector<samples::Page>& pages) {
+    return samples::IconFile(samples::IconType::Icon, pages);
+  };
+  const struct {
+    const char* what;
+    loading::Bytes file;
+    int format;
+  } files[] = {
+      {"plain pages", icon({plain, plain, plain}), VX_FORMAT_ICO},
+      {"a PNG page behind", icon({plain, plain, png}), VX_FORMAT_VISTA_ICO},
+      {"256 pixels, the entry says 16", icon({plain, wide}), VX_FORMAT_ICO},
+      {"256 pixels, the entry leaves it open",
+       with(icon({plain, wide}), [](auto& file) { file[6 + 16] = 0; }), VX_FORMAT_VISTA_ICO},
+      {"a page that is not there",
+       with(icon({plain, png, plain}), [](auto& f) { SetEntry(&f, 2, 16, kFar); }), VX_FORMAT_ICO},
+      {"a page that is not there before a PNG one",
+       with(icon({plain, plain, png}), [](auto& f) { SetEntry(&f, 2, 16, kFar); }), VX_FORMAT_VISTA_ICO},
+      // The count makes entries of the page's own bytes; the third of them points to a PNG stream.
+      {"entries that cover the page",
+       with(icon({plain, png}),
+            [](auto& f) {
+              const uint32_t stream = f[6 + 16 + 12] + 256U * f[6 + 16 + 13];
+              f[4] = 5;
+              SetEntry(&f, 2, 16, kFar);
+              SetEntry(&f, 5, 16, stream);
+            }),
+       VX_FORMAT_ICO},
+  };
+  for (const auto& [what, file, format] : files) {
+    EXPECT_EQ(vx::Source::Memory(file).Describe(1).format, format) << what;
+  }
+  // Where the directory is not whole the filter would search it in vain.
+  loading::Bytes cut = icon({plain, plain});
+  cut[4] = cut[5] = 0xFF;
+  EXPECT_THROW((void)vx::Source::Memory(cut).Describe(1), vx::Error);
+  EXPECT_EQ(vx_error_reason(), VX_REASON_ENDS_EARLY);
 }
 
 TEST(IconRemarks, SayWhatIsOdd) {
@@ -87,6 +145,10 @@ TEST(Os2Icons, AreOfTheirKindsAndPointWhereTheyShould) {
   }
   const auto second = loading::LoadPage(SampleNamed("os2-array.ico"), 2);
   EXPECT_EQ(std::pair(second.status, second.width), std::pair(int{VX_OK}, 20)) << second.detail;
+  auto cut = SampleNamed("os2-array.ico");
+  cut.resize(40);
+  EXPECT_NE(loading::LoadPage(cut).detail.find("the OS/2 icon or pointer at byte 14"), std::string::npos);
+  EXPECT_EQ(vx_error_reason(), VX_REASON_PAGE_DAMAGED);
 }
 
 TEST(CursorPages, ThatArePngStreamsKeepTheirHotSpot) {

@@ -2,9 +2,12 @@
 #include "Loading.h"
 
 #include <gtest/gtest.h>
+#include <vx/inspect.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <memory>
 
 namespace loading {
 
@@ -38,6 +41,40 @@ Outcome LoadPage(std::span<const uint8_t> file, int page, bool allowTruncated) {
   return Load(file, options);
 }
 
+namespace {
+
+void ExpectSoundStructure(std::span<const uint8_t> file) {
+  {
+    const vx::Source source = vx::Source::Memory(file);
+    vx_structure* found = nullptr;
+    const int status = vx_inspect(source.Get(), &found);
+    const std::unique_ptr<vx_structure, void (*)(vx_structure*)> structure(found, vx_structure_free);
+    ASSERT_TRUE(status == VX_OK || status == VX_BAD_FORMAT || status == VX_NO_MEMORY) << status;
+    int count = 0;
+    const vx_part* parts = vx_structure_parts(found, &count);
+    std::vector<bool> isClaimed(status == VX_OK ? file.size() : 0);
+    for (int i = 0; i < count; ++i) {
+      const vx_part& part = parts[i];
+      ASSERT_LT(part.parent, i);
+      ASSERT_TRUE(part.present == 0 || part.offset + part.present <= file.size()) << vx_part_name(part.kind);
+      const auto begin =
+          isClaimed.begin() + static_cast<ptrdiff_t>(part.offset < file.size() ? part.offset : 0);
+      if (part.kind != VX_PART_IMAGE) std::fill_n(begin, part.present, true);
+      vx_field fields[VX_MOST_FIELDS];
+      int fieldCount = 0;
+      ASSERT_EQ(vx_part_fields(source.Get(), &part, fields, &fieldCount), VX_OK);
+      for (int field = 0; field < fieldCount; ++field) {
+        ASSERT_LE(fields[field].offset + static_cast<uint64_t>(fields[field].size),
+                  part.offset + part.present);
+      }
+    }
+    ASSERT_EQ(std::find(isClaimed.begin(), isClaimed.end(), false), isClaimed.end());
+  }
+  ASSERT_EQ(vx_memory_in_use(), 0U);
+}
+
+}  // namespace
+
 void ExpectDefinedOutcomes(std::span<const uint8_t> file, int maxPages) {
   int pages = 1;
   for (int page = 1; page <= pages; ++page) {
@@ -51,6 +88,7 @@ void ExpectDefinedOutcomes(std::span<const uint8_t> file, int maxPages) {
     if (tolerant.status == VX_NO_MEMORY) continue;
     ASSERT_EQ(strict.missesRows, strict.status != VX_OK && tolerant.status == VX_OK) << strict.detail;
   }
+  ExpectSoundStructure(file);
 }
 
 void ExpectDefinedPrefixes(std::span<const uint8_t> file, int maxPages) {

@@ -34,7 +34,8 @@ Outcome LoadPage(std::span<const uint8_t> file, int page = 1, bool allowTruncate
 
 /// Loads every page, with and without tolerance for files that end early, and expects each to end in a
 /// status that has a name, a failure with its reason; those that say so, and no others, are helped by
-/// tolerance. At most `maxPages` pages are looked at.
+/// tolerance. At most `maxPages` pages are looked at. Every byte must be in some part of the file, and every
+/// field within its part.
 void ExpectDefinedOutcomes(std::span<const uint8_t> file, int maxPages = 8);
 /// Expects that of every prefix, where the file is small.
 void ExpectDefinedPrefixes(std::span<const uint8_t> file, int maxPages = 8);

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <climits>
 #include <random>
 
 #include "../common/Failures.h"
+#include "../common/MemoryFile.h"
 #include "Sources.h"
 #include "SystemCalls.h"
 
@@ -138,6 +140,74 @@ TEST_F(Editing, LongChainsAgreeWithAPlainList) {
       ASSERT_NO_FATAL_FAILURE(chain.Step(step % 3 == 0)) << path << ", step " << step;
     }
   }
+}
+
+/// Edits a file as a draft, and another one in place.
+class Twice {
+ public:
+  Twice(const std::string& drafted, const std::string& inPlace)
+      : edits_{vx::Edit(drafted), vx::Edit(inPlace, VX_EDIT_IN_PLACE)} {}
+
+  template <class Act>
+  void Do(const Act& act) {
+    for (vx::Edit& edit : edits_) act(edit);
+  }
+  [[nodiscard]] int PageCount() const { return edits_[0].PageCount(); }
+
+ private:
+  vx::Edit edits_[2];
+};
+
+TEST_F(Editing, WhatBecomesOfADraftIsWhatTheFilterMakesOfTheFile) {
+  constexpr int kPages = 600;
+  for (const std::string& path : {icon_, cursor_}) {
+    const std::string other = folder_ / "other";
+    WriteFile(other, ReadFile(path));
+    const vx::Bitmap pictures[] = {Noise(3, 2, 24), Soft(4), Noise(1, 1, 1)};
+    std::minstd_rand random(7);
+    Twice twice(path, other);
+    const auto put = [&](int page) {
+      const vx::Bitmap& picture = pictures[random() % std::size(pictures)];
+      twice.Do([&](vx::Edit& edit) { edit.Insert(page, picture); });
+    };
+    for (int i = 0; i < kPages; ++i) put(1 + static_cast<int>(random()) % std::min(i + 1, 40));
+    for (int i = 0; i < kPages; ++i) {
+      const int page = 1 + static_cast<int>(random() % 30);
+      switch (random() % 4) {
+        case 0: put(twice.PageCount() + 1); break;
+        case 1: twice.Do([&](vx::Edit& edit) { edit.Replace(page, pictures[1]); }); break;
+        default: twice.Do([&](vx::Edit& edit) { edit.Delete(page); });
+      }
+      if (path == cursor_ && i % 9 == 0) twice.Do([&](vx::Edit& edit) { edit.SetHotSpot(page, i, 3); });
+    }
+    twice.Do([](vx::Edit& edit) { edit.Commit(); });
+    EXPECT_TRUE(ReadFile(path) == ReadFile(other)) << path;
+  }
+}
+
+TEST_F(Editing, InPlaceReadsAndWritesAFileInLargePieces) {
+  {
+    vx::Edit edit(icon_);
+    for (int i = 0; i < 60; ++i) edit.Add(Noise(64, 64, 32));
+    edit.Commit();
+  }
+  const std::string content = ReadFile(icon_);
+  MemoryFile file = {.bytes = Bytes(content.begin(), content.end())};
+  int reads = 0;
+  file.most = UINT32_MAX;
+  file.read = [&](uint64_t) { ++reads; };
+  const int pieces = static_cast<int>(content.size() / (16 * 1024));
+  vx::Check(vx_redirect_files(&MemoryFile::kFunctions, &file));
+  for (const bool isInserted : {true, false}) {
+    reads = 0;
+    file.callsUntilFailure = INT_MAX;
+    vx::Edit edit("it");
+    if (isInserted) edit.Insert(2, Soft(16));
+    if (!isInserted) edit.Delete(2);
+    EXPECT_LT(reads, 2 * pieces + 30);
+    EXPECT_LT(INT_MAX - file.callsUntilFailure, 2 * pieces + 30) << "opened, written, closed";
+  }
+  vx::Check(vx_redirect_files(nullptr, nullptr));
 }
 
 TEST_F(Editing, HotSpotsComeAlongWithWholePicturesOfCursors) {

@@ -3,7 +3,8 @@
 //
 // Two things make it fast. Codes and literals that lie wholly in the read buffer are taken straight
 // from it. And runs are stored in whole chunks that may spill over their end: whatever lies to the
-// right of the position is either written later or cleared when the row is complete.
+// right of the position is either written later or cleared when the row is complete. Short codes, of
+// which most pictures are made, are one such chunk each, as long as buffer and row have room for one.
 #include "Read/RunLength.h"
 
 #include <algorithm>
@@ -54,13 +55,25 @@ class Rle8Row {
   Rle8Row(uint8_t* bytes, int stride) : bytes_(bytes), stride_(stride) {}
 
   [[nodiscard]] int Limit() const { return stride_; }
-  static int BytesFor(int pixels) { return pixels; }
+  template <class Count>
+  static constexpr Count BytesFor(Count pixels) {
+    return pixels;
+  }
 
   void Run(int x, int count, uint8_t value) { StoreRun(bytes_ + x, count, stride_ - x, value); }
   void Literal(int x, int count, const Literals& literals) {
     StoreLiterals(bytes_ + x, count, stride_ - x, literals);
   }
   void Clear(int from, int to) { std::memset(bytes_ + from, 0, static_cast<size_t>(to - from)); }
+
+  static constexpr size_t kLongestShort = kChunk;  // pixels of a short code
+  static constexpr size_t kShortChunk = kChunk;    // bytes that one reads behind its start, and stores
+  void BeginShorts(size_t /*x*/) {}
+  void ShortRun(size_t x, uint8_t value) { std::memset(bytes_ + x, value, kShortChunk); }
+  void ShortLiteral(size_t x, size_t /*count*/, const uint8_t* literals) {
+    std::memcpy(bytes_ + x, literals, kShortChunk);
+  }
+  void EndShorts(size_t /*x*/) {}
 
  private:
   uint8_t* bytes_;
@@ -74,7 +87,10 @@ class Rle4Row {
   Rle4Row(uint8_t* bytes, int stride) : bytes_(bytes), stride_(stride) {}
 
   [[nodiscard]] int Limit() const { return 2 * stride_; }
-  static int BytesFor(int pixels) { return (pixels + 1) / 2; }
+  template <class Count>
+  static constexpr Count BytesFor(Count pixels) {
+    return (pixels + 1) / 2;
+  }
 
   void Run(int x, int count, uint8_t pair) {
     if (x % 2 != 0) {
@@ -106,7 +122,33 @@ class Rle4Row {
     std::memset(bytes_ + first, 0, static_cast<size_t>(BytesFor(to) - first));
   }
 
+  // Where `x` is odd, the pixel left of it waits in `half_` for its other half instead of in the row.
+  static constexpr size_t kLongestShort = 15;  // with the half that waits, those of 8 bytes
+  static constexpr size_t kShortChunk = 8;
+  void BeginShorts(size_t x) { half_ = x % 2 != 0 ? bytes_[x / 2] : 0U; }
+  void ShortRun(size_t x, uint8_t pair) {
+    const unsigned shift = 4 * (x % 2);
+    const uint64_t turned = (pair * 0x101U >> shift) & 0xFF;  // its high half is an even pixel's
+    const uint64_t first = (0xF0 & (half_ ^ turned) & (0 - (x % 2)));
+    StoreWord(x, turned * 0x0101010101010101 ^ first);
+    half_ = turned & 0xF0;
+  }
+  void ShortLiteral(size_t x, size_t count, const uint8_t* literals) {
+    const size_t odd = x % 2;
+    uint64_t pixels;
+    std::memcpy(&pixels, literals, sizeof pixels);
+    pixels = __builtin_bswap64(pixels) >> 4 * odd;  // the leftmost pixel is the highest half byte
+    pixels |= (half_ & (0 - odd)) << 56;
+    StoreWord(x, __builtin_bswap64(pixels));
+    half_ = pixels << 4 * ((odd + count) & 14) >> 56 & 0xF0;
+  }
+  void EndShorts(size_t x) {
+    if (x % 2 != 0) bytes_[x / 2] = static_cast<uint8_t>(half_);
+  }
+
  private:
+  void StoreWord(size_t x, uint64_t word) { std::memcpy(bytes_ + x / 2, &word, sizeof word); }
+
   /// Clears the half byte behind the last pixel before `x`, where there is one.
   void EndPixels(int x) {
     if (x % 2 != 0) bytes_[x / 2] &= 0xF0;
@@ -114,7 +156,10 @@ class Rle4Row {
 
   uint8_t* bytes_;
   int stride_;
+  uint64_t half_ = 0;
 };
+
+enum Escape : uint8_t { kEndOfLine = 0, kEndOfBitmap = 1, kDelta = 2 };
 
 /// The codes of one row, read through a copy of the buffer's position that stays in registers.
 class CodeReader {
@@ -123,6 +168,40 @@ class CodeReader {
   ~CodeReader() { input_.position = position_; }
   CodeReader(const CodeReader&) = delete;
   CodeReader& operator=(const CodeReader&) = delete;
+
+  /// Takes short codes as long as there are some that lie wholly in the buffer. The row is a copy, for one
+  /// that others know would be read from memory again behind every store. @return the new position
+  template <class Row>
+  int TakeShorts(Row row, int start) {
+    constexpr size_t kFirstLiteral = kDelta + 1;
+    constexpr size_t kNeeded = 2 + Row::kShortChunk;
+    const int last = input_.fillCount - static_cast<int>(kNeeded);
+    const int room = row.Limit() - static_cast<int>(Row::kLongestShort);
+    if (position_ > last || start > room) return start;
+    const uint8_t* const bytes = input_.bytes;
+    auto at = static_cast<size_t>(position_);
+    auto x = static_cast<size_t>(start);
+    row.BeginShorts(x);
+    while (at <= static_cast<size_t>(last) && x <= static_cast<size_t>(room)) {
+      const size_t first = bytes[at];
+      const size_t second = bytes[at + 1];
+      if (first - 1 < Row::kLongestShort) {
+        row.ShortRun(x, static_cast<uint8_t>(second));
+        x += first;
+        at += 2;
+      } else if (first == 0 && second - kFirstLiteral <= Row::kLongestShort - kFirstLiteral) {
+        row.ShortLiteral(x, second, bytes + at + 2);
+        x += second;
+        at += 2 + Row::BytesFor(second);
+        at += at % 2;
+      } else {
+        break;
+      }
+    }
+    row.EndShorts(x);
+    position_ = static_cast<int>(at);
+    return static_cast<int>(x);
+  }
 
   struct Pair {
     uint8_t first;
@@ -166,8 +245,6 @@ class CodeReader {
   int position_;
 };
 
-enum Escape : uint8_t { kEndOfLine = 0, kEndOfBitmap = 1, kDelta = 2 };
-
 /// Reads codes until one completes the row. The position never passes the row's limit: out there
 /// nothing is stored, however far a delta goes.
 template <class Row>
@@ -179,13 +256,14 @@ void DecodeCodes(ReadBuffer& input, RunLengthState& state, Row& row) {
   row.Clear(0, x);
 
   for (;;) {
+    x = codes.TakeShorts(row, x);
     const auto [first, second] = codes.Next();
     if (first != 0) {
       const int count = std::min<int>(first, limit - x);
       if (count > 0) row.Run(x, count, second);
       x += count;
     } else if (second > kDelta) {
-      const Literals literals = codes.TakeLiterals(Row::BytesFor(second), scratch);
+      const Literals literals = codes.TakeLiterals(Row::BytesFor(int{second}), scratch);
       const int count = std::min<int>(second, limit - x);
       if (count > 0) row.Literal(x, count, literals);
       x += count;

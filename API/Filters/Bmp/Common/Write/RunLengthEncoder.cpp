@@ -82,11 +82,18 @@ uint32_t RunLengthAt(const uint8_t* bytes, uint32_t count) {
   return length;
 }
 
+/// The two bytes are put together in a register: storing them one by one and reading both would stall.
+bool WriteCode(HANDLE file, uint32_t first, uint32_t second) {
+  Block<2> code;
+  StoreU16(code, 0, static_cast<uint16_t>(first | second << 8));
+  return WriteBlock(file, code);
+}
+
 template <Coding kCoding>
 bool WriteRun(HANDLE file, uint8_t value, uint32_t length) {
   while (length > 0) {
     const uint32_t part = std::min(length, kCoding.longestRun);
-    if (!WriteBlock<2>(file, {static_cast<uint8_t>(part * kCoding.pixelsPerByte), value})) return false;
+    if (!WriteCode(file, part * kCoding.pixelsPerByte, value)) return false;
     length -= part;
   }
   return true;
@@ -96,7 +103,7 @@ template <Coding kCoding>
 bool WriteLiterals(HANDLE file, const uint8_t* bytes, uint32_t count) {
   while (count > kCoding.mostSingles) {
     const uint32_t part = std::min(count, kCoding.longestLiteral);
-    if (!WriteBlock<2>(file, {0, static_cast<uint8_t>(part * kCoding.pixelsPerByte)})) return false;
+    if (!WriteCode(file, 0, part * kCoding.pixelsPerByte)) return false;
     if (!WriteExactly(file, bytes, part)) return false;
     if (part % 2 != 0 && !WriteBlock<1>(file, {0})) return false;  // codes start at even offsets
     bytes += part;

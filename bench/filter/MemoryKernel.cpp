@@ -1,6 +1,9 @@
 // The services that the measured functions call. Nothing is checked: the data is well formed.
 #include "MemoryKernel.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -9,6 +12,7 @@ HANDLE VX_RedirectedOpen(const char*, int, int) {
   return &bench::theFile;
 }
 int VX_RedirectedRead(HANDLE file, void* buffer, unsigned int count) {
+  if (file->descriptor >= 0) return static_cast<int>(read(file->descriptor, buffer, count));
   const size_t take = std::min<size_t>(count, file->data.size() - file->position);
   std::memcpy(buffer, file->data.data() + file->position, take);
   file->position += take;
@@ -21,6 +25,9 @@ int VX_RedirectedWrite(HANDLE file, const void* buffer, unsigned int count) {
   return static_cast<int>(count);
 }
 int VX_RedirectedSeek(HANDLE file, int offset, int origin) {
+  if (file->descriptor >= 0) {
+    return static_cast<int>(lseek(file->descriptor, offset, origin == VX_SEEK_CURRENT ? SEEK_CUR : SEEK_SET));
+  }
   file->position = (origin == VX_SEEK_CURRENT ? file->position : 0) + static_cast<size_t>(offset);
   return static_cast<int>(file->position);
 }
