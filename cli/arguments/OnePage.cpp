@@ -101,7 +101,8 @@ void OnePage::RemarkOnOthers(const vx::Source& source, const std::string& file) 
   if (!page_.empty()) return;
   const int pages = source.Describe(1).page_count;
   if (pages < 2) return;
-  Remark(fmt::format("{}: page 1 of {}; --page N takes another", Printable(file), pages));
+  Remark(fmt::format("{}: page 1 of {}; --page {}", Printable(file), pages,
+                     then_ == Then::kSavedEach ? "all takes the others, too" : "N takes another"));
 }
 
 }  // namespace cli

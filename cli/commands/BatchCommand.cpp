@@ -229,7 +229,7 @@ class Batch {
       doPage(0);
     }
     report_->EndFile(isSkipped);
-    return !isStopped_;
+    return !MustStop();
   }
 
   /// @return 0 where that cannot be told, which is a failure
