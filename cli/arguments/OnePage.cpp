@@ -20,17 +20,19 @@ struct Wish {
   int width = 0;
 };
 
-Wish ParseWish(const std::string& page) {
+constexpr std::string_view kAll = "all";
+
+Wish ParseWish(const std::string& page, bool mayBeAll) {
   constexpr std::string_view kNearest = "nearest:";
-  if (page.empty()) return {};
+  if (page.empty() || (mayBeAll && page == kAll)) return {};
   if (page == "best") return {0, 0};
   if (page.starts_with(kNearest)) {
     const std::optional<int> width = ParseInt(std::string_view(page).substr(kNearest.size()), 1);
     if (width) return {0, *width};
   }
   if (const std::optional<int> number = ParseInt(page, 1)) return {*number, 0};
-  throw UsageError(fmt::format("--page {}: a whole number from 1, best, or nearest: and a width is needed",
-                               Printable(page)));
+  throw UsageError(fmt::format("--page {}: a whole number from 1, {}best, or nearest: and a width is needed",
+                               Printable(page), mayBeAll ? "all, " : ""));
 }
 
 constexpr std::string_view kDrop = "drop";
@@ -46,21 +48,24 @@ int ParseAlpha(const std::string& alpha, bool isSaved) {
 }  // namespace
 
 void OnePage::Declare(Arguments& command, Then then) {
-  isSaved_ = then == Then::kSaved;
-  command.Add({.name = "--page",
-               .help = "page of an icon or cursor, from 1; 1 unless given. best takes the largest,\n"
-                       "nearest:48 the one for 48 pixels",
-               .value = "N",
-               .offers = "best"},
-              page_);
+  then_ = then;
+  command.Add(
+      {.name = "--page",
+       .help = fmt::format("page of an icon or cursor, from 1; {} unless given. best takes the largest,\n"
+                           "nearest:48 the one for 48 pixels{}",
+                           then == Then::kCompared ? "all" : "1",
+                           then == Then::kSavedEach ? ", all every one of them" : ""),
+       .value = MayMeanAll() ? "N|all" : "N",
+       .offers = MayMeanAll() ? "best|all" : "best"},
+      page_);
   command.Add({.name = "--allow-truncated", .help = "take what is there of a file cut short"},
               allowTruncated_);
   const std::string help =
       "the fourth bytes of 32-bit bitmaps where the file does not say what they are:\n"
       "left out, unless given; alpha where some are in use; or alpha";
   command.Add({.name = "--alpha",
-               .help = isSaved_ ? help + ". drop saves every\npixel opaque, whatever was read" : help,
-               .value = isSaved_ ? "ignore|auto|force|drop" : "ignore|auto|force"},
+               .help = IsSaved() ? help + ". drop saves every\npixel opaque, whatever was read" : help,
+               .value = IsSaved() ? "ignore|auto|force|drop" : "ignore|auto|force"},
               alpha_);
   command.Add(
       {.name = "--as-filter", .help = "show exactly what the filter reads, and refuse what it refuses"},
@@ -71,12 +76,16 @@ void OnePage::Declare(Arguments& command, Then then) {
 
 vx::LoadOptions OnePage::Options() const {
   vx::LoadOptions options;
-  options.page = std::max(ParseWish(page_).number, 1);
+  options.page = std::max(ParseWish(page_, MayMeanAll()).number, 1);
   options.allow_truncated = allowTruncated_ ? 1 : 0;
-  options.alpha = ParseAlpha(alpha_, isSaved_);
+  options.alpha = ParseAlpha(alpha_, IsSaved());
   if (asFilter_) options.flags |= VX_LOAD_AS_FILTER;
   if (toSrgb_) options.flags |= VX_LOAD_TO_SRGB;
   return options;
+}
+
+bool OnePage::MeansAll() const {
+  return page_ == kAll;
 }
 
 bool OnePage::DropsAlpha() const {
@@ -84,7 +93,7 @@ bool OnePage::DropsAlpha() const {
 }
 
 void OnePage::ChooseFrom(const vx::Source& source, vx_load_options& options) const {
-  const Wish wish = ParseWish(page_);
+  const Wish wish = ParseWish(page_, MayMeanAll());
   if (wish.number == 0) options.page = source.BestPage(wish.width);
 }
 
@@ -92,7 +101,8 @@ void OnePage::RemarkOnOthers(const vx::Source& source, const std::string& file) 
   if (!page_.empty()) return;
   const int pages = source.Describe(1).page_count;
   if (pages < 2) return;
-  Remark(fmt::format("{}: page 1 of {}; --page N takes another", Printable(file), pages));
+  Remark(fmt::format("{}: page 1 of {}; --page {}", Printable(file), pages,
+                     then_ == Then::kSavedEach ? "all takes the others, too" : "N takes another"));
 }
 
 }  // namespace cli

@@ -1,5 +1,5 @@
-// One page of a file, as commands that take just one have it: --page, --allow-truncated, --alpha,
-// --as-filter, --srgb, and what people ought to know about either.
+// Which page of a file, and how it is loaded: --page, --allow-truncated, --alpha, --as-filter, --srgb, and
+// what people ought to know about either. Some commands may also take all pages.
 #pragma once
 
 #include <string>
@@ -12,7 +12,12 @@ namespace cli {
 class OnePage {
  public:
   /// What becomes of the page once it is loaded.
-  enum class Then { kShown, kSaved };
+  enum class Then {
+    kShown,
+    kSaved,
+    kSavedEach,  ///< of each of many files, of which all pages may be taken
+    kCompared    ///< with that of another file, all pages unless one is named
+  };
 
   /// Adds the options to a command. The object must stay where it is until the arguments are parsed.
   void Declare(Arguments& command, Then then);
@@ -22,6 +27,11 @@ class OnePage {
   /// Sets the page that was asked for, which may depend on what the file has. @throws vx::Error
   void ChooseFrom(const vx::Source& source, vx_load_options& options) const;
 
+  /// Whether a page was named, or all were.
+  [[nodiscard]] bool WasGiven() const { return !page_.empty(); }
+  /// Whether all pages are meant by name.
+  [[nodiscard]] bool MeansAll() const;
+
   /// Whether the page is to be saved without its alpha.
   [[nodiscard]] bool DropsAlpha() const;
 
@@ -29,11 +39,14 @@ class OnePage {
   void RemarkOnOthers(const vx::Source& source, const std::string& file) const;
 
  private:
+  [[nodiscard]] bool IsSaved() const { return then_ == Then::kSaved || then_ == Then::kSavedEach; }
+  [[nodiscard]] bool MayMeanAll() const { return then_ == Then::kSavedEach || then_ == Then::kCompared; }
+
   std::string page_;
   bool allowTruncated_ = false;
   bool asFilter_ = false;
   bool toSrgb_ = false;
-  bool isSaved_ = false;
+  Then then_ = Then::kShown;
   std::string alpha_;
 };
 

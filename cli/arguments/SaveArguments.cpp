@@ -20,7 +20,8 @@ namespace {
 struct Kind {
   std::string_view word;
   vx_format format;
-  std::vector<std::string_view> endings;
+  std::vector<std::string_view> endings;  ///< of names that mean it
+  std::string_view ending;                ///< of names that are made for it: what other programs open
   std::string_view transparency;
 };
 
@@ -28,14 +29,14 @@ const std::vector<Kind>& Kinds() {
   static constexpr std::string_view kNone = "none";
   static constexpr std::string_view kBitmap = "soft at 32 bits; none below, but see --4444";
   static constexpr std::string_view kAlpha = "soft at 32 bits, else there or not";
-  static const std::vector<Kind> kinds = {{"bmp", VX_FORMAT_BMP, {".bmp", ".dib"}, kBitmap},
-                                          {"rle", VX_FORMAT_BMP_RLE, {".rle"}, kNone},
-                                          {"os2", VX_FORMAT_OS2, {}, kNone},
-                                          {"os2v2", VX_FORMAT_OS2_2, {}, kNone},
-                                          {"ico", VX_FORMAT_ICO, {".ico"}, kAlpha},
-                                          {"cur", VX_FORMAT_CUR, {".cur"}, kAlpha},
-                                          {"png-icon", VX_FORMAT_VISTA_ICO, {}, kAlpha},
-                                          {"png", VX_FORMAT_PNG, {".png"}, kAlpha}};
+  static const std::vector<Kind> kinds = {{"bmp", VX_FORMAT_BMP, {".bmp", ".dib"}, "bmp", kBitmap},
+                                          {"rle", VX_FORMAT_BMP_RLE, {".rle"}, "bmp", kNone},
+                                          {"os2", VX_FORMAT_OS2, {}, "bmp", kNone},
+                                          {"os2v2", VX_FORMAT_OS2_2, {}, "bmp", kNone},
+                                          {"ico", VX_FORMAT_ICO, {".ico"}, "ico", kAlpha},
+                                          {"cur", VX_FORMAT_CUR, {".cur"}, "cur", kAlpha},
+                                          {"png-icon", VX_FORMAT_VISTA_ICO, {}, "ico", kAlpha},
+                                          {"png", VX_FORMAT_PNG, {".png"}, "png", kAlpha}};
   return kinds;
 }
 
@@ -113,6 +114,12 @@ vx_dither ParseDither(std::string_view dither) {
 
 }  // namespace
 
+std::string_view EndingFor(int format) {
+  const auto kind =
+      std::find_if(Kinds().begin(), Kinds().end(), [&](const Kind& each) { return each.format == format; });
+  return kind == Kinds().end() ? "" : kind->ending;
+}
+
 std::string FormatTable() {
   std::string table = "  FORMAT    bits a pixel          largest  transparency\n";
   for (const Kind& kind : Kinds()) {
@@ -123,13 +130,17 @@ std::string FormatTable() {
   return table;
 }
 
-void SaveArguments::Declare(Arguments& command) {
-  command.Add({.name = "--to",
-               .help = "format of OUT: " + Words() +
-                       ".\nGuessed from OUT's name unless given; png for a name that tells nothing",
-               .value = "FORMAT",
-               .offers = Words("|")},
-              format_);
+void SaveArguments::Declare(Arguments& command, Into into) {
+  const bool isOne = into == Into::kOneFile;
+  command.Add(
+      {.name = "--to",
+       .help = isOne ? "format of OUT: " + Words() +
+                           ".\nGuessed from OUT's name unless given; png for a name that tells nothing"
+                     : "format of the new files: " + Words(),
+       .value = "FORMAT",
+       .offers = Words("|"),
+       .isRequired = !isOne},
+      format_);
   command.Add({.name = "--bits",
                .help = "bits a pixel: 1, 4, 8, 16, 24 or 32, as far as the format has them;\n"
                        "unless given, those of the picture, or the fewest that lose nothing",

@@ -11,8 +11,12 @@ namespace cli {
 
 class SaveArguments {
  public:
-  /// Adds the options to a command. The object must stay where it is until the arguments are parsed.
-  void Declare(Arguments& command);
+  /// What the pictures become.
+  enum class Into { kOneFile, kManyFiles };
+
+  /// Adds the options to a command; for many files the format must be named. The object must stay where it is
+  /// until the arguments are parsed.
+  void Declare(Arguments& command, Into into = Into::kOneFile);
 
   /// @param out the file's name, from which the format is guessed where none was given
   /// @throws UsageError where the format cannot be told, or has not the depth asked for
@@ -29,6 +33,9 @@ class SaveArguments {
   bool is1555_ = false;
   bool is4444_ = false;
 };
+
+/// @return the ending that files of a format have, without its dot.
+std::string_view EndingFor(int format);
 
 /// @return what the formats have room for, a line each.
 std::string FormatTable();

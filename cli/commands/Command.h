@@ -21,6 +21,8 @@ Action DeclareInfo(Arguments& command);
 Action DeclareInspect(Arguments& command);
 Action DeclareView(Arguments& command);
 Action DeclareConvert(Arguments& command);
+Action DeclareBatch(Arguments& command);
+Action DeclareDiff(Arguments& command);
 Action DeclarePages(Arguments& command);
 Action DeclareIcon(Arguments& command);
 Action DeclareCursor(Arguments& command);

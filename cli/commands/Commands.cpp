@@ -58,6 +58,36 @@ Examples:
   vxbmp convert dump.bin out.png --raw 640x480x16:bitfields \
       --masks 0xF800,0x07E0,0x001F --offset 512 --top-down)",
      DeclareConvert},
+    {"batch", "Converts many files, on all processors.",
+     R"(Every file is converted as vxbmp convert does it, into a new one below --dir, which
+appears whole or not at all. Folders give the files in them that are called as pictures
+are; patterns are quoted, or the shell makes names of them, and ** is any folders.
+{dir} is the folder of a file below the one that was named, {path} its folder as it was
+written, {stem} its name without the ending, {file} its whole name, {page} the page's
+number and {ext} the new ending.
+
+Nothing begins while two files would become one, and no file that is read is written to.
+Ctrl-C lets the files in hand be finished; --resume goes on after that.
+
+Examples:
+  vxbmp batch icons --to png --dir pngs -r --page all
+  vxbmp batch 'scans/**/*.bmp' --to png --dir out --keep-going
+  vxbmp batch *.bmp --to bmp --bits 8 --dir small --name {stem}-8.{ext}
+  find . -name '*.cur' -print0 | vxbmp batch --files-from - --to png --dir out
+  vxbmp batch scans --to png --dir out --resume --shard 3/16)",
+     DeclareBatch},
+    {"diff", "Tells whether two files show the same, and how far off they are.",
+     R"(Exit code 0: the pixels that are shown are the same, page by page, whatever the files are
+and however they store them, which is told; with --strict it counts, too. 1: they are
+not. 2: something went wrong. A page of which the other file has none is a difference.
+With --page, a file of one page is compared with it whatever the number.
+
+Examples:
+  vxbmp diff photo.bmp photo.png
+  vxbmp diff app.ico large.png --page 4
+  vxbmp diff before.bmp after.bmp -o difference.png
+  vxbmp diff before.ico after.ico --strict -q || echo changed)",
+     DeclareDiff},
     {"pages", "Lists and changes the pages of icon and cursor files.",
      R"(SEL is a page: 3, -1 (the last), 32x32 (all of that size), 32x32@8 (of 8 bits a pixel);
 a range: 1-3, 2- (from 2 on); or a list of those with commas. Numbers mean the pages as

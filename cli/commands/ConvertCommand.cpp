@@ -1,11 +1,9 @@
 // vxbmp convert: one page, a band of it, or headerless data, into a file of any format.
 #include <fmt/format.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -13,7 +11,7 @@
 #include "arguments/RawArguments.h"
 #include "arguments/SaveArguments.h"
 #include "commands/Command.h"
-#include "failures/Report.h"
+#include "jobs/Conversion.h"
 #include "streams/Input.h"
 #include "streams/Output.h"
 #include "words/Numbers.h"
@@ -46,18 +44,9 @@ void ParseBand(std::string_view band, vx_load_options& options) {
 
 vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescription* raw) {
   vx::LoadOptions options = arguments.page.Options();
-  options.flags |= VX_LOAD_ROW_BY_ROW;
   if (!arguments.band.empty()) ParseBand(arguments.band, options);
   if (raw != nullptr) options.raw = &raw->Get();
   return options;
-}
-
-/// Compares files, not names, so links are seen through. Devices do not count: they may be read and written.
-bool AreSameFile(const std::string& one, const std::string& other) {
-  struct stat first {};
-  struct stat second {};
-  return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 && S_ISREG(first.st_mode) &&
-         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
 /// A new file in the place of the original is hardly ever what was meant.
@@ -68,59 +57,22 @@ void RefuseToReplace(const ConvertArguments& arguments) {
   }
 }
 
-/// What saving does to the colours, with what helps. Right after the save.
-void RemarkOnProfile(const std::string& name) {
-  const auto remarks = vx::Remarks();
-  const bool isDropped = std::any_of(remarks.begin(), remarks.end(), [](const vx_remark& remark) {
-    return remark.code == VX_REMARK_PROFILE_DROPPED;
-  });
-  if (!isDropped) return;
-  ReportMessage(fmt::format("{}: the picture's colour profile is lost; --to png keeps it, --srgb applies it",
-                            Printable(name)));
-}
-
-/// Whether a save failed for want of rows, which are read only then.
-bool IsOfReading(const vx::Error& error) {
-  return error.status() == VX_READ_ERROR || error.status() == VX_BAD_FORMAT;
-}
-
-/// @throws vx::Error where the picture turns out to be damaged
-ExitCode Save(const vx::Bitmap& picture, const std::string& out, const vx_save_options& options) {
-  const std::string name = out == kStandardStream ? "standard output" : out;
-  try {
-    const vx_save_plan plan = picture.Plan(options);
-    WritePicture(picture, out.c_str(), options);
-    RemarkOnProfile(name);
-    RemarkOnLosses(name, options, plan);
-  } catch (const vx::Error& error) {
-    if (IsOfReading(error)) throw;
-    ReportFailure(error, {.file = name});
-    return kExitFailed;
-  }
-  return kExitOk;
-}
-
 ExitCode Convert(const ConvertArguments& arguments) {
   RefuseToReplace(arguments);
-  vx::SaveOptions saveOptions = arguments.save.Describe(arguments.out, arguments.raw.Palette().ForOutput());
-  saveOptions.drop_alpha = arguments.page.DropsAlpha() ? 1 : 0;
+  Conversion conversion;
+  conversion.save = arguments.save.Describe(arguments.out, arguments.raw.Palette().ForOutput());
+  conversion.save.drop_alpha = arguments.page.DropsAlpha() ? 1 : 0;
   const std::unique_ptr<RawDescription> raw = arguments.raw.Describe();
-  vx::LoadOptions options = OptionsFor(arguments, raw.get());
+  conversion.load = OptionsFor(arguments, raw.get());
+  if (raw == nullptr) conversion.page = &arguments.page;
   RefuseTerminal(arguments.out.c_str());
-  const std::string name = InputName(arguments.in.c_str());
-  const Circumstances at{.file = name, .mayBeRaw = raw == nullptr, .takesTruncated = true};
   try {
     Input input(arguments.in.c_str(), raw ? Content::Headerless : Content::Picture);
-    if (raw == nullptr) arguments.page.ChooseFrom(input.Source(), options);
-    const vx::Bitmap picture = input.Source().Load(options);
-    ReportRemarks(name);
-    if (const std::string profile = picture.ProfileName(); !profile.empty()) {
-      ReportMessage(fmt::format("{}: the colour profile is named {}", Printable(name), Printable(profile)));
-    }
-    if (raw == nullptr) arguments.page.RemarkOnOthers(input.Source(), name);
-    return Save(picture, arguments.out, saveOptions);
+    if (conversion.page != nullptr) conversion.page->ChooseFrom(input.Source(), conversion.load);
+    const Converted converted = ConvertPicture(input, arguments.in, arguments.out, conversion);
+    return converted.failure ? kExitFailed : kExitOk;
   } catch (const vx::Error& error) {
-    ReportFailure(error, at);
+    ReportInputFailure(error, arguments.in, conversion);
     return kExitFailed;
   }
 }

@@ -34,6 +34,8 @@ constexpr Hint kHints[] = {
     {VX_REASON_BAD_FILTER, nullptr, "VX_FILTER_PATH may name the folder that holds the filter"},
 };
 
+thread_local Hearing* hearing = nullptr;
+
 /// Standard error may be closed; there is nobody left to tell that.
 void Print(const std::string& line) {
   std::fputs(line.c_str(), stderr);
@@ -49,7 +51,12 @@ bool NamesFile(std::string_view text, std::string_view file) {
 void PrintHint(int reason, const Circumstances& circumstances) {
   for (const Hint& hint : kHints) {
     const bool helps = hint.condition == nullptr || circumstances.*hint.condition;
-    if (hint.reason == reason && helps) Print(fmt::format("  hint: {}\n", hint.text));
+    if (hint.reason != reason || !helps) continue;
+    if (hearing != nullptr) {
+      hearing->hints.emplace_back(hint.text);
+    } else {
+      Print(fmt::format("  hint: {}\n", hint.text));
+    }
   }
 }
 
@@ -65,6 +72,10 @@ void ReportFailure(const vx::Error& error, const Circumstances& circumstances) {
 }
 
 void ReportMessage(std::string_view message) {
+  if (hearing != nullptr) {
+    hearing->messages.emplace_back(message);
+    return;
+  }
   Print(fmt::format("vxbmp: {}\n", message));
 }
 
@@ -82,7 +93,15 @@ void ReportRemarks(std::string_view file, int except) {
 }
 
 void Remark(std::string_view message) {
-  if (isatty(STDERR_FILENO) != 0) ReportMessage(message);
+  if (hearing != nullptr || isatty(STDERR_FILENO) != 0) ReportMessage(message);
+}
+
+Hearing::Hearing() {
+  hearing = this;
+}
+
+Hearing::~Hearing() {
+  hearing = nullptr;
 }
 
 }  // namespace cli

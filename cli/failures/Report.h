@@ -1,7 +1,9 @@
 // Telling people on standard error what went wrong and what they can do about it.
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 #include <vx/image.hpp>
 
 namespace cli {
@@ -23,7 +25,22 @@ void ReportMessage(std::string_view message);
 /// told in other words.
 void ReportRemarks(std::string_view file, int except = VX_REMARK_NONE);
 
-/// The same, but only where standard error is a terminal: for remarks on what went well.
+/// The same, but only where standard error is a terminal, or somebody hears it: for remarks on what went
+/// well.
 void Remark(std::string_view message);
+
+/// While it lives, what its thread reports is kept in it instead of being printed: for commands that do many
+/// things at once and know better where and when to say it. One at a time in a thread.
+class Hearing {
+ public:
+  Hearing();
+  ~Hearing();
+  Hearing(const Hearing&) = delete;
+  Hearing& operator=(const Hearing&) = delete;
+
+  /// As ReportMessage was given them.
+  std::vector<std::string> messages;
+  std::vector<std::string> hints;
+};
 
 }  // namespace cli

@@ -62,6 +62,13 @@ void PrintToStandardOutput(std::string_view text) {
   WriteAll(STDOUT_FILENO, text.data(), text.size(), NameOf(kStandardStream));
 }
 
+bool AreSameFile(const std::string& one, const std::string& other) {
+  struct stat first {};
+  struct stat second {};
+  return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 && S_ISREG(first.st_mode) &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 void RefuseTerminal(const char* path) {
   if (IsTerminal(path)) {
     throw UsageError(std::string(NameOf(path)) +

@@ -1,6 +1,7 @@
 // Results on their way out: pictures, and streams that say when they broke.
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vx/image.hpp>
 
@@ -16,6 +17,9 @@ void PrintToStandardOutput(std::string_view text);
 /// Pipes, devices and the like are written to directly.
 /// @throws vx::Error or FileError when it cannot be saved, UsageError where it is a terminal, OutputClosed.
 void WritePicture(const vx::Bitmap& picture, const char* path, const vx_save_options& options);
+
+/// Whether two names lead to one file, by whatever links. Devices do not count: they may be read and written.
+bool AreSameFile(const std::string& one, const std::string& other);
 
 /// @throws UsageError where WritePicture would refuse: to find out before the work is done.
 void RefuseTerminal(const char* path);

@@ -42,9 +42,13 @@ void JsonLine::Add(std::string_view name, const std::vector<JsonLine>& objects) 
                            members.empty() ? "" : "}"));
 }
 
-void JsonLine::AddFile(std::string_view file) {
-  Add("file", file);
-  if (Utf8(file) != file) Add("file_bytes", Hexadecimal(file));
+void JsonLine::AddReal(std::string_view name, double number) {
+  AddRaw(name, fmt::format("{:.6g}", number));
+}
+
+void JsonLine::AddFile(std::string_view file, std::string_view name) {
+  Add(name, file);
+  if (Utf8(file) != file) Add(fmt::format("{}_bytes", name), Hexadecimal(file));
 }
 
 void JsonLine::AddFailure(int status, std::string_view message) {

@@ -15,10 +15,17 @@ class JsonLine {
  public:
   /// @param text any bytes; those that are not UTF-8 are told as \xNN
   void Add(std::string_view name, std::string_view text);
-  void Add(std::string_view name, std::integral auto number) { AddRaw(name, std::to_string(number)); }
+  /// Adds a whole number, or true or false.
+  void Add(std::string_view name, std::integral auto value) {
+    if constexpr (std::same_as<decltype(value), bool>) {
+      AddRaw(name, value ? "true" : "false");
+    } else {
+      AddRaw(name, std::to_string(value));
+    }
+  }
+  void AddReal(std::string_view name, double number);
   /// Adds an array of the two numbers.
   void Add(std::string_view name, std::pair<int, int> point);
-
   /// Adds an array of texts.
   void Add(std::string_view name, const std::vector<std::string>& texts);
   /// Adds an array of objects.
@@ -26,8 +33,8 @@ class JsonLine {
 
   /// Names the file that the line is about. JSON cannot hold a name that is not UTF-8: "file" is then for
   /// people, with \xNN for every byte that is not UTF-8, and "file_bytes" has all bytes, two hexadecimal
-  /// digits each.
-  void AddFile(std::string_view file);
+  /// digits each. Further files that it names are told in the same way. @param name in the place of "file"
+  void AddFile(std::string_view file, std::string_view name = "file");
   /// Adds "error", "status" and "message".
   void AddFailure(int status, std::string_view message);
 
