@@ -243,9 +243,9 @@ HotSpot HotSpotOf(const vx_source& source, const LoadPlan& plan) {
 
 }  // namespace
 
-/// Icons say nothing of the fourth bytes: there any that is not 0 makes all of
-/// them alpha. Bitmap files say so by a mask; many writers leave 0 everywhere all the same, and every reader
-/// that people use shows such a picture.
+/// Icons say nothing of the fourth bytes: there any that is not 0 makes all of them alpha. Bitmap files say
+/// so by a mask; many writers leave 0 everywhere all the same, and every reader that people use shows such a
+/// picture.
 void SettleAlpha(const LoadPlan& plan, uint32_t pixelBits, _BITMAPHANDLE* record) noexcept {
   const bool isPng = plan.isPng || (plan.image && plan.image->decoder == bmp::Decoder::kPng);
   if (record->BitsPerPixel != 32 || isPng) return;

@@ -64,8 +64,22 @@ bool AreSystemFiles(const Backend& backend) {
   return backend.functions.open == kSystemBackend.functions.open;
 }
 
+/// Takes rows into memory that may come from the very file that is written over.
+/// @return STATUS_OK, or a failure with its detail set
+int HoldRows(SavePlan* plan, OwnedBitmap* held) {
+  if (plan->shown.Pixels != nullptr) return STATUS_OK;
+  const int status = CopyPixels(plan->shown, held);
+  if (status == STATUS_OK) plan->shown.Pixels = held->Pixels;
+  return status;
+}
+
 int SaveFile(const char* path, bool inPlace, SavePlan* plan) {
   const Backend& backend = InstalledBackend();
+  OwnedBitmap held;
+  if (inPlace || !AreSystemFiles(backend)) {
+    const int status = HoldRows(plan, &held);
+    if (status != STATUS_OK) return status;
+  }
   if (!AreSystemFiles(backend)) return WriteThrough(backend, path, plan);
   return inPlace ? SaveOnto(path, plan) : SaveInPlaceOf(path, plan);
 }

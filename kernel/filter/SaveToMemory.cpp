@@ -144,7 +144,7 @@ int SaveToMemory(void** memory, _BITMAPHANDLE* bitmap, int format, int bitsPerPi
   try {
     const int status = EncodeAsPng(CensusOfCall(own), bitsPerPixel, context.convertArg1, context.convertArg2,
                                    nullptr, png.AsOutput());
-    if (status != STATUS_OK) return png.Settle(status);
+    if (status != STATUS_OK) return PngBytes::Settle(status);
   } catch (const Failed& failed) {
     return failed.status;
   }
