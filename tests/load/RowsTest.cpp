@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <numeric>
 #include <random>
 
@@ -218,6 +220,32 @@ TEST(RowByRow, IsSavedAsWhatIsLoadedWhole) {
       }
     }
   }
+}
+
+/// The file that is written over is the one that the rows are read from. It is larger than what is read at
+/// once.
+TEST(RowByRow, IsSavedInPlaceOfItsOwnFile) {
+  constexpr int kSide = 1600;
+  const std::string path = testing::TempDir() + "rows-in-place.bmp";
+  Bytes rgba(size_t{4} * kSide * kSide, 255);
+  for (size_t i = 0; i < rgba.size(); ++i) {
+    if (i % 4 != 3) rgba[i] = static_cast<uint8_t>(i * i >> 7);
+  }
+  vx::SaveOptions options;
+  options.format = VX_FORMAT_BMP;
+  options.bits_per_pixel = 24;
+  vx::Bitmap::FromRgba(kSide, kSide, rgba.data()).Save(path, options);
+  {
+    const vx::Source source = vx::Source::File(path);
+    vx::LoadOptions how;
+    how.flags = VX_LOAD_ROW_BY_ROW;
+    const vx::Bitmap picture = source.Load(how);
+    options.bits_per_pixel = 32;
+    options.in_place = 1;
+    ASSERT_EQ(vx_save_file(picture.Get(), path.c_str(), &options), VX_OK) << vx_error_detail();
+  }
+  EXPECT_TRUE(vx::Source::File(path).Load().Rgba() == rgba);
+  std::filesystem::remove(path);
 }
 
 }  // namespace
