@@ -16,7 +16,12 @@ inline constexpr uint32_t kFileStartSize = 26;
 
 /// Whether a file may begin with this byte: for a loop over all there are.
 constexpr bool MayBeginWith(uint8_t first) {
-  return first == 0 || first == 'B' || first == 'C' || first == 'I' || first == 'P' || first == 'R';
+  constexpr auto kIsFirst = [] {
+    Block<256> isFirst{};
+    for (const char each : {'\0', 'B', 'C', 'I', 'P', 'R'}) isFirst[static_cast<uint8_t>(each)] = 1;
+    return isFirst;
+  }();
+  return kIsFirst[first] != 0;
 }
 
 constexpr bool BeginsLikeBitmap(View<kFileStartSize> bytes) {
@@ -48,6 +53,7 @@ constexpr bool BeginsLikeAnimation(View<kFileStartSize> bytes) {
 }
 
 constexpr bool BeginsLikeFile(View<kFileStartSize> bytes) {
+  if (bytes[0] == 0 && (bytes[1] != 0 || bytes[2] == 0)) return false;  // most bytes that are looked at are 0
   return BeginsLikeIcon(bytes) || BeginsLikeBitmap(bytes) || BeginsLikeArray(bytes) ||
          BeginsLikeAnimation(bytes);
 }

@@ -22,6 +22,7 @@ Action DeclareInspect(Arguments& command);
 Action DeclareView(Arguments& command);
 Action DeclareConvert(Arguments& command);
 Action DeclareBatch(Arguments& command);
+Action DeclareCarve(Arguments& command);
 Action DeclareDiff(Arguments& command);
 Action DeclarePages(Arguments& command);
 Action DeclareIcon(Arguments& command);

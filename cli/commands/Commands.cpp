@@ -88,6 +88,17 @@ Examples:
   vxbmp diff before.bmp after.bmp -o difference.png
   vxbmp diff before.ico after.ico --strict -q || echo changed)",
      DeclareDiff},
+    {"carve", "Finds the bitmaps, icons and cursors inside any file.",
+     R"(Whatever the file is - the image of a disk, a program, a damaged archive - what lies in it
+as it is becomes a file of its own, as long as its headers say, named after the byte that
+it begins at. Only what is whole is taken, and bitmaps whose end the file cuts off. Files
+that are there already stay. What is compressed, or stored in pieces, is not found.
+
+Examples:
+  vxbmp carve disk.img --dir found
+  vxbmp carve program.exe --dir found --dry-run
+  vxbmp carve --json disk.img --dir found | jq -r .output)",
+     DeclareCarve},
     {"pages", "Lists and changes the pages of icon and cursor files.",
      R"(SEL is a page: 3, -1 (the last), 32x32 (all of that size), 32x32@8 (of 8 bits a pixel);
 a range: 1-3, 2- (from 2 on); or a list of those with commas. Numbers mean the pages as

@@ -27,6 +27,17 @@ uint64_t SizeOf(const vx_source& source) noexcept {
   return static_cast<uint64_t>(std::max<int64_t>(source.Size(), 0));
 }
 
+/// As vx_source::Peek, also where no picture's bytes can be: disks are longer than files. @return how many
+uint32_t ReadAnywhere(const vx_source& source, uint8_t* buffer, uint32_t count, uint64_t offset) noexcept {
+  uint32_t done = 0;
+  while (done < count) {
+    const int64_t got = source.ReadAt(buffer + done, count - done, offset + done);
+    if (got <= 0 || got > count - done) break;
+    done += static_cast<uint32_t>(got);
+  }
+  return done;
+}
+
 /// How long the file says it is, in a header at its beginning; 0 where it does not.
 uint64_t StatedLength(Start start) noexcept {
   if (bmp::BeginsLikeAnimation(start)) {
@@ -45,38 +56,44 @@ std::optional<uint64_t> EndOf(const memory::Vector<vx_part>& parts) noexcept {
   return end;
 }
 
-/// Takes the file apart that begins `source`. Throws std::bad_alloc. @return its length, or nothing
-std::optional<uint64_t> Measure(vx_source& source, Start start) {
+/// Takes the file apart that has those bytes at most. Throws std::bad_alloc. @param found of length 0 where
+/// it is none
+/// @return STATUS_OK, or a failure with its detail set
+int Measure(vx_source& source, const Extent& extent, uint64_t stated, vx_found_file* found) {
   constexpr uint64_t kMostPadding = 3;
-  memory::Vector<vx_part> parts;
-  if (FindParts(source, &parts) != STATUS_OK) return {};
-  const std::optional<uint64_t> end = EndOf(parts);
-  if (!end) return {};
-  const uint64_t stated = StatedLength(start);
-  const bool isPadded = stated > *end && stated - *end <= kMostPadding && stated <= SizeOf(source);
-  const uint64_t length = isPadded ? stated : *end;
-  return length <= SizeOf(source) || length == stated ? std::optional(length) : std::nullopt;
-}
-
-/// The file that begins at `offset`; of length 0 where none does. Throws std::bad_alloc. @return STATUS_OK,
-/// or a failure with its detail set
-int LookAt(vx_source& source, uint64_t offset, vx_found_file* found) {
-  *found = {};
-  const auto start = source.BlockAt<bmp::kFileStartSize>(offset);
-  if (offset >= SizeOf(source) || !IsWorthALook(start)) return STATUS_OK;
-  Extent extent{offset, SizeOf(source)};
-  if (bmp::BeginsLikeAnimation(start)) extent.end = std::min(extent.end, offset + StatedLength(start));
   FrameView view(source, extent);
   const int status = view.Open(1);
   if (status != STATUS_OK) return status;
-  const std::optional<uint64_t> length = Measure(view.Source(), start);
+  memory::Vector<vx_part> parts;
+  const std::optional<uint64_t> end =
+      FindParts(view.Source(), &parts) == STATUS_OK ? EndOf(parts) : std::nullopt;
   vx_info info{};
-  const bool isFile = length && vx_describe(&view.Source(), 1, &info) == VX_OK;
+  const bool isFile = end && vx_describe(&view.Source(), 1, &info) == VX_OK;
   BeginCall();  // what is wrong with bytes that are no file is told nobody
-  if (isFile) {
-    *found = {info.format, info.page_count, offset, *length, std::min(*length, SizeOf(source) - offset)};
-  }
+  if (!isFile) return STATUS_OK;
+  const uint64_t there = extent.end - extent.begin;
+  const bool isPadded = stated > *end && stated - *end <= kMostPadding && stated <= there;
+  const uint64_t length = isPadded ? stated : *end;
+  if (length > there && length != stated) return STATUS_OK;
+  *found = {info.format, info.page_count, extent.begin, length, std::min(length, there)};
   return STATUS_OK;
+}
+
+/// The file that begins at `offset`; of length 0 where none does. What it says of its own length is tried
+/// first: codes without an end would go on through what follows. Throws std::bad_alloc. @return STATUS_OK, or
+/// a failure with its detail set
+int LookAt(vx_source& source, uint64_t offset, vx_found_file* found) {
+  *found = {};
+  bmp::Block<bmp::kFileStartSize> start{};
+  (void)ReadAnywhere(source, start.data(), bmp::kFileStartSize, offset);
+  if (offset >= SizeOf(source) || !IsWorthALook(start)) return STATUS_OK;
+  const uint64_t there = SizeOf(source) - offset;
+  const uint64_t stated = StatedLength(start);
+  if (stated >= bmp::kFileStartSize && stated < there) {
+    const int status = Measure(source, {offset, offset + stated}, stated, found);
+    if (status != STATUS_OK || (found->length > 0 && found->length <= stated)) return status;
+  }
+  return Measure(source, {offset, offset + there}, stated, found);
 }
 
 /// The places of a source where a file may begin, one after the other.
@@ -89,9 +106,11 @@ class Places {
   std::optional<uint64_t> Next() {
     while (at_ < until_) {
       if (at_ + bmp::kFileStartSize > end_) Fill();
-      const auto bytes = std::span<const uint8_t>(window_).subspan(static_cast<std::size_t>(at_ - begin_));
-      if (bmp::MayBeginWith(bytes[0]) && IsWorthALook(bytes.first<bmp::kFileStartSize>())) return at_++;
-      ++at_;
+      const uint64_t last = std::min(until_, end_ - bmp::kFileStartSize + 1);
+      for (const uint8_t* next = &window_[static_cast<std::size_t>(at_ - begin_)]; at_ < last;
+           ++at_, ++next) {
+        if (bmp::MayBeginWith(*next) && IsWorthALook(Start(next, bmp::kFileStartSize))) return at_++;
+      }
     }
     return {};
   }
@@ -99,15 +118,18 @@ class Places {
  private:
   /// Zeros follow the end of the source.
   void Fill() {
-    const int64_t got = source_.ReadAt(window_.data(), kWindow, at_);
-    if (got <= 0) {
-      throw Failed{Fail(Cause(STATUS_READ_ERROR, VX_REASON_CHANGED_WHILE_READ).At(static_cast<int64_t>(at_)),
-                        source_.Name(), ": cannot read at byte ", at_)};
+    const auto wanted =
+        static_cast<uint32_t>(std::min<uint64_t>(kWindow, until_ - at_ + bmp::kFileStartSize));
+    const uint32_t got = ReadAnywhere(source_, window_.data(), wanted, at_);
+    const bool isLast = at_ + got >= SizeOf(source_);
+    if (got < wanted && !isLast) {
+      throw Failed{
+          Fail(Cause(STATUS_READ_ERROR, VX_REASON_CHANGED_WHILE_READ).At(static_cast<int64_t>(at_ + got)),
+               source_.Name(), ": cannot read at byte ", at_ + got)};
     }
-    std::fill(window_.begin() + got, window_.end(), uint8_t{0});
+    std::fill_n(window_.begin() + got, bmp::kFileStartSize, uint8_t{0});
     begin_ = at_;
-    const bool isLast = at_ + static_cast<uint64_t>(got) >= SizeOf(source_);
-    end_ = at_ + static_cast<uint64_t>(got) + (isLast ? bmp::kFileStartSize : 0);
+    end_ = at_ + got + (isLast ? bmp::kFileStartSize : 0);
   }
 
   static constexpr uint32_t kWindow = 1 << 18;
@@ -164,17 +186,7 @@ int vx_read_bytes(vx_source* source, uint64_t offset, void* buffer, size_t count
       return vxkrn::FailForArgument(
           "the source, the places for bytes and their number, and a count below 4 GiB must be given");
     }
-    while (*read < count) {
-      const int64_t got = source->ReadAt(static_cast<uint8_t*>(buffer) + *read,
-                                         static_cast<uint32_t>(count - *read), offset + *read);
-      if (got == 0) break;
-      if (got < 0) {
-        return vxkrn::Fail(
-            vxkrn::Cause(VX_READ_ERROR, VX_REASON_SYSTEM_ERROR).At(static_cast<int64_t>(offset + *read)),
-            source->Name(), ": cannot read at byte ", offset + *read);
-      }
-      *read += static_cast<size_t>(got);
-    }
+    *read = vxkrn::ReadAnywhere(*source, static_cast<uint8_t*>(buffer), static_cast<uint32_t>(count), offset);
     return VX_OK;
   });
 }
