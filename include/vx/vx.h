@@ -280,6 +280,22 @@ typedef struct vx_info {
   char compression[20]; /**< "Run Length", "PNG", "alpha bit fields" and so on, or "" for none */
 } vx_info;
 
+/** How one page is stored: what its headers say, and how much of it the file has. */
+typedef struct vx_storage_info {
+  char kind[56];     /**< what people call it, such as "Windows bitmap, V5 header" or "animated cursor" */
+  int header_size;   /**< bytes of the image header, as it says itself; 0: PNG, which has none */
+  int palette_count; /**< colours of its table */
+  uint32_t masks[4]; /**< the bits of a pixel that are red, green, blue and alpha; 0 where no mask says so */
+  int color_space;   /**< vx_color_space: what headers say; profiles are not looked at */
+  int has_alpha;     /**< nonzero: it says that there is alpha, or may have some, as icons of 32 bits do */
+  int hot_x;         /**< the pixel of a cursor that points; else 0 */
+  int hot_y;
+  int rows_present;    /**< rows that the file has; -1 where only decoding tells */
+  int ends_early;      /**< nonzero: the file ends before the page does */
+  int64_t data_offset; /**< byte of the file where pixels, codes or a PNG stream begin; 0 where not known */
+  int64_t file_size;   /**< bytes of the whole file; -1 where not known */
+} vx_storage_info;
+
 /* ---- Sources ---- */
 
 /** A file or memory block that images are read from. */
@@ -322,6 +338,11 @@ VX_API void vx_close(vx_source* source);
  * VX_BAD_PAGE, and files of a single image have page 1 alone. What is wrong with other pages is no matter.
  */
 VX_API int vx_describe(vx_source* source, int page, vx_info* info);
+
+/**
+ * Tells how a page is stored, without decoding it. @return what vx_describe returns
+ */
+VX_API int vx_storage_describe(vx_source* source, int page, vx_storage_info* info);
 
 /**
  * Finds the page that people mean: of `width` pixels, else the smallest that is wider, else the widest; of
