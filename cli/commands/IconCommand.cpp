@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "arguments/Overwriting.h"
 #include "arguments/PageSelection.h"
 #include "arguments/SaveArguments.h"
 #include "commands/Command.h"
@@ -34,6 +35,7 @@ struct IconArguments {
   std::string pngFrom;
   std::string bits;
   bool toSrgb = false;
+  Overwriting overwriting;
 };
 
 int ParseSize(std::string_view text, std::string_view option, std::string_view all) {
@@ -191,6 +193,7 @@ class IconMaker {
     FindOriginals();
     if (sizes_.empty()) sizes_ = SizesFor(originals_);
     at_ = arguments_.out;
+    if (!arguments_.overwriting.Prepare(InputName(arguments_.images.front().c_str()), at_)) return kExitOk;
     vx::Edit edit(arguments_.out == kStandardStream ? "/dev/stdout" : arguments_.out, VX_EDIT_NEW);
     for (const int size : sizes_) {
       const Picture& picture = PictureFor(size);
@@ -294,6 +297,7 @@ Action DeclareIcon(Arguments& command) {
               arguments->bits);
   command.Add({.name = "--srgb", .help = "convert colours by a profile, or calibrated ones, to sRGB"},
               arguments->toSrgb);
+  arguments->overwriting.Declare(command);
   return [arguments] { return MakeIcon(*arguments); };
 }
 

@@ -2,7 +2,6 @@
 #include "failures/Report.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <string>
@@ -32,6 +31,19 @@ constexpr Hint kHints[] = {
      "VXDIS.so is built where libchafa is installed, and belongs beside the library"},
     {VX_REASON_NO_FILTER, nullptr, "VX_FILTER_PATH may name the folder that holds the filter"},
     {VX_REASON_BAD_FILTER, nullptr, "VX_FILTER_PATH may name the folder that holds the filter"},
+};
+
+/// What the library advises programs is no help at a command line.
+constexpr std::pair<vx_reason, const char*> kAdvice[] = {
+    {VX_REASON_NOT_A_FILE, "name a file: this is a folder, or what files are not read from or written to"},
+    {VX_REASON_NO_SIGNATURE, "use a program for files of that kind"},
+    {VX_REASON_OVER_MEMORY_LIMIT, "--memory-limit SIZE raises the limit, such as 4G"},
+    {VX_REASON_ROWS_MISSING, "--allow-truncated takes what is there"},
+    {VX_REASON_NO_SUCH_PAGE, "vxbmp info FILE lists the pages"},
+    {VX_REASON_FORMAT_NOT_WRITTEN, "choose another format with --to"},
+    {VX_REASON_DEPTH_NOT_IN_FORMAT, "choose other --bits, or leave them out"},
+    {VX_REASON_CODING_NOT_AT_DEPTH, "take another copy; --as-filter may make something of it"},
+    {VX_REASON_PROFILE_DAMAGED, "leave out --srgb"},
 };
 
 thread_local Hearing* hearing = nullptr;
@@ -71,6 +83,13 @@ void ReportFailure(const vx::Error& error, const Circumstances& circumstances) {
   PrintHint(error.reason(), circumstances);
 }
 
+std::string AdviceOn(int reason) {
+  for (const auto& [known, text] : kAdvice) {
+    if (known == reason) return text;
+  }
+  return vx_reason_advice(reason);
+}
+
 void ReportMessage(std::string_view message) {
   if (hearing != nullptr) {
     hearing->messages.emplace_back(message);
@@ -90,10 +109,6 @@ void ReportRemarks(std::string_view file, int except) {
     const std::string page = remark.page > 0 ? fmt::format(", page {}", remark.page) : "";
     ReportMessage(fmt::format("{}{}: {}", Printable(file), page, words));
   }
-}
-
-void Remark(std::string_view message) {
-  if (hearing != nullptr || isatty(STDERR_FILENO) != 0) ReportMessage(message);
 }
 
 Hearing::Hearing() {

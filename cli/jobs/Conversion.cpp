@@ -6,6 +6,7 @@
 
 #include "arguments/SaveArguments.h"
 #include "failures/Report.h"
+#include "jobs/MissingRows.h"
 #include "streams/Output.h"
 #include "words/Text.h"
 
@@ -36,6 +37,7 @@ vx::Bitmap Load(Input& input, const std::string& name, const Conversion& convers
   if (const std::string profile = picture.ProfileName(); !profile.empty()) {
     ReportMessage(fmt::format("{}: the colour profile is named {}", Printable(name), Printable(profile)));
   }
+  if (conversion.missing) FillMissingRows(input.Source(), options, *conversion.missing, &picture);
   if (conversion.page != nullptr) conversion.page->RemarkOnOthers(input.Source(), name);
   return picture;
 }
