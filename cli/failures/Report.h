@@ -13,6 +13,7 @@ struct Circumstances {
   std::string_view file;        ///< the name for messages
   bool mayBeRaw = false;        ///< --raw could have been given, and was not
   bool takesTruncated = false;  ///< --allow-truncated can be given
+  bool makesIcon = false;       ///< what is written is an icon
 };
 
 /// "vxbmp: FILE, page N: what is wrong (STATUS, number)", and a hint where there is one.

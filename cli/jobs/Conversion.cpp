@@ -42,6 +42,10 @@ vx::Bitmap Load(Input& input, const std::string& name, const Conversion& convers
   return picture;
 }
 
+bool IsIcon(int format) {
+  return format == VX_FORMAT_ICO || format == VX_FORMAT_VISTA_ICO;
+}
+
 /// Whether a save failed for want of rows, which are read only then.
 bool IsOfReading(const vx::Error& error) {
   return error.status() == VX_READ_ERROR || error.status() == VX_BAD_FORMAT;
@@ -59,7 +63,7 @@ void Save(const vx::Bitmap& picture, const std::string& out, const vx_save_optio
     RemarkOnLosses(name, options, plan);
   } catch (const vx::Error& error) {
     if (IsOfReading(error)) throw;
-    ReportFailure(error, {.file = name});
+    ReportFailure(error, {.file = name, .makesIcon = IsIcon(options.format)});
     converted.failure = error;
   }
 }

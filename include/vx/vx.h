@@ -135,13 +135,23 @@ typedef enum vx_reason {
   VX_REASON_HEADER_CUT = 53,          /**< the file ends inside an image header; first: where that begins;
                                          second: the length that it says */
   VX_REASON_TABLE_CUT = 54,           /**< or inside a colour table; the same numbers */
-  VX_REASON_TOO_LITTLE_DATA = 55,    /**< no row of the picture is there; first, second: bytes of pixels there
-                                        are, and that a row needs */
-  VX_REASON_JPEG_DAMAGED = 56,       /**< a JPEG stream is damaged */
-  VX_REASON_NO_JPEG = 57,            /**< this library was built without a reader for JPEG streams */
-  VX_REASON_PROFILE_DAMAGED = 58,    /**< a colour profile that cannot be used */
-  VX_REASON_NO_COLOR_MANAGEMENT = 59 /**< this library was built without what applies colour profiles */
+  VX_REASON_TOO_LITTLE_DATA = 55, /**< no row of the picture is there; first, second: bytes of pixels there
+                                     are, and that a row needs */
+  VX_REASON_JPEG_DAMAGED = 56,    /**< a JPEG stream is damaged */
+  VX_REASON_NO_JPEG = 57,         /**< this library was built without a reader for JPEG streams */
+  VX_REASON_PROFILE_DAMAGED = 58, /**< a colour profile that cannot be used */
+  VX_REASON_NO_COLOR_MANAGEMENT = 59, /**< this library was built without what applies colour profiles */
+  VX_REASON_FOREIGN = 60              /**< a picture of a kind that is not read; first: vx_foreign */
 } vx_reason;
+
+/** Kinds of pictures that are recognised, and not read. */
+typedef enum vx_foreign {
+  VX_FOREIGN_JPEG = 1,
+  VX_FOREIGN_GIF = 2,
+  VX_FOREIGN_WEBP = 3,
+  VX_FOREIGN_SVG = 4,
+  VX_FOREIGN_TIFF = 5
+} vx_foreign;
 
 /** What this thread's last failed call found wrong, in numbers. */
 typedef struct vx_error_info {
