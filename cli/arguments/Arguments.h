@@ -26,6 +26,7 @@ struct Argument {
   std::string value{};    ///< what the help calls the value of an option: "N", "none|diffuse"
   std::string offers{};   ///< what shells offer, with | between, where `value` does not say: "1|4|8"
   std::string section{};  ///< the heading that it stands under in the help; "" for the usual one
+  std::string implied{};  ///< the value where the name stands alone; any other stands behind = then
   std::string needs{};    ///< the option, declared before, that this one makes no sense without
   bool isRequired = false;
   Takes takes = Takes::Many;  ///< for lists
@@ -75,6 +76,9 @@ class Arguments {
   /// Adds a command below this one; its action is to be set.
   Arguments& AddCommand(const CommandWords& words) { return commands_.emplace_back(words, this); }
   void SetAction(Action action) { action_ = std::move(action); }
+  /// Says what there is for those who give it more words than it takes.
+  void PointElsewhere(std::string advice) { elsewhere_ = std::move(advice); }
+  [[nodiscard]] const std::string& Elsewhere() const { return elsewhere_; }
   /// Puts text between the options and the details.
   void PutAboveDetails(const std::string& text) { words_.details.insert(0, text); }
 
@@ -98,6 +102,7 @@ class Arguments {
   std::vector<std::pair<std::string, std::string>> exclusions_;
   std::deque<Arguments> commands_;  // which stay where they are
   Action action_;
+  std::string elsewhere_;
 };
 
 }  // namespace cli

@@ -36,6 +36,7 @@ Wish ParseWish(const std::string& page, bool mayBeAll) {
 }
 
 constexpr std::string_view kDrop = "drop";
+constexpr std::string_view kTransparent = "transparent";
 
 int ParseAlpha(const std::string& alpha, bool isSaved) {
   if (alpha.empty() || alpha == "ignore" || (isSaved && alpha == kDrop)) return VX_ALPHA_IGNORE;
@@ -47,6 +48,14 @@ int ParseAlpha(const std::string& alpha, bool isSaved) {
 
 }  // namespace
 
+std::optional<Rgba> OnePage::Missing() const {
+  if (missing_.empty()) return std::nullopt;
+  if (missing_ == kTransparent) return Rgba{};
+  if (const std::optional<Rgba> color = ParseColor(missing_)) return color;
+  throw UsageError(
+      fmt::format("--missing {}: transparent, or a colour such as FF8000 is needed", Printable(missing_)));
+}
+
 void OnePage::Declare(Arguments& command, Then then) {
   then_ = then;
   command.Add(
@@ -54,12 +63,21 @@ void OnePage::Declare(Arguments& command, Then then) {
        .help = fmt::format("page of an icon or cursor, from 1; {} unless given. best takes the largest,\n"
                            "nearest:48 the one for 48 pixels{}",
                            then == Then::kCompared ? "all" : "1",
-                           then == Then::kSavedEach ? ", all every one of them" : ""),
+                           then == Then::kSavedEach ? ", all every one of them"
+                           : then == Then::kSaved   ? ", all each into a file of its own"
+                                                    : ""),
        .value = MayMeanAll() ? "N|all" : "N",
        .offers = MayMeanAll() ? "best|all" : "best"},
       page_);
   command.Add({.name = "--allow-truncated", .help = "take what is there of a file cut short"},
               allowTruncated_);
+  if (IsSaved()) {
+    command.Add({.name = "--missing",
+                 .help = "the same, and what becomes of rows that are not there: transparent, or\n"
+                         "a colour, such as FFFFFF; unless given they are black or the first colour",
+                 .value = "transparent|RRGGBB"},
+                missing_);
+  }
   const std::string help =
       "the fourth bytes of 32-bit bitmaps where the file does not say what they are:\n"
       "left out, unless given; alpha where some are in use; or alpha";
@@ -77,7 +95,7 @@ void OnePage::Declare(Arguments& command, Then then) {
 vx::LoadOptions OnePage::Options() const {
   vx::LoadOptions options;
   options.page = std::max(ParseWish(page_, MayMeanAll()).number, 1);
-  options.allow_truncated = allowTruncated_ ? 1 : 0;
+  options.allow_truncated = allowTruncated_ || !missing_.empty() ? 1 : 0;
   options.alpha = ParseAlpha(alpha_, IsSaved());
   if (asFilter_) options.flags |= VX_LOAD_AS_FILTER;
   if (toSrgb_) options.flags |= VX_LOAD_TO_SRGB;
@@ -101,8 +119,11 @@ void OnePage::RemarkOnOthers(const vx::Source& source, const std::string& file) 
   if (!page_.empty()) return;
   const int pages = source.Describe(1).page_count;
   if (pages < 2) return;
-  Remark(fmt::format("{}: page 1 of {}; --page {}", Printable(file), pages,
-                     then_ == Then::kSavedEach ? "all takes the others, too" : "N takes another"));
+  ReportMessage(fmt::format("{}: page 1 of {} was taken; --page {}", Printable(file), pages,
+                            then_ == Then::kSavedEach ? "all takes the others, too"
+                            : then_ == Then::kSaved
+                                ? "N takes another, --page all each into a file of its own"
+                                : "N takes another"));
 }
 
 }  // namespace cli

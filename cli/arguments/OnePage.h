@@ -2,10 +2,12 @@
 // what people ought to know about either. Some commands may also take all pages.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vx/image.hpp>
 
 #include "arguments/Arguments.h"
+#include "words/Numbers.h"
 
 namespace cli {
 
@@ -15,7 +17,7 @@ class OnePage {
   enum class Then {
     kShown,
     kSaved,
-    kSavedEach,  ///< of each of many files, of which all pages may be taken
+    kSavedEach,  ///< of each of many files
     kCompared    ///< with that of another file, all pages unless one is named
   };
 
@@ -35,15 +37,20 @@ class OnePage {
   /// Whether the page is to be saved without its alpha.
   [[nodiscard]] bool DropsAlpha() const;
 
-  /// Tells people who watch, and who named no page, that there are more than the first.
+  /// What rows become that the file has not; nothing where they stay as the library makes them up.
+  /// @throws UsageError
+  [[nodiscard]] std::optional<Rgba> Missing() const;
+
+  /// Tells those who named no page that there are more than the first.
   void RemarkOnOthers(const vx::Source& source, const std::string& file) const;
 
  private:
   [[nodiscard]] bool IsSaved() const { return then_ == Then::kSaved || then_ == Then::kSavedEach; }
-  [[nodiscard]] bool MayMeanAll() const { return then_ == Then::kSavedEach || then_ == Then::kCompared; }
+  [[nodiscard]] bool MayMeanAll() const { return then_ != Then::kShown; }
 
   std::string page_;
   bool allowTruncated_ = false;
+  std::string missing_;
   bool asFilter_ = false;
   bool toSrgb_ = false;
   Then then_ = Then::kShown;

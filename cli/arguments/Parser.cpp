@@ -29,7 +29,8 @@ class HelpFormatter : public CLI::Formatter {
   }
 
   std::string make_option_opts(const CLI::Option* option) const override {
-    return option->get_option_text().empty() ? "" : " " + option->get_option_text();
+    const std::string& text = option->get_option_text();
+    return text.empty() || text.starts_with('[') ? text : " " + text;
   }
 
   /// What must be given stands in the usage by its name.
@@ -79,7 +80,9 @@ void AddAll(CLI::App& app, const Arguments& arguments) {
     const Argument& argument = declared.argument;
     CLI::Option* option = AddTo(app, declared);
     option->required(argument.isRequired);
-    if (!argument.value.empty()) option->option_text(argument.value);
+    if (!argument.value.empty()) {
+      option->option_text(argument.implied.empty() ? argument.value : "[=" + argument.value + "]");
+    }
     if (!argument.section.empty()) option->group(argument.section);
     if (!argument.needs.empty()) option->needs(app.get_option(argument.needs));
     RefuseEmptyWords(*option);
@@ -91,6 +94,17 @@ void AddAll(CLI::App& app, const Arguments& arguments) {
     below->group("Commands");
     AddAll(*below, command);
   }
+}
+
+/// Writes out the values of options whose names may stand alone: to the library such a value is not optional,
+/// or it would take the next word for it.
+void AddImplied(const Arguments& arguments, std::vector<std::string>& words) {
+  for (const Declared& declared : arguments.All()) {
+    const Argument& argument = declared.argument;
+    if (!argument.implied.empty())
+      std::replace(words.begin(), words.end(), argument.name, argument.name + "=" + argument.implied);
+  }
+  for (const Arguments& command : arguments.Commands()) AddImplied(command, words);
 }
 
 // ---- from the library's words to ours
@@ -117,7 +131,10 @@ std::string NoSuchCommand(const std::string& word, const Arguments& top) {
 
 std::string TooMany(const std::string& word, const Arguments& command) {
   const std::string commands = CommandNames(command);
-  if (commands.empty()) return word + " is a word too many";
+  if (commands.empty()) {
+    return fmt::format("{} is a word too many{}{}", word, command.Elsewhere().empty() ? "" : "; ",
+                       command.Elsewhere());
+  }
   return fmt::format("{} is a word too many; the commands of {} are {}", word, command.Path(), commands);
 }
 
@@ -181,7 +198,10 @@ CLI::App& Parser::App() {
 }
 
 std::optional<std::string> Parser::Parse(int argc, char** argv) try {
-  App().parse(argc, argv);
+  std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+  AddImplied(top_, words);
+  std::reverse(words.begin(), words.end());  // as the library takes them
+  App().parse(words);
   return std::nullopt;
 } catch (const CLI::Success& request) {
   std::ostringstream text;

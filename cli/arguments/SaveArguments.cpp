@@ -53,16 +53,21 @@ const Kind& KindNamed(std::string_view word) {
   throw UsageError(fmt::format("--to {}: the format is one of {}", Printable(word), Words()));
 }
 
-const Kind& KindGuessed(std::string_view out) {
+/// @return null where no format goes with the name
+const Kind* KindGuessed(std::string_view out) {
   const std::string ending = EndingOf(out);
-  if (ending.size() < 2) return KindNamed("png");
+  if (ending.size() < 2) return &KindNamed("png");
   const auto hasEnding = [&](const Kind& kind) {
     return std::find(kind.endings.begin(), kind.endings.end(), ending) != kind.endings.end();
   };
   const auto kind = std::find_if(Kinds().begin(), Kinds().end(), hasEnding);
-  if (kind != Kinds().end()) return *kind;
-  throw UsageError(
-      fmt::format("{}: no format goes with this name; --to names one of {}", Printable(out), Words()));
+  return kind == Kinds().end() ? nullptr : &*kind;
+}
+
+/// @param advice what helps where the name says nothing
+const Kind& KindByName(std::string_view out, std::string_view advice) {
+  if (const Kind* kind = KindGuessed(out)) return *kind;
+  throw UsageError(fmt::format("{}: no format goes with this name; {}", Printable(out), advice));
 }
 
 vx_format_limits LimitsOf(const Kind& kind) {
@@ -114,6 +119,10 @@ vx_dither ParseDither(std::string_view dither) {
 
 }  // namespace
 
+vx::SaveOptions SaveOptionsByName(std::string_view out) {
+  return vx::SaveOptions(KindByName(out, "one that ends with .png or .bmp would do").format);
+}
+
 std::string_view EndingFor(int format) {
   const auto kind =
       std::find_if(Kinds().begin(), Kinds().end(), [&](const Kind& each) { return each.format == format; });
@@ -161,7 +170,7 @@ void SaveArguments::Declare(Arguments& command, Into into) {
 }
 
 vx::SaveOptions SaveArguments::Describe(std::string_view out, vx_palette palette) const {
-  const Kind& kind = format_.empty() ? KindGuessed(out) : KindNamed(format_);
+  const Kind& kind = format_.empty() ? KindByName(out, "--to names one of " + Words()) : KindNamed(format_);
   vx::SaveOptions options(kind.format, ParseDepth(bits_, kind));
   options.palette = palette;
   options.dpi = ParseDpi(dpi_, kind.format);
@@ -194,11 +203,12 @@ void RemarkOnLosses(std::string_view out, const vx_save_options& options, const 
         "{}: soft edges became hard: half opaque and more is opaque; --bits 32 keeps them", name));
   }
   if (plan.format != options.format) {
-    Remark(fmt::format("{}: {} bits a pixel have no run-length coding; saved without", name,
-                       plan.bits_per_pixel));
+    ReportMessage(fmt::format("{}: {} bits a pixel have no run-length coding; saved without", name,
+                              plan.bits_per_pixel));
   }
-  if (plan.colors_lost != 0 && options.bits_per_pixel == 0) {
-    Remark(fmt::format("{}: not all colours fit into {} bits a pixel", name, plan.bits_per_pixel));
+  const bool isAsked = options.bits_per_pixel != 0 || options.use_565 != 0 || options.masks != VX_MASKS_NONE;
+  if (plan.colors_lost != 0 && !isAsked) {
+    ReportMessage(fmt::format("{}: not all colours fit into {} bits a pixel", name, plan.bits_per_pixel));
   }
 }
 

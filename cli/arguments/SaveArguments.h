@@ -34,14 +34,16 @@ class SaveArguments {
   bool is4444_ = false;
 };
 
+/// How to save a file of that name where its name alone can say so. @throws UsageError where it does not
+[[nodiscard]] vx::SaveOptions SaveOptionsByName(std::string_view out);
+
 /// @return the ending that files of a format have, without its dot.
 std::string_view EndingFor(int format);
 
 /// @return what the formats have room for, a line each.
 std::string FormatTable();
 
-/// Says what saving will cost the picture beyond what was asked for: losses to anyone, the rest to people who
-/// watch.
+/// Says what saving costs the picture beyond what was asked for.
 void RemarkOnLosses(std::string_view out, const vx_save_options& options, const vx_save_plan& plan);
 
 /// The depth of a bitmap page. @throws UsageError

@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -10,15 +9,13 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <thread>
 #include <utility>
 #include <vector>
 
-#include "arguments/OnePage.h"
 #include "arguments/PageSelection.h"
 #include "arguments/RawArguments.h"
 #include "arguments/SaveArguments.h"
+#include "commands/BatchArguments.h"
 #include "commands/Command.h"
 #include "failures/Report.h"
 #include "finding/FileFinder.h"
@@ -32,58 +29,10 @@
 #include "streams/Input.h"
 #include "streams/NewFile.h"
 #include "streams/Output.h"
-#include "words/Numbers.h"
 #include "words/Text.h"
 
 namespace cli {
 namespace {
-
-struct BatchArguments {
-  std::vector<std::string> in;
-  std::string filesFrom;
-  bool recursive = false;
-  std::string dir;
-  std::string name;
-  std::string threads;
-  std::string shard;
-  bool keepGoing = false;
-  bool resume = false;
-  bool noClobber = false;
-  bool dryRun = false;
-  bool json = false;
-  bool quiet = false;
-  OnePage page;
-  RawArguments raw;
-  SaveArguments save;
-};
-
-/// One part of several, from 0.
-struct Shard {
-  uint64_t part = 0;
-  uint64_t parts = 1;
-};
-
-Shard ParseShard(const std::string& shard) {
-  if (shard.empty()) return {};
-  const size_t slash = std::min(shard.find('/'), shard.size());
-  const std::optional<int> part = ParseInt(std::string_view(shard).substr(0, slash), 1);
-  const std::optional<int> parts =
-      ParseInt(std::string_view(shard).substr(std::min(slash + 1, shard.size())), 1);
-  if (part && parts && *part <= *parts) {
-    return {static_cast<uint64_t>(*part) - 1, static_cast<uint64_t>(*parts)};
-  }
-  throw UsageError(
-      fmt::format("--shard {}: I/N is needed, such as 1/4 for the first of four parts", Printable(shard)));
-}
-
-size_t ParseThreads(const std::string& threads) {
-  constexpr int kMostThreads = 1024;
-  if (threads.empty()) return std::max(std::thread::hardware_concurrency(), 1U);
-  const std::optional<int> number = ParseInt(threads, 1);
-  if (number && *number <= kMostThreads) return static_cast<size_t>(*number);
-  throw UsageError(
-      fmt::format("-j {}: a whole number from 1 to {} is needed", Printable(threads), kMostThreads));
-}
 
 /// Failures that every other file would share.
 bool ConcernsAll(const vx_error_info& error) {
@@ -137,9 +86,10 @@ class Batch {
     FindFiles();
     CheckOutputs(finder_, names_, arguments_.dir);
     if (!arguments_.dryRun) MakeFolder(arguments_.dir);
-    report_.emplace(finder_.Files().Size(),
-                    BatchReport::Options{
-                        .isJson = arguments_.json, .isQuiet = arguments_.quiet, .isDry = arguments_.dryRun});
+    report_.emplace(finder_.Files().Size(), BatchReport::Options{.isJson = arguments_.json,
+                                                                 .isQuiet = arguments_.quiet,
+                                                                 .isDry = arguments_.dryRun,
+                                                                 .isVerbose = arguments_.verbose});
     const Interruption interruption;
     Work();
     return Finish();
@@ -156,6 +106,7 @@ class Batch {
     conversion.save = arguments_.save.Describe(arguments_.dir, arguments_.raw.Palette().ForOutput());
     conversion.save.drop_alpha = arguments_.page.DropsAlpha() ? 1 : 0;
     conversion.load = arguments_.page.Options();
+    conversion.missing = arguments_.page.Missing();
     if (raw_) conversion.load.raw = &raw_->Get();
     return conversion;
   }
@@ -330,56 +281,11 @@ ExitCode Run(const BatchArguments& arguments) {
   }
 }
 
-void DeclareFiles(Arguments& command, BatchArguments& arguments) {
-  command.Add({.name = "IN", .help = "files, folders, or patterns such as 'icons/**/*.ico'"}, arguments.in);
-  command.Add(
-      {.name = "--files-from",
-       .help = "take the names in FILE, too, a line each or with a 0 behind\neach; - is standard input",
-       .value = "FILE"},
-      arguments.filesFrom);
-  command.Add({.name = "-r,--recursive", .help = "search folders with all that is below them"},
-              arguments.recursive);
-  command.Add({.name = "--dir",
-               .help = "folder for the new files, made where it is not there",
-               .value = "FOLDER",
-               .isRequired = true},
-              arguments.dir);
-  command.Add({.name = "--name",
-               .help = "what they are called there; {dir}/{stem}.{ext} unless given, and\n"
-                       "{dir}/{stem}-{page}.{ext} with --page all",
-               .value = "PATTERN"},
-              arguments.name);
-}
-
-void DeclareWork(Arguments& command, BatchArguments& arguments) {
-  command.Add({.name = "-j,--jobs",
-               .help = "files done at once; unless given, as many as there are processors",
-               .value = "N"},
-              arguments.threads);
-  command.Add({.name = "-k,--keep-going", .help = "do not stop at the first file that fails"},
-              arguments.keepGoing);
-  command.Add({.name = "--resume", .help = "leave out what is there and as new as its file"},
-              arguments.resume);
-  command.Add({.name = "--no-clobber", .help = "leave out what is there"}, arguments.noClobber);
-  command.Add(
-      {.name = "--shard", .help = "do part I of N, which other machines or jobs may share", .value = "I/N"},
-      arguments.shard);
-  command.Add({.name = "-n,--dry-run", .help = "list what would be written, and write nothing"},
-              arguments.dryRun);
-  command.Add({.name = "--json", .help = "print one JSON object a picture, for scripts"}, arguments.json);
-  command.Add({.name = "-q,--quiet", .help = "say nothing but what fails"}, arguments.quiet);
-}
-
 }  // namespace
 
 Action DeclareBatch(Arguments& command) {
   auto arguments = std::make_shared<BatchArguments>();
-  DeclareFiles(command, *arguments);
-  arguments->save.Declare(command, SaveArguments::Into::kManyFiles);
-  DeclareWork(command, *arguments);
-  arguments->page.Declare(command, OnePage::Then::kSavedEach);
-  arguments->raw.Declare(command);
-  command.Exclude("--raw", "--page");
+  DeclareBatchArguments(command, *arguments);
   return [arguments] { return Run(*arguments); };
 }
 

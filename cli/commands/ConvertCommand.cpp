@@ -8,9 +8,12 @@
 #include <string_view>
 
 #include "arguments/OnePage.h"
+#include "arguments/Overwriting.h"
+#include "arguments/PageSelection.h"
 #include "arguments/RawArguments.h"
 #include "arguments/SaveArguments.h"
 #include "commands/Command.h"
+#include "finding/OutputNames.h"
 #include "jobs/Conversion.h"
 #include "streams/Input.h"
 #include "streams/Output.h"
@@ -27,6 +30,7 @@ struct ConvertArguments {
   std::string band;
   RawArguments raw;
   SaveArguments save;
+  Overwriting overwriting;
 };
 
 /// FIRST:COUNT, both whole numbers; rows count from 0.
@@ -50,27 +54,60 @@ vx::LoadOptions OptionsFor(const ConvertArguments& arguments, const RawDescripti
 }
 
 /// A new file in the place of the original is hardly ever what was meant.
-void RefuseToReplace(const ConvertArguments& arguments) {
-  if (arguments.in == kStandardStream || arguments.out == kStandardStream) return;
-  if (AreSameFile(arguments.in, arguments.out)) {
+void RefuseToReplace(const std::string& in, const std::string& out) {
+  if (in == kStandardStream || out == kStandardStream) return;
+  if (AreSameFile(in, out)) {
     throw UsageError("IN and OUT are the same file; the new one needs a name of its own");
   }
 }
 
-ExitCode Convert(const ConvertArguments& arguments) {
-  RefuseToReplace(arguments);
+Conversion DescribeConversion(const ConvertArguments& arguments, const RawDescription* raw) {
   Conversion conversion;
   conversion.save = arguments.save.Describe(arguments.out, arguments.raw.Palette().ForOutput());
   conversion.save.drop_alpha = arguments.page.DropsAlpha() ? 1 : 0;
-  const std::unique_ptr<RawDescription> raw = arguments.raw.Describe();
-  conversion.load = OptionsFor(arguments, raw.get());
+  conversion.load = OptionsFor(arguments, raw);
+  conversion.missing = arguments.page.Missing();
   if (raw == nullptr) conversion.page = &arguments.page;
+  return conversion;
+}
+
+/// The page that conversion names, as a file. @return whether it is one now, as far as that was asked for
+bool ConvertOne(Input& input, const ConvertArguments& arguments, const std::string& out,
+                const Conversion& conversion) {
+  RefuseToReplace(arguments.in, out);
+  if (!arguments.overwriting.Prepare(InputName(arguments.in.c_str()), out)) return true;
+  return !ConvertPicture(input, arguments.in, out, conversion).failure;
+}
+
+/// Every page as a file of its own; a bad one is no matter of the others.
+bool ConvertAll(Input& input, const ConvertArguments& arguments, Conversion conversion) {
+  if (arguments.out == kStandardStream) {
+    throw UsageError("all pages need files of their own, which standard output is not; such as out-%p.png");
+  }
+  conversion.page = nullptr;
+  const int pages = CountPages(input.Source());
+  bool isDone = true;
+  for (int page = 1; page <= pages; ++page) {
+    conversion.load.page = page;
+    isDone = ConvertOne(input, arguments, NameOfPage(arguments.out, page), conversion) && isDone;
+  }
+  return isDone;
+}
+
+ExitCode Convert(const ConvertArguments& arguments) {
+  const std::unique_ptr<RawDescription> raw = arguments.raw.Describe();
+  Conversion conversion = DescribeConversion(arguments, raw.get());
+  RefuseToReplace(arguments.in, arguments.out);
   RefuseTerminal(arguments.out.c_str());
+  const bool hasPlace = raw == nullptr && HasPagePlace(arguments.out);
   try {
     Input input(arguments.in.c_str(), raw ? Content::Headerless : Content::Picture);
+    if (arguments.page.MeansAll() || (hasPlace && !arguments.page.WasGiven())) {
+      return ConvertAll(input, arguments, conversion) ? kExitOk : kExitFailed;
+    }
     if (conversion.page != nullptr) conversion.page->ChooseFrom(input.Source(), conversion.load);
-    const Converted converted = ConvertPicture(input, arguments.in, arguments.out, conversion);
-    return converted.failure ? kExitFailed : kExitOk;
+    const std::string out = hasPlace ? NameOfPage(arguments.out, conversion.load.page) : arguments.out;
+    return ConvertOne(input, arguments, out, conversion) ? kExitOk : kExitFailed;
   } catch (const vx::Error& error) {
     ReportInputFailure(error, arguments.in, conversion);
     return kExitFailed;
@@ -82,7 +119,10 @@ ExitCode Convert(const ConvertArguments& arguments) {
 Action DeclareConvert(Arguments& command) {
   auto arguments = std::make_shared<ConvertArguments>();
   command.Add({.name = "IN", .help = "file to read; - is standard input", .isRequired = true}, arguments->in);
-  command.Add({.name = "OUT", .help = "file to write; - is standard output", .isRequired = true},
+  command.Add({.name = "OUT",
+               .help = "file to write; - is standard output. With %p in its name every page\n"
+                       "becomes a file, with its number there",
+               .isRequired = true},
               arguments->out);
   arguments->page.Declare(command, OnePage::Then::kSaved);
   command.Add({.name = "--band",
@@ -91,7 +131,9 @@ Action DeclareConvert(Arguments& command) {
               arguments->band);
   arguments->save.Declare(command);
   arguments->raw.Declare(command);
+  arguments->overwriting.Declare(command);
   command.Exclude("--raw", "--page");
+  command.PointElsewhere("vxbmp batch converts many files: vxbmp batch *.bmp --to png --dir NEW");
   command.PutAboveDetails(FormatTable() + "\n");
   return [arguments] { return Convert(*arguments); };
 }

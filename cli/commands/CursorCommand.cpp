@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "arguments/Overwriting.h"
 #include "arguments/PageSelection.h"
 #include "commands/Command.h"
 #include "failures/Report.h"
@@ -28,6 +29,7 @@ struct CursorArguments {
   std::string hotSpot;
   std::string title;
   std::string author;
+  Overwriting overwriting;
 };
 
 /// Sixtieths of a second, or milliseconds, which become the nearest number of those.
@@ -84,6 +86,18 @@ void SavePages(const std::vector<vx::Bitmap>& frames, const CursorArguments& arg
   edit.Commit();
 }
 
+/// @throws UsageError where the pixel that points lies beside a picture
+void RequireInside(const std::vector<vx::Bitmap>& frames, const std::string& hotSpot) {
+  if (hotSpot.empty()) return;
+  const auto [x, y] = ParsePoint(hotSpot);
+  for (const vx::Bitmap& frame : frames) {
+    const vx_bitmap_info info = frame.Describe();
+    if (x < info.width && y < info.height) continue;
+    throw UsageError(fmt::format("--hotspot {}: it lies beside a picture, which has {}x{} pixels",
+                                 Printable(hotSpot), info.width, info.height));
+  }
+}
+
 ExitCode MakeCursor(const CursorArguments& arguments) {
   const bool isAnimated = IsAnimated(arguments);
   vx::AnimationOptions options;
@@ -100,6 +114,8 @@ ExitCode MakeCursor(const CursorArguments& arguments) {
       LoadFrames(input.Source(), frames);
     }
     at = arguments.out;
+    RequireInside(frames, arguments.hotSpot);
+    if (!arguments.overwriting.Prepare(InputName(arguments.frames.front().c_str()), at)) return kExitOk;
     if (isAnimated) {
       vx::SaveAnimation(frames, options, arguments.out);
     } else {
@@ -130,6 +146,7 @@ Action DeclareCursor(Arguments& command) {
       arguments->hotSpot);
   command.Add({.name = "--title", .help = "title of an animated cursor", .value = "TEXT"}, arguments->title);
   command.Add({.name = "--author", .help = "who made it", .value = "TEXT"}, arguments->author);
+  arguments->overwriting.Declare(command);
   return [arguments] { return MakeCursor(*arguments); };
 }
 

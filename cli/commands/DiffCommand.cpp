@@ -138,7 +138,7 @@ class Diff {
       throw UsageError("only one of the two can be standard input");
     }
     if (arguments.out.empty()) return;
-    save_ = SaveArguments().Describe(arguments.out, VX_PALETTE_BEST);
+    save_ = SaveOptionsByName(arguments.out);
     RefuseTerminal(arguments.out.c_str());
     if (AreSameFile(arguments.out, arguments.file) || AreSameFile(arguments.out, arguments.other)) {
       throw UsageError("-o names one of the two files that are compared");
@@ -158,6 +158,7 @@ class Diff {
  private:
   struct Loaded {
     vx_info page;
+    vx_storage_info storage;
     vx::Bitmap picture;
   };
 
@@ -209,7 +210,7 @@ class Diff {
       options.page = isOther ? other : page;
       vx::Bitmap picture = source.Load(options);
       if (!arguments_.quiet) ReportRemarks(InputName(file.c_str()));
-      return Loaded{source.Describe(options.page), std::move(picture)};
+      return Loaded{source.Describe(options.page), source.DescribeStorage(options.page), std::move(picture)};
     } catch (const vx::Error& error) {
       Fail(error, file, page, other);
       return std::nullopt;
@@ -220,8 +221,9 @@ class Diff {
     const std::optional<Loaded> loaded = Load(source, page, otherPage, false);
     const std::optional<Loaded> otherLoaded = Load(other, page, otherPage, true);
     if (!loaded || !otherLoaded) return;
-    const PictureSide side{loaded->page, loaded->picture.Describe(), loaded->picture};
-    const PictureSide otherSide{otherLoaded->page, otherLoaded->picture.Describe(), otherLoaded->picture};
+    const PictureSide side{loaded->page, loaded->storage, loaded->picture.Describe(), loaded->picture};
+    const PictureSide otherSide{otherLoaded->page, otherLoaded->storage, otherLoaded->picture.Describe(),
+                                otherLoaded->picture};
     const PageDifference difference{.page = page,
                                     .other = otherPage,
                                     .size = SizeText(side.page),

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 #include <deque>
 #include <iterator>
 #include <map>
@@ -11,9 +12,11 @@
 #include <utility>
 #include <vector>
 
+#include "arguments/Overwriting.h"
 #include "arguments/PageSelection.h"
 #include "arguments/SaveArguments.h"
 #include "commands/Command.h"
+#include "commands/IconPresets.h"
 #include "commands/Resize.h"
 #include "failures/Report.h"
 #include "streams/Input.h"
@@ -33,7 +36,11 @@ struct IconArguments {
   std::string sizes;
   std::string pngFrom;
   std::string bits;
+  std::string preset;
   bool toSrgb = false;
+  bool enlarges = false;
+  bool printsHtml = false;
+  Overwriting overwriting;
 };
 
 int ParseSize(std::string_view text, std::string_view option, std::string_view all) {
@@ -115,9 +122,9 @@ void FindPages(Image& image, Originals& originals) {
   image.Close();
 }
 
-/// The usual sizes, without those larger than every picture: their details would have to be made up.
+/// The sizes that are usual, without those larger than every picture: their details would have to be made up.
 std::vector<int> SizesFor(const Originals& originals) {
-  std::vector<int> sizes = {16, 24, 32, 48, 64, 128, 256};
+  std::vector<int> sizes(UsualIcon().sizes.begin(), UsualIcon().sizes.end());
   const int largest = originals.rbegin()->first;
   const auto end =
       std::find_if(sizes.begin() + 1, sizes.end(), [largest](int size) { return size > largest; });
@@ -176,31 +183,62 @@ void RemarkOnColors(const vx::Bitmap& picture, const std::string& name) {
       fmt::format("{}: icons have no place for its colour profile; --srgb applies it", Printable(name)));
 }
 
+const IconPreset& PresetOf(const IconArguments& arguments) {
+  if (arguments.preset.empty()) return UsualIcon();
+  if (const IconPreset* preset = FindIconPreset(arguments.preset)) return *preset;
+  throw UsageError(
+      fmt::format("--preset {}: one of {} is needed", Printable(arguments.preset), IconPresetNames(", ")));
+}
+
+/// What the head of a page says of an icon beside it; its name stands in a place where anything may be meant.
+std::string LinkLine(const std::string& out, const std::vector<int>& sizes) {
+  std::string name;
+  for (const char c : std::string_view(out).substr(out.rfind('/') + 1)) {
+    const bool isPlain = std::isalnum(static_cast<unsigned char>(c)) != 0 ||
+                         std::string_view("-_.~").find(c) != std::string_view::npos;
+    name += isPlain ? std::string(1, c) : fmt::format("%{:02X}", static_cast<unsigned char>(c));
+  }
+  std::string words;
+  for (const int size : sizes) words += fmt::format("{}{}x{}", words.empty() ? "" : " ", size, size);
+  return fmt::format("<link rel=\"icon\" href=\"/{}\" sizes=\"{}\">\n", name, words);
+}
+
 /// The pages, one after the other, with the name of the file that is being worked on for messages.
 class IconMaker {
  public:
   explicit IconMaker(const IconArguments& arguments)
       : arguments_(arguments),
-        pngFrom_(arguments.pngFrom.empty() ? kLargestPage
+        preset_(PresetOf(arguments)),
+        pngFrom_(arguments.pngFrom.empty() ? preset_.pngFrom
                                            : ParseSize(arguments.pngFrom, "--png-from", arguments.pngFrom)),
-        bits_(arguments.bits.empty() ? 0 : ParseIconDepth(arguments.bits)) {
-    if (!arguments.sizes.empty()) sizes_ = ParseSizes(arguments.sizes);
+        bits_(arguments.bits.empty() ? preset_.bits : ParseIconDepth(arguments.bits)) {
+    if (!arguments.sizes.empty()) {
+      sizes_ = ParseSizes(arguments.sizes);
+    } else if (!arguments.preset.empty()) {
+      sizes_.assign(preset_.sizes.begin(), preset_.sizes.end());
+    }
   }
 
   ExitCode Run() try {
     FindOriginals();
-    if (sizes_.empty()) sizes_ = SizesFor(originals_);
+    const bool areGiven = !sizes_.empty();
+    if (!areGiven) sizes_ = SizesFor(originals_);
+    RefuseToEnlarge();
     at_ = arguments_.out;
+    if (!arguments_.overwriting.Prepare(InputName(arguments_.images.front().c_str()), at_)) return kExitOk;
     vx::Edit edit(arguments_.out == kStandardStream ? "/dev/stdout" : arguments_.out, VX_EDIT_NEW);
     for (const int size : sizes_) {
       const Picture& picture = PictureFor(size);
       // A bad page that was left out may have been the largest.
-      const bool isMadeUp = size > originals_.rbegin()->first && size != sizes_.front();
-      if (isMadeUp && arguments_.sizes.empty()) break;
+      const int largest = originals_.rbegin()->first;
+      if (size > largest && size != sizes_.front() && !areGiven) break;
+      if (size > largest) RemarkOnEnlarging(size, largest);
       picture.AddTo(edit, size, pngFrom_, bits_);
+      made_.push_back(size);
       ReportRemarks(arguments_.out, VX_REMARK_PROFILE_DROPPED);
     }
     edit.Commit();
+    if (arguments_.printsHtml) PrintToStandardOutput(LinkLine(arguments_.out, made_));
     return kExitOk;
   } catch (const vx::Error& error) {
     ReportFailure(error, {.file = at_});
@@ -213,6 +251,20 @@ class IconMaker {
       at_ = InputName(path.c_str());
       FindPages(images_.emplace_back(path.c_str()), originals_);
     }
+  }
+
+  void RefuseToEnlarge() const {
+    const int largest = originals_.rbegin()->first;
+    if (arguments_.enlarges || sizes_.back() <= largest) return;
+    throw UsageError(
+        fmt::format("{} pixels are wanted, and the largest picture has {}; draw a larger one, name "
+                    "--sizes that fit, or take --enlarge, which blurs",
+                    sizes_.back(), largest));
+  }
+
+  void RemarkOnEnlarging(int size, int largest) const {
+    ReportMessage(fmt::format("{}: the page of {} pixels is enlarged from {}, and blurred",
+                              Printable(arguments_.out), size, largest));
   }
 
   /// Sizes ascend, and so do the pictures they are made from: a picture is not needed again once the next one
@@ -236,6 +288,8 @@ class IconMaker {
       vx::LoadOptions options;
       options.page = loaded_.page;
       if (arguments_.toSrgb) options.flags |= VX_LOAD_TO_SRGB;
+      // Such a picture is made smaller as it is read, and never kept.
+      if (original->first > kLargestPage) options.flags |= VX_LOAD_ROW_BY_ROW;
       vx::Bitmap picture = image.With([&](const vx::Source& source) { return source.Load(options); });
       RemarkOnColors(picture, at_);
       picture_.emplace(std::move(picture));
@@ -250,9 +304,11 @@ class IconMaker {
   }
 
   const IconArguments& arguments_;
+  const IconPreset& preset_;
   int pngFrom_;
   int bits_;  // of bitmap pages; 0: as suits the picture
   std::vector<int> sizes_;
+  std::vector<int> made_;
   std::deque<Image> images_;  // which stay where they are
   Originals originals_;
   Original loaded_ = {};  // or tried last
@@ -262,6 +318,9 @@ class IconMaker {
 
 ExitCode MakeIcon(const IconArguments& arguments) {
   RequireIconName(arguments.out);
+  if (arguments.printsHtml && arguments.out == kStandardStream) {
+    throw UsageError("--html prints on standard output, so the icon needs a file");
+  }
   return IconMaker(arguments).Run();
 }
 
@@ -276,6 +335,13 @@ Action DeclareIcon(Arguments& command) {
   command.Add(
       {.name = "-o", .help = "icon file to write; - is standard output", .value = "FILE", .isRequired = true},
       arguments->out);
+  command.Add(
+      {.name = "--preset", .help = "sizes and forms for a purpose, as below", .value = IconPresetNames("|")},
+      arguments->preset);
+  command.Add({.name = "--enlarge", .help = "make pages that are larger than the largest picture, too"},
+              arguments->enlarges);
+  command.Add({.name = "--html", .help = "print the line that a web page has for the icon"},
+              arguments->printsHtml);
   command.Add({.name = "--sizes",
                .help = "sides of the pages, in pixels; 16,24,32,48,64,128,256\n"
                        "unless given, as far as the largest picture goes",
@@ -294,6 +360,8 @@ Action DeclareIcon(Arguments& command) {
               arguments->bits);
   command.Add({.name = "--srgb", .help = "convert colours by a profile, or calibrated ones, to sRGB"},
               arguments->toSrgb);
+  arguments->overwriting.Declare(command);
+  command.PutAboveDetails(IconPresetTable() + "\n");
   return [arguments] { return MakeIcon(*arguments); };
 }
 

@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,13 +9,10 @@
 
 #include "arguments/PageSelection.h"
 #include "commands/Command.h"
+#include "commands/InfoListing.h"
 #include "failures/Report.h"
 #include "streams/Input.h"
-#include "streams/Output.h"
-#include "words/Facts.h"
-#include "words/Json.h"
 #include "words/Numbers.h"
-#include "words/Table.h"
 #include "words/Text.h"
 
 namespace cli {
@@ -31,30 +27,6 @@ struct InfoArguments {
   bool json = false;
 };
 
-/// A page or a whole file of which nothing can be told.
-struct Failure {
-  int page;   ///< 0: no page in particular
-  int pages;  ///< 0: not known
-  int status;
-  std::string message;
-};
-
-/// Where the facts go.
-class Listing {
- public:
-  Listing() = default;
-  Listing(const Listing&) = delete;
-  Listing& operator=(const Listing&) = delete;
-  virtual ~Listing() = default;
-
-  virtual void Add(const std::string& file, const vx_info& info) = 0;
-  virtual void Add(const std::string& file, const Failure& failure) = 0;
-  /// What is known of an animated cursor as a whole, and its first steps.
-  virtual void Add(const std::string& file, const vx_animation_info& info,
-                   const std::vector<vx_animation_step>& steps) = 0;
-  virtual void Finish() = 0;
-};
-
 std::optional<vx_animation_info> FindAnimation(const vx::Source& source) try {
   return source.DescribeAnimation();
 } catch (const vx::Error& error) {
@@ -62,118 +34,13 @@ std::optional<vx_animation_info> FindAnimation(const vx::Source& source) try {
   throw;
 }
 
-constexpr std::array kTitles = {"FILE", "PAGE", "KIND", "SIZE", "BITS", "CODING", "ROWS", "COLOURS", "DPI"};
-
-class TableLines final : public Listing {
- public:
-  void Add(const std::string& file, const vx_info& info) override {
-    Add({Printable(file), fmt::format("{}/{}", info.page, info.page_count), vx_format_name(info.format),
-         SizeText(info), fmt::to_string(info.bits_per_pixel), CompressionText(info), OrientationText(info),
-         ColorOrderText(info), ResolutionText(info)});
-  }
-
-  /// A page among others has a line. What is wrong with it stands on standard error.
-  void Add(const std::string& file, const Failure& failure) override {
-    if (failure.pages == 0 || failure.page > failure.pages) return;
-    TableRow row = {Printable(file), fmt::format("{}/{}", failure.page, failure.pages), "bad"};
-    row.resize(kTitles.size(), "?");
-    Add(row);
-  }
-
-  /// Stands below the table, a line for the whole and one a step.
-  void Add(const std::string& file, const vx_animation_info& info,
-           const std::vector<vx_animation_step>& steps) override {
-    animations_ += fmt::format("{}: {} steps", Printable(file), info.step_count);
-    if (info.title[0] != '\0') animations_ += fmt::format(", title: {}", Printable(info.title));
-    if (info.author[0] != '\0') animations_ += fmt::format(", author: {}", Printable(info.author));
-    animations_ += '\n';
-    for (size_t i = 0; i < steps.size(); ++i) {
-      const auto& [frame, jiffies] = steps[i];
-      const std::string page = frame == 0 ? "no page that there is" : fmt::format("page {}", frame);
-      animations_ += fmt::format("  step {}: {}, {}/60 s\n", i + 1, page, jiffies);
-    }
-  }
-
-  void Finish() override {
-    const std::string lines = table_.Finish();
-    if (hasRows_) PrintToStandardOutput(lines + animations_);
-  }
-
- private:
-  void Add(const TableRow& row) {
-    hasRows_ = true;
-    const std::string lines = table_.Add(row);
-    if (!lines.empty()) PrintToStandardOutput(lines);
-  }
-
-  Table table_{TableRow(kTitles.begin(), kTitles.end())};
-  std::string animations_;
-  bool hasRows_ = false;
-};
-
-class JsonLines final : public Listing {
- public:
-  void Add(const std::string& file, const vx_info& info) override {
-    JsonLine line;
-    line.AddFile(file);
-    line.Add("page", info.page);
-    line.Add("pages", info.page_count);
-    line.Add("kind", vx_format_name(info.format));
-    line.Add("format", info.format);
-    line.Add("width", info.width);
-    line.Add("height", info.height);
-    line.Add("bits_per_pixel", info.bits_per_pixel);
-    line.Add("compression", CompressionText(info));
-    line.Add("orientation", OrientationText(info));
-    line.Add("color_order", ColorOrderText(info));
-    line.Add("x_dpi", info.x_dpi);
-    line.Add("y_dpi", info.y_dpi);
-    line.Add("data_size", info.data_size);
-    PrintToStandardOutput(line.Text());
-  }
-
-  void Add(const std::string& file, const Failure& failure) override {
-    JsonLine line;
-    line.AddFile(file);
-    if (failure.page > 0) line.Add("page", failure.page);
-    if (failure.pages > 0) line.Add("pages", failure.pages);
-    line.AddFailure(failure.status, failure.message);
-    PrintToStandardOutput(line.Text());
-  }
-
-  void Add(const std::string& file, const vx_animation_info& info,
-           const std::vector<vx_animation_step>& steps) override {
-    JsonLine line;
-    line.AddFile(file);
-    line.Add("pages", info.frame_count);
-    line.Add("steps", info.step_count);
-    line.Add("jiffies", info.jiffies);
-    line.Add("title", info.title);
-    line.Add("author", info.author);
-    PrintToStandardOutput(line.Text());
-    for (size_t i = 0; i < steps.size(); ++i) {
-      JsonLine each;
-      each.AddFile(file);
-      each.Add("step", i + 1);
-      each.Add("page", steps[i].frame);
-      each.Add("jiffies", steps[i].jiffies);
-      PrintToStandardOutput(each.Text());
-    }
-  }
-
-  void Finish() override {}
-};
-
 class InfoCommand {
  public:
   explicit InfoCommand(const InfoArguments& arguments)
-      : page_(ParsePage(arguments.page)), all_(arguments.page == kAllPages), files_(arguments.files) {
-    if (arguments.json) {
-      listing_ = std::make_unique<JsonLines>();
-    } else {
-      listing_ = std::make_unique<TableLines>();
-    }
-  }
+      : page_(ParsePage(arguments.page)),
+        all_(arguments.page == kAllPages),
+        files_(arguments.files),
+        listing_(MakeListing(arguments.json)) {}
 
   ExitCode Run() {
     for (const std::string& file : files_) ListFile(file);
@@ -214,7 +81,8 @@ class InfoCommand {
   }
 
   void ListPage(const std::string& file, const vx::Source& source, int page, int pages) try {
-    listing_->Add(file, source.Describe(page));
+    const vx_info info = source.Describe(page);
+    listing_->Add(file, info, source.DescribeStorage(page));
   } catch (const vx::Error& error) {
     Fail(error, file, page, pages);
   }

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "arguments/Overwriting.h"
 #include "arguments/PageSelection.h"
 #include "arguments/SaveArguments.h"
 #include "commands/Pages.h"
@@ -30,20 +31,24 @@ struct EditArguments {
   std::string point;
   std::string bits;
   bool asPng = false;
+  Overwriting overwriting;
 };
 
 /// Runs `edits` on the file and stores what became of it.
 template <class Edits>
-ExitCode Edit(const std::string& file, const Edits& edits) try {
+ExitCode Edit(const EditArguments& arguments, const Edits& edits) try {
+  const std::string& file = arguments.file;
   vx::Edit edit(file);
   if (!edit.IsLocked()) {
-    Remark(fmt::format("{}: files cannot be locked here; let nobody else change it now", Printable(file)));
+    ReportMessage(
+        fmt::format("{}: files cannot be locked here; let nobody else change it now", Printable(file)));
   }
   edits(edit);
+  arguments.overwriting.KeepOld(file);
   edit.Commit();
   return kExitOk;
 } catch (const vx::Error& error) {
-  ReportFailure(error, {.file = file});
+  ReportFailure(error, {.file = arguments.file});
   return kExitFailed;
 }
 
@@ -57,8 +62,8 @@ std::optional<std::vector<vx::Bitmap>> LoadAll(const std::vector<std::string>& i
       ReportRemarks(InputName(image.c_str()));
       const int pages = input.Source().Describe().page_count;
       if (pages > 1) {
-        Remark(fmt::format("{}: page 1 of {}, the others are left out", Printable(InputName(image.c_str())),
-                           pages));
+        ReportMessage(fmt::format("{}: page 1 of {}, the others are left out",
+                                  Printable(InputName(image.c_str())), pages));
       }
     } catch (const vx::Error& error) {
       ReportFailure(error, {.file = InputName(image.c_str())});
@@ -98,7 +103,7 @@ ExitCode EditWithImages(const EditArguments& arguments, const Put& put) {
   const vx::SaveOptions options = FormOf(arguments);
   const std::optional<std::vector<vx::Bitmap>> pictures = LoadAll(arguments.images);
   if (!pictures) return kExitFailed;
-  return Edit(arguments.file, [&](vx::Edit& edit) {
+  return Edit(arguments, [&](vx::Edit& edit) {
     for (const vx::Bitmap& picture : *pictures) {
       put(edit, picture, options);
       if (options.format != 0) RemarkOnLosses(arguments.file, options, picture.Plan(options));
@@ -143,7 +148,7 @@ ExitCode Replace(const EditArguments& arguments) {
 }
 
 ExitCode Delete(const EditArguments& arguments) {
-  return Edit(arguments.file, [&](vx::Edit& edit) {
+  return Edit(arguments, [&](vx::Edit& edit) {
     std::vector<int> pages =
         SelectPages(arguments.selection, vx::Source::File(arguments.file), arguments.file);
     if (static_cast<int>(pages.size()) == edit.PageCount()) {
@@ -155,27 +160,27 @@ ExitCode Delete(const EditArguments& arguments) {
 }
 
 ExitCode Compact(const EditArguments& arguments) {
-  return Edit(arguments.file, [](vx::Edit& edit) { edit.Compact(); });
+  return Edit(arguments, [](vx::Edit& edit) { edit.Compact(); });
 }
 
-/// A point beside the picture is allowed, and hardly ever meant.
-void RemarkOnPoint(const vx::Source& source, int page, const std::pair<int, int>& point,
-                   const std::string& file) try {
+/// A point beside the picture is never meant, though files can say so.
+void RefuseBeside(const vx::Source& source, int page, const std::pair<int, int>& point,
+                  const std::string& file) try {
   const vx_info info = source.Describe(page);
   if (point.first < info.width && point.second < info.height) return;
-  ReportMessage(fmt::format("{}: {},{} lies beside page {}, which is {}", Printable(file), point.first,
-                            point.second, page, SizeText(info)));
+  throw UsageError(fmt::format("{},{} lies beside page {} of {}, which is {}", point.first, point.second,
+                               page, Printable(file), SizeText(info)));
 } catch (const vx::Error&) {
   // A page that cannot be described has a hot spot all the same.
 }
 
 ExitCode SetHotSpot(const EditArguments& arguments) {
   const std::pair<int, int> point = ParsePoint(arguments.point);
-  return Edit(arguments.file, [&](vx::Edit& edit) {
+  return Edit(arguments, [&](vx::Edit& edit) {
     const vx::Source source = vx::Source::File(arguments.file);
     const int page = SelectPage(arguments.selection, source, arguments.file);
+    RefuseBeside(source, page, point, arguments.file);
     edit.SetHotSpot(page, point.first, point.second);
-    RemarkOnPoint(source, page, point, arguments.file);
   });
 }
 
@@ -250,6 +255,7 @@ void DeclareEdit(Arguments& pages, const EditCommand& edit) {
   auto arguments = std::make_shared<EditArguments>();
   DeclareFile(command, *arguments);
   edit.declare(command, *arguments);
+  arguments->overwriting.DeclareBackup(command);
   command.SetAction([arguments, run = edit.run] { return run(*arguments); });
 }
 

@@ -52,7 +52,7 @@ OfferedOption Offer(const Declared& option) {
   OfferedOption offered;
   offered.names = Split(option.argument.name, ',');
   offered.summary = SummaryOf(option.argument.help);
-  if (option.HasValue()) offered.value = ValueOf(option);
+  if (option.HasValue() && option.argument.implied.empty()) offered.value = ValueOf(option);
   return offered;
 }
 

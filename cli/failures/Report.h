@@ -13,10 +13,14 @@ struct Circumstances {
   std::string_view file;        ///< the name for messages
   bool mayBeRaw = false;        ///< --raw could have been given, and was not
   bool takesTruncated = false;  ///< --allow-truncated can be given
+  bool makesIcon = false;       ///< what is written is an icon
 };
 
 /// "vxbmp: FILE, page N: what is wrong (STATUS, number)", and a hint where there is one.
 void ReportFailure(const vx::Error& error, const Circumstances& circumstances);
+
+/// @return what helps with a reason, for people at a command line; "" where nothing does
+std::string AdviceOn(int reason);
 
 /// "vxbmp: message"
 void ReportMessage(std::string_view message);
@@ -24,10 +28,6 @@ void ReportMessage(std::string_view message);
 /// "vxbmp: FILE: remark" for everything that the last load or save has to remark, but for one code that is
 /// told in other words.
 void ReportRemarks(std::string_view file, int except = VX_REMARK_NONE);
-
-/// The same, but only where standard error is a terminal, or somebody hears it: for remarks on what went
-/// well.
-void Remark(std::string_view message);
 
 /// While it lives, what its thread reports is kept in it instead of being printed: for commands that do many
 /// things at once and know better where and when to say it. One at a time in a thread.

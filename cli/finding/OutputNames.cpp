@@ -15,9 +15,16 @@ namespace cli {
 namespace {
 
 constexpr std::string_view kPagePlace = "{page}";
+constexpr std::string_view kShortPagePlace = "%p";  // the same
 
 bool IsDigit(char c) {
   return std::isdigit(static_cast<unsigned char>(c)) != 0;
+}
+
+std::string Replaced(std::string text, std::string_view what, std::string_view with) {
+  for (size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size())
+    text.replace(at, what.size(), with);
+  return text;
 }
 
 /// Whether a path leads out of the folder that it starts from.
@@ -35,7 +42,7 @@ std::string Tidy(const std::string& path) {
 }  // namespace
 
 OutputNames::OutputNames(const std::string& pattern, std::string_view ending, bool takesAllPages)
-    : pattern_(pattern), ending_(ending) {
+    : pattern_(Replaced(pattern, kShortPagePlace, kPagePlace)), ending_(ending) {
   if (pattern_.empty()) pattern_ = takesAllPages ? "{dir}/{stem}-{page}.{ext}" : "{dir}/{stem}.{ext}";
   if (LeadsOut(pattern_)) {
     throw UsageError(
@@ -119,6 +126,19 @@ std::string OutputNames::For(const FileList& files, size_t file, int page) const
                                  Printable(files.PathOf(file))));
   }
   return name;
+}
+
+bool HasPagePlace(std::string_view out) {
+  return out.find(kShortPagePlace) != std::string_view::npos ||
+         out.find(kPagePlace) != std::string_view::npos;
+}
+
+std::string NameOfPage(const std::string& out, int page) {
+  if (HasPagePlace(out))
+    return Replaced(Replaced(out, kShortPagePlace, kPagePlace), kPagePlace, std::to_string(page));
+  const std::filesystem::path path(out);
+  const std::string name = fmt::format("{}-{}{}", path.stem().string(), page, path.extension().string());
+  return (path.parent_path() / name).string();
 }
 
 uint64_t HashOf(std::string_view name) {

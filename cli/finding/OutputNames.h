@@ -41,6 +41,12 @@ class OutputNames {
   bool namesPages_ = false;
 };
 
+/// Whether the name of a file has a place for the number of a page: %p, or {page} as in patterns.
+bool HasPagePlace(std::string_view out);
+
+/// @return `out` with the page's number in that place or, where there is none, behind the stem and a dash.
+std::string NameOfPage(const std::string& out, int page);
+
 /// @return a number that depends on the name alone, the same on every machine.
 uint64_t HashOf(std::string_view name);
 

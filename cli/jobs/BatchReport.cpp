@@ -14,6 +14,7 @@
 namespace cli {
 namespace {
 
+constexpr size_t kTimesSaid = 3;   // the same of other files; then it is counted
 constexpr size_t kFilesNamed = 3;  // of a group; each has had a line of its own
 
 struct FateWords {
@@ -35,6 +36,21 @@ const FateWords& WordsOf(Fate fate) {
 /// What failures have in common: the reason, or the status where the library knows of no reason.
 std::string GroupOf(const vx_error_info& error) {
   return error.reason == VX_REASON_NONE ? vx_status_name(error.status) : vx_reason_name(error.reason);
+}
+
+/// What a message says whatever the file: without its name in front, and N for every number.
+std::string WordsWithoutFile(std::string_view message, const BatchResult& result) {
+  for (const std::string& name : {Printable(result.file), Printable(result.output)}) {
+    if (message.starts_with(name)) message.remove_prefix(name.size());
+  }
+  message.remove_prefix(std::min(message.find_first_not_of(", :"), message.size()));
+  std::string words;
+  for (const char c : message) {
+    const bool isDigit = c >= '0' && c <= '9';
+    if (isDigit && words.ends_with('N')) continue;
+    words += isDigit ? 'N' : c;
+  }
+  return words;
 }
 
 std::string JsonOf(const BatchResult& result) {
@@ -82,7 +98,7 @@ void BatchReport::Add(const BatchResult& result) {
     Group& group = groups_[GroupOf(result.error)];
     ++group.number;
     if (group.files.size() < kFilesNamed) group.files.push_back(result.file);
-    group.advice = result.hints.empty() ? vx_reason_advice(result.error.reason) : result.hints.front();
+    group.advice = result.hints.empty() ? AdviceOn(result.error.reason) : result.hints.front();
   }
   const bool says = options_.isJson || result.fate == Fate::kPlanned || !result.messages.empty();
   if (!says) return;
@@ -90,7 +106,7 @@ void BatchReport::Add(const BatchResult& result) {
   Print(result);
 }
 
-void BatchReport::Print(const BatchResult& result) const {
+void BatchReport::Print(const BatchResult& result) {
   if (options_.isJson) {
     PrintToStandardOutput(JsonOf(result));
   } else if (result.fate == Fate::kPlanned) {
@@ -98,8 +114,23 @@ void BatchReport::Print(const BatchResult& result) const {
   }
   const bool hasFailed = result.fate == Fate::kFailed;
   for (size_t i = 0; i < result.messages.size(); ++i) {
-    if (!options_.isQuiet || (hasFailed && i + 1 == result.messages.size()))
+    if (hasFailed && i + 1 == result.messages.size()) {
       ReportMessage(result.messages[i]);
+    } else if (!options_.isQuiet) {
+      Remark(result, result.messages[i]);
+    }
+  }
+}
+
+void BatchReport::Remark(const BatchResult& result, const std::string& message) {
+  if (++remarks_[WordsWithoutFile(message, result)] <= kTimesSaid || options_.isVerbose)
+    ReportMessage(message);
+}
+
+void BatchReport::PrintRemarks() const {
+  for (const auto& [words, times] : remarks_) {
+    if (times <= kTimesSaid || options_.isVerbose) continue;
+    std::fputs(fmt::format("  {} more: {}\n", times - kTimesSaid, words).c_str(), stderr);
   }
 }
 
@@ -142,6 +173,7 @@ void BatchReport::Summarize(End end) {
     sums += fmt::format(", in {:.1f} s ({})", progress_.Seconds(), Rate(written, progress_.Seconds()));
   }
   ReportMessage(sums);
+  PrintRemarks();
   PrintGroups();
 }
 

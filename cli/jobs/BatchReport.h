@@ -34,9 +34,10 @@ struct BatchResult {
 class BatchReport {
  public:
   struct Options {
-    bool isJson = false;   ///< an object a picture on standard output
-    bool isQuiet = false;  ///< nothing is said but what fails
-    bool isDry = false;    ///< what would be written is listed
+    bool isJson = false;     ///< an object a picture on standard output
+    bool isQuiet = false;    ///< nothing is said but what fails
+    bool isDry = false;      ///< what would be written is listed
+    bool isVerbose = false;  ///< what many files have in common is said of each
   };
 
   BatchReport(size_t files, const Options& options);
@@ -61,7 +62,10 @@ class BatchReport {
     std::string advice{};
   };
 
-  void Print(const BatchResult& result) const;
+  void Print(const BatchResult& result);
+  /// Says what is said of a picture that was written, unless the same was said of others often enough.
+  void Remark(const BatchResult& result, const std::string& message);
+  void PrintRemarks() const;
   void PrintGroups() const;
   [[nodiscard]] std::string Sums() const;
 
@@ -69,8 +73,9 @@ class BatchReport {
   std::mutex mutex_;  // of what follows
   Progress progress_;
   Counts counts_;
-  size_t number_[5] = {};                // of each Fate
-  std::map<std::string, Group> groups_;  // failures by their reasons
+  size_t number_[5] = {};                  // of each Fate
+  std::map<std::string, Group> groups_;    // failures by their reasons
+  std::map<std::string, size_t> remarks_;  // how often each was made, by its words
 };
 
 }  // namespace cli

@@ -86,7 +86,7 @@ struct StoredFact {
 };
 
 constexpr StoredFact kStoredFacts[] = {
-    {"kind", "kind", [](const PictureSide& side) -> std::string { return vx_format_name(side.page.format); }},
+    {"kind", "kind", [](const PictureSide& side) -> std::string { return side.storage.kind; }},
     {"bits_per_pixel", "bits a pixel",
      [](const PictureSide& side) { return std::to_string(side.page.bits_per_pixel); }},
     {"compression", "coding", [](const PictureSide& side) { return CompressionText(side.page); }},

@@ -7,9 +7,9 @@
 #include <vector>
 #include <vx/image.hpp>
 
-namespace cli {
+#include "words/Numbers.h"
 
-using Rgba = std::array<uint8_t, 4>;
+namespace cli {
 
 /// How the pixels differ that both have: of pictures that differ in size those at the top left. Pixels that
 /// cannot be seen in either do not differ, whatever their colours.
@@ -32,6 +32,7 @@ PixelDifference ComparePixels(const vx::Bitmap& picture, const vx::Bitmap& other
 /// What is known of one of the pictures.
 struct PictureSide {
   vx_info page;
+  vx_storage_info storage;
   vx_bitmap_info bitmap;
   const vx::Bitmap& picture;
 };

@@ -6,6 +6,7 @@
 
 #include "arguments/SaveArguments.h"
 #include "failures/Report.h"
+#include "jobs/MissingRows.h"
 #include "streams/Output.h"
 #include "words/Text.h"
 
@@ -36,8 +37,13 @@ vx::Bitmap Load(Input& input, const std::string& name, const Conversion& convers
   if (const std::string profile = picture.ProfileName(); !profile.empty()) {
     ReportMessage(fmt::format("{}: the colour profile is named {}", Printable(name), Printable(profile)));
   }
+  if (conversion.missing) FillMissingRows(input.Source(), options, *conversion.missing, &picture);
   if (conversion.page != nullptr) conversion.page->RemarkOnOthers(input.Source(), name);
   return picture;
+}
+
+bool IsIcon(int format) {
+  return format == VX_FORMAT_ICO || format == VX_FORMAT_VISTA_ICO;
 }
 
 /// Whether a save failed for want of rows, which are read only then.
@@ -57,7 +63,7 @@ void Save(const vx::Bitmap& picture, const std::string& out, const vx_save_optio
     RemarkOnLosses(name, options, plan);
   } catch (const vx::Error& error) {
     if (IsOfReading(error)) throw;
-    ReportFailure(error, {.file = name});
+    ReportFailure(error, {.file = name, .makesIcon = IsIcon(options.format)});
     converted.failure = error;
   }
 }

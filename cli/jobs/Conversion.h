@@ -16,6 +16,7 @@ namespace cli {
 struct Conversion {
   vx::LoadOptions load;  ///< whose page counts, and whose raw says that IN is headerless
   vx::SaveOptions save;
+  std::optional<Rgba> missing{};  ///< the colour of rows that are not there; nothing: as they are made up
   const OnePage* page = nullptr;  ///< what tells of the other pages; null: nobody does
 };
 

@@ -28,6 +28,10 @@ void JsonLine::Add(std::string_view name, std::pair<int, int> point) {
   AddRaw(name, fmt::format("[{},{}]", point.first, point.second));
 }
 
+void JsonLine::AddNumbers(std::string_view name, std::span<const uint32_t> numbers) {
+  AddRaw(name, fmt::format("[{}]", fmt::join(numbers, ",")));
+}
+
 void JsonLine::Add(std::string_view name, const std::vector<std::string>& texts) {
   std::vector<std::string> quoted(texts.size());
   std::transform(texts.begin(), texts.end(), quoted.begin(), Quoted);

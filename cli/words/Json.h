@@ -3,6 +3,8 @@
 #pragma once
 
 #include <concepts>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -26,6 +28,8 @@ class JsonLine {
   void AddReal(std::string_view name, double number);
   /// Adds an array of the two numbers.
   void Add(std::string_view name, std::pair<int, int> point);
+  /// Adds an array of numbers.
+  void AddNumbers(std::string_view name, std::span<const uint32_t> numbers);
   /// Adds an array of texts.
   void Add(std::string_view name, const std::vector<std::string>& texts);
   /// Adds an array of objects.

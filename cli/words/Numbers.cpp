@@ -46,6 +46,16 @@ std::optional<uint32_t> ParseBits(std::string_view text) {
   return isHex ? ParseWhole<uint32_t>(text.substr(2), kHexadecimal) : ParseWhole<uint32_t>(text, kDecimal);
 }
 
+std::optional<Rgba> ParseColor(std::string_view text) {
+  constexpr size_t kDigits = 6;
+  constexpr int kHexadecimal = 16;
+  if (text.starts_with('#')) text.remove_prefix(1);
+  const std::optional<uint32_t> color = ParseWhole<uint32_t>(text, kHexadecimal);
+  if (text.size() != kDigits || !color) return std::nullopt;
+  return Rgba{static_cast<uint8_t>(*color >> 16U), static_cast<uint8_t>(*color >> 8U),
+              static_cast<uint8_t>(*color), UINT8_MAX};
+}
+
 std::optional<uint64_t> ParseByteCount(std::string_view text) {
   constexpr std::string_view kUnits = "KMGT";
   constexpr std::string_view kEndings[] = {"", "B", "IB"};

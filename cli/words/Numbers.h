@@ -1,6 +1,7 @@
 // Numbers as people write them on a command line. A leading 0 means nothing, and a number is the whole word.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -18,5 +19,11 @@ std::optional<uint32_t> ParseBits(std::string_view text);
 
 /// Reads a number of bytes: "1048576", "512M", "4GB", "4GiB", in either case; a K is 1024.
 std::optional<uint64_t> ParseByteCount(std::string_view text);
+
+/// Red, green, blue, alpha.
+using Rgba = std::array<uint8_t, 4>;
+
+/// Reads an opaque colour: six hexadecimal digits, with or without # before them.
+std::optional<Rgba> ParseColor(std::string_view text);
 
 }  // namespace cli

@@ -222,6 +222,12 @@ class Source {
     Check(vx_describe(source_.get(), page, &info));
     return info;
   }
+  /// How a page is stored, and how much of it the file has.
+  [[nodiscard]] vx_storage_info DescribeStorage(int page = 1) const {
+    vx_storage_info info;
+    Check(vx_storage_describe(source_.get(), page, &info));
+    return info;
+  }
   /// The page that people mean who want a picture of that width; 0: the largest there is.
   [[nodiscard]] int BestPage(int width = 0) const {
     int page = 0;

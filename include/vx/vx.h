@@ -135,13 +135,23 @@ typedef enum vx_reason {
   VX_REASON_HEADER_CUT = 53,          /**< the file ends inside an image header; first: where that begins;
                                          second: the length that it says */
   VX_REASON_TABLE_CUT = 54,           /**< or inside a colour table; the same numbers */
-  VX_REASON_TOO_LITTLE_DATA = 55,    /**< no row of the picture is there; first, second: bytes of pixels there
-                                        are, and that a row needs */
-  VX_REASON_JPEG_DAMAGED = 56,       /**< a JPEG stream is damaged */
-  VX_REASON_NO_JPEG = 57,            /**< this library was built without a reader for JPEG streams */
-  VX_REASON_PROFILE_DAMAGED = 58,    /**< a colour profile that cannot be used */
-  VX_REASON_NO_COLOR_MANAGEMENT = 59 /**< this library was built without what applies colour profiles */
+  VX_REASON_TOO_LITTLE_DATA = 55, /**< no row of the picture is there; first, second: bytes of pixels there
+                                     are, and that a row needs */
+  VX_REASON_JPEG_DAMAGED = 56,    /**< a JPEG stream is damaged */
+  VX_REASON_NO_JPEG = 57,         /**< this library was built without a reader for JPEG streams */
+  VX_REASON_PROFILE_DAMAGED = 58, /**< a colour profile that cannot be used */
+  VX_REASON_NO_COLOR_MANAGEMENT = 59, /**< this library was built without what applies colour profiles */
+  VX_REASON_FOREIGN = 60              /**< a picture of a kind that is not read; first: vx_foreign */
 } vx_reason;
+
+/** Kinds of pictures that are recognised, and not read. */
+typedef enum vx_foreign {
+  VX_FOREIGN_JPEG = 1,
+  VX_FOREIGN_GIF = 2,
+  VX_FOREIGN_WEBP = 3,
+  VX_FOREIGN_SVG = 4,
+  VX_FOREIGN_TIFF = 5
+} vx_foreign;
 
 /** What this thread's last failed call found wrong, in numbers. */
 typedef struct vx_error_info {
@@ -280,6 +290,22 @@ typedef struct vx_info {
   char compression[20]; /**< "Run Length", "PNG", "alpha bit fields" and so on, or "" for none */
 } vx_info;
 
+/** How one page is stored: what its headers say, and how much of it the file has. */
+typedef struct vx_storage_info {
+  char kind[56];     /**< what people call it, such as "Windows bitmap, V5 header" or "animated cursor" */
+  int header_size;   /**< bytes of the image header, as it says itself; 0: PNG, which has none */
+  int palette_count; /**< colours of its table */
+  uint32_t masks[4]; /**< the bits of a pixel that are red, green, blue and alpha; 0 where no mask says so */
+  int color_space;   /**< vx_color_space: what headers say; profiles are not looked at */
+  int has_alpha;     /**< nonzero: it says that there is alpha, or may have some, as icons of 32 bits do */
+  int hot_x;         /**< the pixel of a cursor that points; else 0 */
+  int hot_y;
+  int rows_present;    /**< rows that the file has; -1 where only decoding tells */
+  int ends_early;      /**< nonzero: the file ends before the page does */
+  int64_t data_offset; /**< byte of the file where pixels, codes or a PNG stream begin; 0 where not known */
+  int64_t file_size;   /**< bytes of the whole file; -1 where not known */
+} vx_storage_info;
+
 /* ---- Sources ---- */
 
 /** A file or memory block that images are read from. */
@@ -322,6 +348,11 @@ VX_API void vx_close(vx_source* source);
  * VX_BAD_PAGE, and files of a single image have page 1 alone. What is wrong with other pages is no matter.
  */
 VX_API int vx_describe(vx_source* source, int page, vx_info* info);
+
+/**
+ * Tells how a page is stored, without decoding it. @return what vx_describe returns
+ */
+VX_API int vx_storage_describe(vx_source* source, int page, vx_storage_info* info);
 
 /**
  * Finds the page that people mean: of `width` pixels, else the smallest that is wider, else the widest; of

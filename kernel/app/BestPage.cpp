@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "app/Describe.h"
+#include "app/Frames.h"
 #include "base/Errors.h"
 #include "beyond/BitmapFile.h"
 
@@ -30,6 +31,11 @@ constexpr bool IsBetter(const Candidate& one, const Candidate& other, int wanted
 static_assert(IsBetter({2, 48, 8}, {1, 32, 32}, 0) && IsBetter({2, 48, 8}, {1, 64, 32}, 40) &&
               IsBetter({2, 32, 8}, {1, 16, 32}, 40) && !IsBetter({2, 32, 8}, {1, 32, 8}, 32));
 
+int FailForPages(const vx_source& source, int count) noexcept {
+  return Fail({STATUS_BAD_PAGE, VX_REASON_PAGE_DAMAGED}, source.Name(), ": none of its ", count,
+              " pages can be loaded");
+}
+
 /// Whether loading the image would come to its rows. Its last one may be missing.
 bool IsUsable(const vx_source& source, const BitmapImage& image) noexcept {
   const bmp::BitmapLayout& layout = image.layout;
@@ -40,6 +46,26 @@ bool IsUsable(const vx_source& source, const BitmapImage& image) noexcept {
   if (image.decoder == bmp::Decoder::kNone) return false;
   const int there = IsPlain(layout, image.decoder) ? RowsThere(source, layout) : layout.height;
   return there > 0 && there >= layout.height - 1;
+}
+
+/// Of each frame the first page counts, as it does for whoever loads the frame.
+int FindBestFrame(vx_source& source, int wanted, Candidate* best) {
+  Animation animation;
+  int status = FindAnimation(source, &animation);
+  if (status != STATUS_OK) return status;
+  const auto count = static_cast<int>(animation.frames.size());
+  for (int page = 1; page <= count; ++page) {
+    status = WithFrameOf(source, animation, page, [&](vx_source& frame) {
+      std::optional<BitmapImage> image;
+      const int found = FindBitmap(frame, 1, &image);
+      if (found != STATUS_OK || !image || !IsUsable(frame, *image)) return int{STATUS_OK};
+      const Candidate candidate{page, image->layout.width, image->layout.depth};
+      if (IsBetter(candidate, *best, wanted)) *best = candidate;
+      return int{STATUS_OK};
+    });
+    if (status != STATUS_OK) return status;
+  }
+  return best->page != 0 ? int{STATUS_OK} : FailForPages(source, count);
 }
 
 /// Files of a single image that the filter finds by itself, and PNG files, have page 1 alone.
@@ -65,8 +91,7 @@ int FindBest(vx_source& source, int wanted, Candidate* best) {
     best->page = 1;
     return Identify(source, 1, false, &info);
   }
-  return Fail({STATUS_BAD_PAGE, VX_REASON_PAGE_DAMAGED}, source.Name(), ": none of its ", count,
-              " pages can be loaded");
+  return FailForPages(source, count);
 }
 
 }  // namespace
@@ -80,7 +105,8 @@ int vx_best_page(vx_source* source, int width, int* page) {
           "the source, a width of 0 or more and the place for the page must be given");
     }
     vxkrn::Candidate best;
-    const int status = vxkrn::FindBest(*source, width, &best);
+    const int status = vxkrn::IsAnimation(*source) ? vxkrn::FindBestFrame(*source, width, &best)
+                                                   : vxkrn::FindBest(*source, width, &best);
     if (status == STATUS_OK) *page = best.page;
     return status;
   });

@@ -213,12 +213,12 @@ int Describe(vx_source& source, int page, vx_info* info) {
 }
 
 int DescribeFrame(vx_source& source, int page, vx_info* info) {
-  return WithFrame(source, page, [&](vx_source& frame, int count) {
+  return WithFrame(source, page, [&](vx_source& frame, const Animation& animation) {
     const int status = Describe(frame, 1, info);
     if (status != STATUS_OK) return status;
     info->format = VX_FORMAT_ANI;
     info->page = page;
-    info->page_count = count;
+    info->page_count = static_cast<int>(animation.frames.size());
     return int{STATUS_OK};
   });
 }

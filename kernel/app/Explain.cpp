@@ -2,6 +2,7 @@
 // its reads; what it found there is guessed from the status alone, so the words stay careful.
 #include "app/Explain.h"
 
+#include "app/Foreign.h"
 #include "base/Errors.h"
 #include "bitmap/Bitmap.h"
 #include "format/BitmapHeader.h"
@@ -152,6 +153,9 @@ void ExplainBadFormat(const vx_source& source, const ReadTrace& trace) {
   if (start.Count() < 2) {
     Fail({STATUS_BAD_FORMAT, VX_REASON_TOO_SHORT, start.Count()}, "the file has ", start.Count(),
          " bytes, too few for any picture");
+  } else if (const ForeignKind* kind = ForeignKindOf(source); kind != nullptr && !start.IsKnown()) {
+    Fail(Cause(STATUS_BAD_FORMAT, VX_REASON_FOREIGN, int{kind->number}).At(0), "it is ", kind->name,
+         ", and not a bitmap, an icon, a cursor or a PNG file");
   } else if (!start.IsKnown()) {
     Fail(Cause(STATUS_BAD_FORMAT, VX_REASON_NO_SIGNATURE, start[0], start[1]).At(0),
          "it begins with the bytes ", Hexadecimal(start[0], first), " ", Hexadecimal(start[1], second),

@@ -328,7 +328,7 @@ int LoadAny(vx_source& source, const vx_load_options* asked, memory::Owned<vx_bi
   const int page = std::exchange(options.page, 1);
   options.flags &= ~unsigned{VX_LOAD_ROW_BY_ROW};  // the frame's source ends with this call
   return WithFrame(source, page,
-                   [&](vx_source& frame, int /*count*/) { return Load(frame, &options, loaded); });
+                   [&](vx_source& frame, const Animation&) { return Load(frame, &options, loaded); });
 }
 
 }  // namespace vxkrn

@@ -12,7 +12,7 @@ struct ReasonEntry {
   const char* advice;
 };
 
-constexpr std::array<ReasonEntry, 60> kReasons = {{
+constexpr std::array<ReasonEntry, 61> kReasons = {{
     {VX_REASON_NONE, "none", ""},
     {VX_REASON_BAD_ARGUMENT, "bad-argument", "Correct the calling program; the detail names the argument."},
     {VX_REASON_EDIT_IS_OVER, "edit-is-over", "Close the edit and open the file again."},
@@ -91,6 +91,7 @@ constexpr std::array<ReasonEntry, 60> kReasons = {{
     {VX_REASON_PROFILE_DAMAGED, "profile-damaged", "Load it without VX_LOAD_TO_SRGB (--srgb)."},
     {VX_REASON_NO_COLOR_MANAGEMENT, "no-color-management",
      "Build the library with liblcms2, which applies colour profiles."},
+    {VX_REASON_FOREIGN, "foreign", "Turn it into a PNG file with a program for files of that kind."},
 }};
 
 const ReasonEntry* FindReason(int reason) {

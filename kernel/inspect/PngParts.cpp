@@ -8,7 +8,8 @@
 namespace vxkrn {
 namespace {
 
-constexpr uint64_t kFrame = 12;  // of a chunk: all but its content
+using bmp::kPngChunkFrame;
+
 constexpr int kMostChunks = 4096;
 
 uint32_t BigEndian(const uint8_t* bytes) noexcept {
@@ -26,11 +27,11 @@ bool IsName(std::string_view name) noexcept {
 uint64_t AddPngParts(const vx_source& source, uint64_t offset, uint64_t end, PartList* list) {
   list->Add(VX_PART_PNG_SIGNATURE, offset, bmp::kPngSignatureSize);
   uint64_t at = offset + bmp::kPngSignatureSize;
-  for (int i = 0; i < kMostChunks && at < end && kFrame <= end - at; ++i) {
+  for (int i = 0; i < kMostChunks && at < end && kPngChunkFrame <= end - at; ++i) {
     const auto start = source.BlockAt<8>(at);
     const std::string_view name(reinterpret_cast<const char*>(&start[4]), 4);
     if (!IsName(name)) break;
-    const uint64_t length = kFrame + BigEndian(start.data());
+    const uint64_t length = uint64_t{kPngChunkFrame} + BigEndian(start.data());
     list->AddChunk(VX_PART_PNG_CHUNK, at, length, name);
     at += length;
     if (name == "IEND") break;

@@ -127,7 +127,15 @@ TEST_F(Reasons, OfFilesThatAreNotWhole) {
 }
 
 TEST_F(Reasons, OfWhatAFileSays) {
-  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_NO_SIGNATURE, {'G', 'I', 'F', '8'}, 0, 'G', 'I');
+  ExpectOfFile(VX_BAD_FORMAT, VX_REASON_NO_SIGNATURE, {'T', 'e', 'x', 't'}, 0, 'T', 'e');
+  const std::pair<vx_foreign, std::string_view> foreign[] = {
+      {VX_FOREIGN_JPEG, "\xFF\xD8\xFF\xE0"},
+      {VX_FOREIGN_GIF, "GIF89a"},
+      {VX_FOREIGN_WEBP, "RIFF\x04\x01\x01\x01WEBPVP8 "},
+      {VX_FOREIGN_SVG, "<?xml version='1.0'?><!-- a drawing --><svg>"},
+      {VX_FOREIGN_TIFF, {"MM\0*", 4}}};
+  for (const auto& [kind, text] : foreign)
+    ExpectOfFile(VX_BAD_FORMAT, VX_REASON_FOREIGN, Bytes(text.begin(), text.end()), 0, kind);
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_HEADER_TOO_SHORT, Bitmap({{14, 8}}), 14, 8);
   ExpectOfFile(VX_UNKNOWN_HEADER, VX_REASON_UNKNOWN_HEADER, Bitmap({{14, 13}}), 14, 13);
   ExpectOfFile(VX_BAD_FORMAT, VX_REASON_BAD_DEPTH, Bitmap({{28, 3}}), 14, 3);
