@@ -130,6 +130,10 @@ void AddUnknownBitmap(const vx_source& source, PartList* list) {
 
 }  // namespace
 
+vx_part HeaderPartOf(const BitmapLayout& layout) noexcept {
+  return {HeaderKind(layout), -1, 0, 0, layout.headerOffset, layout.headerSize, 0, 0, 0, ""};
+}
+
 void AddImageParts(const vx_source& source, const BitmapImage& image, PartList* list) {
   const BitmapLayout& layout = image.layout;
   if (image.icon && image.icon->isPng) {

@@ -10,6 +10,9 @@ namespace vxkrn {
 /// Beyond so many parts no page is taken apart.
 inline constexpr std::size_t kMostParts = 1'000'000;
 
+/// The image header as a part.
+[[nodiscard]] vx_part HeaderPartOf(const bmp::BitmapLayout& layout) noexcept;
+
 /// Adds what the image has, but for file headers and directories. Throws std::bad_alloc.
 void AddImageParts(const vx_source& source, const BitmapImage& image, PartList* list);
 
