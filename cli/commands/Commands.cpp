@@ -26,6 +26,20 @@ Examples:
   vxbmp inspect scan.bmp --codes | less
   vxbmp inspect --json app.ico | jq 'select(.kind == "unreferenced")')",
      DeclareInspect},
+    {"verify", "Finds what is wrong with files: damage, and numbers that are not so.",
+     R"(A line a finding: how much it matters, what it is, its code, and the byte where it shows.
+Errors are what readers stumble over, warnings what some mind, notes what is worth
+knowing. Pixels are looked at as well. All codes are in docs/findings.md, and what a
+repair can mend, vxbmp repair does.
+
+Exit code 0: no errors; with --strict no findings. 1: some, or a file cannot be read.
+
+Examples:
+  vxbmp verify app.ico
+  vxbmp verify icons -r -q --strict
+  vxbmp verify favicon.ico --as favicon
+  vxbmp verify --json *.bmp | jq -r 'select(.severity == "error") | .file')",
+     DeclareVerify},
     {"view", "Shows a picture in the terminal.",
      R"(What is transparent shows the terminal's background. Small pictures are drawn in their
 own size, a symbol a column of pixels; large ones are made to fit the terminal.

@@ -32,12 +32,12 @@ typedef enum vx_severity {
 typedef enum vx_finding_code {
   VX_FINDING_NONE = 0,
   /* headers */
-  VX_FINDING_FILE_SIZE = 1,           /**< first: what the header says; second: bytes of the file */
-  VX_FINDING_DATA_OFFSET = 2,         /**< no pixels can be there; first: what is said; second: where they are */
-  VX_FINDING_IMAGE_SIZE = 3,          /**< first: what the header says; second: bytes that there are */
-  VX_FINDING_PLANES = 4,              /**< first: planes, which should be 1 */
-  VX_FINDING_PALETTE_COUNT = 5,       /**< first: colours said; second: the most that the depth can use */
-  VX_FINDING_PALETTE_SHORT = 6,       /**< first: colours that there is room for; second: colours meant */
+  VX_FINDING_FILE_SIZE = 1,     /**< first: what the header says; second: bytes of the file */
+  VX_FINDING_DATA_OFFSET = 2,   /**< no pixels can be there; first: what is said; second: where they are */
+  VX_FINDING_IMAGE_SIZE = 3,    /**< first: what the header says; second: bytes that there are */
+  VX_FINDING_PLANES = 4,        /**< first: planes, which should be 1 */
+  VX_FINDING_PALETTE_COUNT = 5, /**< first: colours said; second: the most that the depth can use */
+  VX_FINDING_PALETTE_SHORT = 6, /**< first: colours that there is room for; second: colours meant */
   VX_FINDING_TOP_DOWN_COMPRESSED = 7, /**< compressed data that says its top row is first */
   VX_FINDING_HEADER_UNKNOWN = 8,      /**< no reader knows the image header; first: its length */
   VX_FINDING_UNREADABLE = 9,          /**< no reader takes the picture; text says why */
@@ -125,6 +125,8 @@ VX_API int vx_verify(vx_source* source, int purpose, vx_finding_function take, v
 VX_API const char* vx_finding_name(int code);
 /** @return one sentence that says what to do about it; "" for other numbers. */
 VX_API const char* vx_finding_advice(int code);
+/** @return nonzero where a repair can mend it. */
+VX_API int vx_finding_can_be_mended(int code);
 /** @return "note", "warning" or "error"; "unknown" for any other number. */
 VX_API const char* vx_severity_name(int severity);
 

@@ -214,6 +214,10 @@ const char* vx_finding_advice(int code) {
   return rule == nullptr ? "" : rule->advice;
 }
 
+int vx_finding_can_be_mended(int code) {
+  return vxkrn::CanBeMended(code) ? 1 : 0;
+}
+
 const char* vx_severity_name(int severity) {
   const bool isKnown = severity >= VX_NOTE && severity <= VX_ERROR;
   return isKnown ? vxkrn::kSeverities[static_cast<std::size_t>(severity)] : "unknown";
