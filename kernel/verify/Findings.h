@@ -34,6 +34,9 @@ struct Found {
   int sentence;  ///< number of words of its own; below 0 where the table has them
 };
 
+/// For findings that no byte shows.
+inline constexpr auto kNoByte = static_cast<uint64_t>(-1);
+
 /// Gathers findings, and hands them over in order. Throws std::bad_alloc.
 class Findings {
  public:

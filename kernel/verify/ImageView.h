@@ -31,10 +31,10 @@ struct ImageView {
     const bool isFilters = image.decoder == bmp::Decoder::kFilter && !IsPlain();
     return isFilters || image.decoder == bmp::Decoder::kRunOn || image.decoder == bmp::Decoder::kRle24;
   }
-  /// @param offset from the start of the source
+  /// @param offset from the start of the source; what lies behind its end shows there
   void Add(Findings* findings, vx_finding_code code, uint64_t offset, uint64_t first = 0,
            uint64_t second = 0) const {
-    findings->Add(code, place.page, place.base + offset, first, second);
+    findings->Add(code, place.page, place.base + std::min(offset, FileSize()), first, second);
   }
 };
 
@@ -57,10 +57,10 @@ class PixelBudget {
 
 // What is found is added to `findings`. Each may throw std::bad_alloc.
 
-/// The headers, against one another and the file.
-void JudgeHeaders(const ImageView& view, Findings* findings);
+/// The headers, against one another and the file. @return whether some reader takes the picture
+bool JudgeHeaders(const ImageView& view, Findings* findings);
 /// A page of an icon or cursor file, and what the directory says of it.
-void JudgePage(const ImageView& view, Findings* findings);
+void JudgePage(const ImageView& view, bool isReadable, Findings* findings);
 /// Indices, alpha, masks, streams.
 void JudgePixels(const ImageView& view, PixelBudget* budget, Findings* findings);
 /// Run-length codes.

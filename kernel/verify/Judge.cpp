@@ -21,11 +21,6 @@ constexpr PurposeRule kPurposes[] = {{VX_PURPOSE_FAVICON, false, {16, 32, 48, 0}
                                      {VX_PURPOSE_WINDOWS_ICON, false, {16, 32, 48, 256}},
                                      {VX_PURPOSE_CURSOR, true, {32, 0, 0, 0}}};
 
-bool HasSides(const ImageView& view) noexcept {
-  const auto isSide = [](int side) { return side >= 1 && side <= kLongestSide; };
-  return isSide(view.image.layout.width) && isSide(view.image.layout.height);
-}
-
 uint64_t EndOf(const vx_part& part) noexcept {
   return part.length > UINT64_MAX - part.offset ? UINT64_MAX : part.offset + part.length;
 }
@@ -42,11 +37,9 @@ bool IsPadding(const vx_source& source, const vx_part& part) noexcept {
 
 void Judge::Take(vx_source& source, const ImagePlace& place, const BitmapImage& image) {
   const ImageView view = {source, place, image};
-  JudgeHeaders(view, &findings_);
-  JudgePage(view, &findings_);
+  const bool isReadable = JudgeHeaders(view, &findings_);
+  JudgePage(view, isReadable, &findings_);
   if (view.IsPage()) KeepBody(place, image);
-  const bool isReadable = view.IsPng() || (HasSides(view) && CheckBitmap(image) == STATUS_OK);
-  BeginCall();
   if (place.isFirst && isReadable) JudgePixels(view, &budget_, &findings_);
 }
 
@@ -67,9 +60,12 @@ void Judge::TakeUnknown(vx_source& source, const ImagePlace& place) {
   if (isPage && place.offset >= size) {
     return findings_.Add(VX_FINDING_PAGE_MISSING, place.page, fileSize_, at);
   }
+  if (isPage && place.base == 0) bodies_.push_back({at, at, place.page});  // nobody knows how long it is
   if (!Detail().Empty()) {
     const bool isCut = Failure().reason == VX_REASON_HEADER_CUT || Failure().reason == VX_REASON_ENDS_EARLY;
-    return findings_.AddFailure(isCut ? VX_FINDING_HEADER_CUT : VX_FINDING_UNREADABLE, place.page, at);
+    const int64_t shows = Failure().offset;
+    return findings_.AddFailure(isCut ? VX_FINDING_HEADER_CUT : VX_FINDING_UNREADABLE, place.page,
+                                shows < 0 ? at : place.base + static_cast<uint64_t>(shows));
   }
   const uint64_t header = place.offset + (isPage ? 0 : bmp::kFileHeaderSize);
   if (header + sizeof(uint32_t) > size) {
@@ -137,9 +133,9 @@ void Judge::JudgePart(const vx_source& source, const vx_part& part) {
     findings_.Add(isTail ? VX_FINDING_TRAILING : VX_FINDING_UNREFERENCED, part.page, part.offset,
                   part.length);
   } else if (part.kind == VX_PART_PROFILE && isCut) {
-    findings_.Add(VX_FINDING_PROFILE_OUTSIDE, part.page, part.offset, part.length);
+    findings_.Add(VX_FINDING_PROFILE_OUTSIDE, part.page, std::min(part.offset, fileSize_), part.length);
   } else if (part.kind == VX_PART_COLOR_TABLE && isCut) {
-    findings_.Add(VX_FINDING_PALETTE_CUT, part.page, part.offset, part.length);
+    findings_.Add(VX_FINDING_PALETTE_CUT, part.page, std::min(part.offset, fileSize_), part.length);
   }
 }
 
@@ -148,12 +144,13 @@ void Judge::JudgeParts(const vx_source& source, std::span<const vx_part> parts) 
   JudgeOverlaps(parts);
 }
 
-/// Structures of one picture; pages are told of as a whole.
+/// Structures of one picture; pages are told of as a whole, and masks that lack the room are cut.
 void Judge::JudgeOverlaps(std::span<const vx_part> parts) {
   memory::Vector<const vx_part*> shared;
   for (const vx_part& part : parts) {
-    if (part.kind != VX_PART_IMAGE && (part.flags & VX_PART_SHARED) != 0 && part.present > 0)
-      shared.push_back(&part);
+    const bool isStructure =
+        part.kind != VX_PART_IMAGE && part.kind != VX_PART_AND_MASK && part.kind != VX_PART_UNKNOWN;
+    if (isStructure && (part.flags & VX_PART_SHARED) != 0 && part.present > 0) shared.push_back(&part);
   }
   std::stable_sort(shared.begin(), shared.end(), [](const vx_part* one, const vx_part* other) {
     return one->page != other->page ? one->page < other->page : one->offset < other->offset;
@@ -171,10 +168,10 @@ void Judge::JudgeOverlaps(std::span<const vx_part> parts) {
 void Judge::JudgePurpose(int purpose) {
   for (const PurposeRule& rule : kPurposes) {
     if (rule.purpose != purpose) continue;
-    if (!(rule.isCursor ? hasCursors_ : hasIcons_)) return findings_.Add(VX_FINDING_WRONG_KIND, 0, 0);
+    if (!(rule.isCursor ? hasCursors_ : hasIcons_)) return findings_.Add(VX_FINDING_WRONG_KIND, 0, kNoByte);
     for (const int side : rule.sides) {
       const bool isThere = side == 0 || std::find(sides_.begin(), sides_.end(), side) != sides_.end();
-      if (!isThere) findings_.Add(VX_FINDING_SIZE_MISSING, 0, 0, static_cast<uint64_t>(side));
+      if (!isThere) findings_.Add(VX_FINDING_SIZE_MISSING, 0, kNoByte, static_cast<uint64_t>(side));
     }
   }
 }

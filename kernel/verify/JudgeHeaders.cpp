@@ -10,13 +10,14 @@ namespace {
 using bmp::BitmapLayout;
 
 /// A bitmap alone in its file. Files of OS/2 say how long their headers are.
-void JudgeFileHeader(const ImageView& view, Findings* findings) {
+void JudgeFileHeader(const ImageView& view, bool isReadable, Findings* findings) {
   const BitmapLayout& layout = view.image.layout;
   if (!layout.hasFileHeader || layout.headerOffset < bmp::kFileHeaderSize) return;
   const uint64_t begin = layout.headerOffset - bmp::kFileHeaderSize;
   const FieldSet header(view.source,
                         {VX_PART_FILE_HEADER, -1, 0, 0, begin, bmp::kFileHeaderSize, 0, 0, 0, ""});
-  if (const vx_field* said = header.Find("data_offset"); layout.isOffsetMended && said != nullptr) {
+  if (const vx_field* said = header.Find("data_offset");
+      isReadable && layout.isOffsetMended && said != nullptr) {
     view.Add(findings, VX_FINDING_DATA_OFFSET, said->offset, layout.dataOffset, layout.pixelOffset);
   }
   const vx_field* said = header.Find("file_size");
@@ -64,25 +65,26 @@ void JudgeImageHeader(const ImageView& view, bool isReadable, Findings* findings
 
 }  // namespace
 
-void JudgeHeaders(const ImageView& view, Findings* findings) {
+bool JudgeHeaders(const ImageView& view, Findings* findings) {
   const BitmapLayout& layout = view.image.layout;
-  if (layout.headerSize == 0) return;
+  if (layout.headerSize == 0) return true;
   const bool isReadable = CheckBitmap(view.image) == STATUS_OK;
   if (!isReadable) {
     findings->AddFailure(VX_FINDING_UNREADABLE, view.place.page, view.place.base + layout.headerOffset);
   }
-  JudgeFileHeader(view, findings);
+  JudgeFileHeader(view, isReadable, findings);
   JudgeImageHeader(view, isReadable, findings);
   if (layout.paletteCount < layout.paletteDeclared) {
     view.Add(findings, VX_FINDING_PALETTE_SHORT, layout.paletteOffset, layout.paletteCount,
              layout.paletteDeclared);
   }
-  if (!isReadable || !view.IsPlain()) return;
+  if (!isReadable || !view.IsPlain()) return isReadable;
   const int there = RowsThere(view.source, layout);
   if (there < layout.height) {
     view.Add(findings, VX_FINDING_ROWS_MISSING, view.FileSize(), static_cast<uint64_t>(there),
              static_cast<uint64_t>(layout.height));
   }
+  return isReadable;
 }
 
 }  // namespace vxkrn

@@ -60,7 +60,7 @@ void JudgeMask(const ImageView& view, Findings* findings) {
 
 }  // namespace
 
-void JudgePage(const ImageView& view, Findings* findings) {
+void JudgePage(const ImageView& view, bool isReadable, Findings* findings) {
   if (!view.image.icon) return;
   const IconPart& part = *view.image.icon;
   JudgeHotSpot(view, findings);
@@ -74,7 +74,7 @@ void JudgePage(const ImageView& view, Findings* findings) {
   if (part.isHeightNotDoubled) {
     view.Add(findings, VX_FINDING_HEIGHT_NOT_DOUBLED, layout.headerOffset + bmp::info_at::kHeight,
              static_cast<uint64_t>(layout.height));
-  } else {
+  } else if (isReadable) {
     JudgeMask(view, findings);
   }
 }
