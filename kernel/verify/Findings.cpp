@@ -171,7 +171,8 @@ const FindingRule* FindingRuleOf(int code) noexcept {
 }
 
 void Findings::Add(vx_finding_code code, int page, uint64_t offset, uint64_t first, uint64_t second) {
-  all_.push_back({code, page, static_cast<int64_t>(offset), static_cast<int64_t>(first),
+  const uint64_t shows = offset == kNoByte ? offset : std::min(offset, fileSize_);
+  all_.push_back({code, page, static_cast<int64_t>(shows), static_cast<int64_t>(first),
                   static_cast<int64_t>(second), -1});
 }
 

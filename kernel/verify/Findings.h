@@ -40,6 +40,9 @@ inline constexpr auto kNoByte = static_cast<uint64_t>(-1);
 /// Gathers findings, and hands them over in order. Throws std::bad_alloc.
 class Findings {
  public:
+  /// @param fileSize what lies behind the end shows there
+  explicit Findings(uint64_t fileSize) noexcept : fileSize_(fileSize) {}
+
   void Add(vx_finding_code code, int page, uint64_t offset, uint64_t first = 0, uint64_t second = 0);
   /// With the words of this thread's last failure, which it forgets.
   void AddFailure(vx_finding_code code, int page, uint64_t offset);
@@ -51,6 +54,7 @@ class Findings {
   int Tell(const Found& found, vx_finding_function take, void* user) const noexcept;
 
  private:
+  uint64_t fileSize_;
   memory::Vector<Found> all_;
   memory::Vector<memory::Vector<char>> sentences_;
 };

@@ -31,10 +31,10 @@ struct ImageView {
     const bool isFilters = image.decoder == bmp::Decoder::kFilter && !IsPlain();
     return isFilters || image.decoder == bmp::Decoder::kRunOn || image.decoder == bmp::Decoder::kRle24;
   }
-  /// @param offset from the start of the source; what lies behind its end shows there
+  /// @param offset from the start of the source
   void Add(Findings* findings, vx_finding_code code, uint64_t offset, uint64_t first = 0,
            uint64_t second = 0) const {
-    findings->Add(code, place.page, place.base + std::min(offset, FileSize()), first, second);
+    findings->Add(code, place.page, place.base + offset, first, second);
   }
 };
 

@@ -133,9 +133,9 @@ void Judge::JudgePart(const vx_source& source, const vx_part& part) {
     findings_.Add(isTail ? VX_FINDING_TRAILING : VX_FINDING_UNREFERENCED, part.page, part.offset,
                   part.length);
   } else if (part.kind == VX_PART_PROFILE && isCut) {
-    findings_.Add(VX_FINDING_PROFILE_OUTSIDE, part.page, std::min(part.offset, fileSize_), part.length);
+    findings_.Add(VX_FINDING_PROFILE_OUTSIDE, part.page, part.offset, part.length);
   } else if (part.kind == VX_PART_COLOR_TABLE && isCut) {
-    findings_.Add(VX_FINDING_PALETTE_CUT, part.page, std::min(part.offset, fileSize_), part.length);
+    findings_.Add(VX_FINDING_PALETTE_CUT, part.page, part.offset, part.length);
   }
 }
 
