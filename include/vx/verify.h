@@ -130,6 +130,39 @@ VX_API int vx_finding_can_be_mended(int code);
 /** @return "note", "warning" or "error"; "unknown" for any other number. */
 VX_API const char* vx_severity_name(int severity);
 
+/** What a repair did about a finding, or did not. */
+typedef struct vx_repair_step {
+  const vx_finding* finding;
+  int is_mended;    /**< nonzero: it is not found any more; 0: it still is, and shows in the new file */
+  const char* text; /**< what was done, in words that go on from the name of the page; else what to do */
+} vx_repair_step;
+
+/** Takes a step, which is valid until the function returns. May not throw. */
+typedef void (*vx_repair_function)(void* user, const vx_repair_step* step);
+
+/** How a repair ended. */
+typedef struct vx_repair_outcome {
+  int has_changed; /**< nonzero: the new file is another one than the old */
+  int errors_left; /**< findings of severity VX_ERROR that it still has */
+} vx_repair_outcome;
+
+/**
+ * Writes a file with everything mended that can be without guessing a pixel: sizes, offsets and entries that
+ * lie, pages that share bytes, masks that are cut short, bytes that nobody refers to. A step is taken only if
+ * every page then loads as the very same picture, or fails as before. The file appears as with vx_save_file,
+ * whole or not at all, whether or not there was something to mend; `path` may name the source's own file.
+ * @param take may be null @return VX_OK also where something is left, which the outcome tells
+ */
+VX_API int vx_repair(vx_source* source, const char* path, vx_repair_function take, void* user,
+                     vx_repair_outcome* outcome);
+/**
+ * The same in the place of a file, which is locked meanwhile and stays as it is where nothing can be mended.
+ * @param backup null, or what the old file is to be called; nothing may stand there
+ * @return VX_FILE_CHANGED where somebody else changed the file meanwhile
+ */
+VX_API int vx_repair_in_place(const char* path, const char* backup, vx_repair_function take, void* user,
+                              vx_repair_outcome* outcome);
+
 #ifdef __cplusplus
 }
 #endif

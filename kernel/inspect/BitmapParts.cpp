@@ -46,6 +46,9 @@ uint64_t CodeBytes(const vx_source& source, const BitmapLayout& layout, PartList
   while (codes.Row() < layout.height && list->MayWalkOn(code.length, FileSize(source)) && codes.Next(&code)) {
     end = code.offset + code.length;
   }
+  const bool isEnded =
+      codes.Row() >= layout.height && codes.Next(&code) && code.kind == CodeKind::kEndOfBitmap;
+  if (isEnded) end = code.offset + code.length;
   return end - layout.pixelOffset;
 }
 

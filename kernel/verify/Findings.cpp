@@ -109,12 +109,14 @@ constexpr std::array<FindingRule, VX_FINDING_SIZE_MISSING + 1> kRules = {{
     {VX_FINDING_MASK_CUT, "mask-cut", VX_ERROR, "its mask is whole now",
      "its mask ends early: {1} of {2} rows are there",
      "Many readers refuse the page; `vxbmp repair` completes the mask, from alpha where there is some."},
-    {VX_FINDING_MASK_DISAGREES, "mask-disagrees", VX_NOTE, "its mask is made from its alpha now",
+    {VX_FINDING_MASK_DISAGREES, "mask-disagrees", VX_NOTE, "",
      "pixels that are opaque but hidden by its mask, or the other way round: {1}",
-     "Readers that go by the mask show another shape; `vxbmp repair` makes the mask from alpha."},
-    {VX_FINDING_SOFT_EDGES_LOST, "soft-edges-lost", VX_WARNING, "its mask is made from its alpha now",
+     "Readers that go by the mask show another shape; replace the page by itself to have the mask made from "
+     "alpha."},
+    {VX_FINDING_SOFT_EDGES_LOST, "soft-edges-lost", VX_WARNING, "",
      "pixels of soft edges, half opaque and more, that its mask hides: {1}",
-     "Readers that look at both show hard edges; `vxbmp repair` makes the mask from alpha."},
+     "Readers that look at both show hard edges; replace the page by itself to have the mask made from "
+     "alpha."},
     {VX_FINDING_PNG_IN_CURSOR, "png-in-cursor", VX_WARNING, "",
      "it is a PNG stream, which few readers take in cursors",
      "Take the page out and add it again, which writes a bitmap."},

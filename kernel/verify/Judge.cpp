@@ -25,15 +25,14 @@ uint64_t EndOf(const vx_part& part) noexcept {
   return part.length > UINT64_MAX - part.offset ? UINT64_MAX : part.offset + part.length;
 }
 
-/// A few zeros that make what follows begin at a whole word.
+}  // namespace
+
 bool IsPadding(const vx_source& source, const vx_part& part) noexcept {
   constexpr uint64_t kWord = 4;
   if (part.length >= kWord || EndOf(part) % kWord != 0) return false;
   const auto bytes = source.BlockAt<kWord>(part.offset);
   return std::all_of(bytes.begin(), bytes.begin() + part.length, [](uint8_t byte) { return byte == 0; });
 }
-
-}  // namespace
 
 void Judge::Take(vx_source& source, const ImagePlace& place, const BitmapImage& image) {
   const ImageView view = {source, place, image};

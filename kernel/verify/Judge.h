@@ -45,6 +45,9 @@ class Judge final : public ImageTaker {
   bool hasCursors_ = false;
 };
 
+/// Whether a part that nobody refers to is a few zeros that make what follows begin at a whole word.
+[[nodiscard]] bool IsPadding(const vx_source& source, const vx_part& part) noexcept;
+
 /// Judges the source. Throws std::bad_alloc. @return as vx_verify
 [[nodiscard]] int JudgeFile(vx_source& source, int purpose, Findings* findings);
 
