@@ -23,10 +23,11 @@ enum class Takes {
 struct Argument {
   std::string name;  ///< "--page", "-h,--help"; "FILE", without dashes, is known by its place
   std::string help;
-  std::string value{};    ///< what the help calls the value of an option: "N", "none|diffuse"
-  std::string offers{};   ///< what shells offer, with | between, where `value` does not say: "1|4|8"
-  std::string section{};  ///< the heading that it stands under in the help; "" for the usual one
-  std::string needs{};    ///< the option, declared before, that this one makes no sense without
+  std::string value{};      ///< what the help calls the value of an option: "N", "none|diffuse"
+  std::string offers{};     ///< what shells offer, with | between, where `value` does not say: "1|4|8"
+  std::string section{};    ///< the heading that it stands under in the help; "" for the usual one
+  std::string otherwise{};  ///< the value where the option stands alone; one of its own follows a "=" then
+  std::string needs{};      ///< the option, declared before, that this one makes no sense without
   bool isRequired = false;
   Takes takes = Takes::Many;  ///< for lists
 };
@@ -40,7 +41,9 @@ struct Declared {
   std::string version{};  ///< printed where it is given
 
   [[nodiscard]] bool IsPositional() const { return !argument.name.starts_with('-'); }
-  [[nodiscard]] bool HasValue() const { return value != nullptr || values != nullptr; }
+  [[nodiscard]] bool HasValue() const {
+    return (value != nullptr && argument.otherwise.empty()) || values != nullptr;
+  }
   /// Whether it takes several values in a row.
   [[nodiscard]] bool IsMany() const { return values != nullptr && argument.takes == Takes::Many; }
 };

@@ -62,6 +62,9 @@ void RefuseEmptyWords(CLI::Option& option) {
 CLI::Option* AddTo(CLI::App& app, const Declared& declared) {
   const Argument& argument = declared.argument;
   if (declared.flag != nullptr) return app.add_flag(argument.name, *declared.flag, argument.help);
+  if (!argument.otherwise.empty()) {
+    return app.add_flag(argument.name + "{" + argument.otherwise + "}", *declared.value, argument.help);
+  }
   if (declared.value != nullptr) return app.add_option(argument.name, *declared.value, argument.help);
   if (declared.values == nullptr) {
     return declared.version.empty() ? app.set_help_flag(argument.name, argument.help)

@@ -40,6 +40,20 @@ Examples:
   vxbmp verify favicon.ico --as favicon
   vxbmp verify --json *.bmp | jq -r 'select(.severity == "error") | .file')",
      DeclareVerify},
+    {"repair", "Mends what can be mended of a file without guessing a pixel.",
+     R"(Sizes, offsets and entries that lie, pages that share bytes, masks that are cut short,
+bytes that nothing refers to. Each thing done is said, and what is left. Before OUT is
+written every page is loaded from both: it shows the same, or fails as before.
+
+Exit code 0: no errors are left; vxbmp verify finds nothing more that can be mended.
+1: errors are left, or a file cannot be read or written.
+
+Examples:
+  vxbmp repair app.ico -o mended.ico
+  vxbmp repair photo.bmp --in-place --backup
+  vxbmp repair photo.bmp --in-place --backup=.orig
+  curl -s https://example.com/favicon.ico | vxbmp repair - -o favicon.ico)",
+     DeclareRepair},
     {"view", "Shows a picture in the terminal.",
      R"(What is transparent shows the terminal's background. Small pictures are drawn in their
 own size, a symbol a column of pixels; large ones are made to fit the terminal.

@@ -182,7 +182,11 @@ class Repair {
     const auto tell = [](void* data, const vx_finding* finding) {
       const auto& told = *static_cast<Call*>(data);
       const FindingRule& rule = *FindingRuleOf(finding->code);
-      const vx_repair_step step = {finding, told.isMended ? 1 : 0, told.isMended ? rule.done : rule.advice};
+      const char* what = told.isMended ? rule.done
+                         : CanBeMended(finding->code)
+                             ? "Here it cannot be mended without a change of what is shown."
+                             : rule.advice;
+      const vx_repair_step step = {finding, told.isMended ? 1 : 0, what};
       told.take(told.user, &step);
       return 0;
     };

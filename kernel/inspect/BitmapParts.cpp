@@ -153,6 +153,11 @@ void AddImageParts(const vx_source& source, const BitmapImage& image, PartList* 
   } else {
     AddOptionalTable(source, layout, list);
   }
+  const uint64_t behindTable =
+      std::max<uint64_t>(layout.PaletteEnd(), layout.headerOffset + layout.headerSize);
+  const bool repeatsMasks = !layout.hasFileHeader && !image.icon && layout.HasFields() &&
+                            layout.pixelOffset == behindTable + bmp::kMasksSize;
+  if (repeatsMasks) list->Add(VX_PART_MASKS, behindTable, bmp::kMasksSize);
   AddPixels(source, image, list);
   AddMasks(image, list);
   if (layout.colour.profileSize > 0) {

@@ -177,6 +177,7 @@ void Judge::JudgePurpose(int purpose) {
 
 int JudgeFile(vx_source& source, int purpose, Findings* findings) {
   const auto size = static_cast<uint64_t>(std::max<int64_t>(source.Size(), 0));
+  BeginCall();  // what is found is told in the words of failures, none of which may be from before
   Judge judge(size, findings);
   memory::Vector<vx_part> parts;
   const int status = FindParts(source, &parts, &judge);

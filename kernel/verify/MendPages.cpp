@@ -68,6 +68,8 @@ class PageRewriter {
     const uint64_t directoryEnd = bmp::DirectoryBytes(directory_.Count);
     if (!bmp::IsValidDirectory(directory_) || directoryEnd > fileSize_ || !PlanAll(directoryEnd))
       return false;
+    const auto head = bmp::EncodeDirectory(directory_);
+    content->assign(head.begin(), head.end());
     content->resize(static_cast<std::size_t>(directoryEnd));
     for (Page& page : pages_) WriteBody(&page, content);
     for (const Page& page : pages_) WriteEntry(page, content);
