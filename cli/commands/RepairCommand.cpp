@@ -54,16 +54,18 @@ class StepPrinter {
     if (arguments_.quiet && step.is_mended != 0) return;
     const vx_finding& finding = *step.finding;
     const std::string page = finding.page > 0 ? fmt::format(", page {}", finding.page) : "";
-    std::string line = fmt::format("{}{}: ", style_.Strong(Printable(file_)), page);
-    if (step.is_mended != 0) {
-      line += fmt::format("mended: {} ({})\n", step.text, vx_finding_name(finding.code));
-    } else {
-      line +=
-          fmt::format("{}: {}: {} ({})\n", style_.Warning("not mended"), vx_severity_name(finding.severity),
-                      Printable(finding.text), vx_finding_name(finding.code));
-      line += style_.Faint(fmt::format("  {}", step.text)) + '\n';
-    }
-    PrintToStandardOutput(line);
+    if (arguments_.out == kStandardStream) return ReportMessage(Printable(file_) + page + ": " + Words(step));
+    PrintToStandardOutput(style_.Strong(Printable(file_)) + page + ": " + Words(step) + '\n');
+  }
+
+  [[nodiscard]] std::string Words(const vx_repair_step& step) const {
+    const vx_finding& finding = *step.finding;
+    const std::string found = Printable(finding.text);
+    const char* code = vx_finding_name(finding.code);
+    if (step.is_mended != 0) return fmt::format("mended: {}; {} ({})", found, step.text, code);
+    return fmt::format("{}: {}: {} ({})\n{}", style_.Warning("not mended"),
+                       vx_severity_name(finding.severity), found, code,
+                       style_.Faint(fmt::format("  {}", step.text)));
   }
 
   void PrintObject(const vx_repair_step& step) const {
@@ -98,6 +100,9 @@ void Check(const RepairArguments& arguments) {
                                  Printable(arguments.backup)));
   }
   if (arguments.out.empty()) throw UsageError("-o OUT is required, or --in-place --backup");
+  if (arguments.out != kStandardStream) return;
+  if (arguments.json) throw UsageError("--json: standard output is where OUT goes");
+  RefuseTerminal(arguments.out.c_str());
 }
 
 vx_repair_outcome Repair(const RepairArguments& arguments, StepPrinter& printer) {
@@ -108,7 +113,8 @@ vx_repair_outcome Repair(const RepairArguments& arguments, StepPrinter& printer)
         vx_repair_in_place(arguments.in.c_str(), backup.c_str(), StepPrinter::Take, &printer, &outcome));
   } else {
     Input input(arguments.in.c_str());
-    vx::Check(vx_repair(input.Source().Get(), arguments.out.c_str(), StepPrinter::Take, &printer, &outcome));
+    const std::string out = arguments.out == kStandardStream ? "/dev/stdout" : arguments.out;
+    vx::Check(vx_repair(input.Source().Get(), out.c_str(), StepPrinter::Take, &printer, &outcome));
   }
   printer.Rethrow();
   return outcome;
@@ -120,7 +126,8 @@ ExitCode Run(const RepairArguments& arguments) {
   try {
     StepPrinter printer(name, arguments);
     const vx_repair_outcome outcome = Repair(arguments, printer);
-    if (!printer.HasPrinted() && !arguments.quiet && !arguments.json) {
+    const bool isTalkative = !arguments.quiet && !arguments.json && arguments.out != kStandardStream;
+    if (!printer.HasPrinted() && isTalkative) {
       PrintToStandardOutput(fmt::format("{}: nothing to mend\n", Printable(name)));
     }
     return outcome.errors_left == 0 ? kExitOk : kExitFailed;
