@@ -19,6 +19,8 @@ std::span<const Command> AllCommands();
 
 Action DeclareInfo(Arguments& command);
 Action DeclareInspect(Arguments& command);
+Action DeclareVerify(Arguments& command);
+Action DeclareRepair(Arguments& command);
 Action DeclareView(Arguments& command);
 Action DeclareConvert(Arguments& command);
 Action DeclareBatch(Arguments& command);

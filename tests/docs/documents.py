@@ -2,7 +2,7 @@
 
 errors     docs/errors.md has a section for every status, and every status of the contract
 manual     VXBMP: the pages in docs/man have the commands, options and formats that VXBMP has, and the functions
-           of vx.h and inspect.h; docs/formats.md has the formats
+           of vx.h, inspect.h and verify.h; docs/formats.md has the formats
 links      what the documents refer to is there
 tutorial   BIN VXSAMPLES: what docs/tutorial/README.md quotes is in its programs, in the folder BIN, and is what they
            print
@@ -30,7 +30,7 @@ def manual(source, program):
     yield from documented(source, program, [])
     yield from formats(source, help_of(program, ["convert"]))
     library = (source / "docs/man/vxkrn.3").read_text()
-    header = "".join((source / "include/vx" / name).read_text() for name in ("vx.h", "inspect.h"))
+    header = "".join((source / "include/vx" / name).read_text() for name in ("vx.h", "inspect.h", "verify.h"))
     yield from difference("vxkrn.3", re.findall(r"Fn (vx_\w+)", library),
                           re.findall(r"^VX_API .*?(vx_\w+)\(", header, re.M))
 
