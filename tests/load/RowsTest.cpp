@@ -242,6 +242,12 @@ TEST_F(LargeRows, ThatAreDamagedLeaveTheOldFile) {
     const int status = StatusOf([&] { (void)source.Load(); });
     const std::string words = vx_error_detail();
     ExpectFailure(status, words, [&] { source.Load(how).Save(path, options); });
+    vx_error_info info;
+    vx_last_error(&info);
+    EXPECT_NE(info.is_of_rows, 0);
+    ExpectFailure(VX_OPEN_WRITE_ERROR, "gone", [&] { source.Load(how).Save(folder_ / "gone/new", options); });
+    vx_last_error(&info);
+    EXPECT_EQ(info.is_of_rows, 0);
     EXPECT_EQ(ReadFile(path), "old");
   }
 }
