@@ -22,16 +22,24 @@ class NearestColor {
   [[nodiscard]] const Levels& At(std::size_t entry) const noexcept { return palette_[entry]; }
 
  private:
-  /// The entries that are the nearest to some colour of one cell of the colour cube.
+  struct Entry {
+    uint8_t red, green, blue, index;
+  };
+  /// The entries that may be the nearest to some colour of one cell of the colour cube, ascending.
   struct Candidates {
-    uint32_t first = 0;
+    uint32_t first = 0;  ///< in entries_
     uint32_t count = 0;  ///< 0: not looked for yet
   };
-  void FindCandidates(Levels corner, Candidates* candidates);
+  [[nodiscard]] Candidates& CellOf(Levels color, std::size_t fineness) noexcept;
+  [[nodiscard]] std::size_t NearestOf(Candidates candidates, Levels wanted) const noexcept;
+  [[nodiscard]] Candidates CandidatesFor(Levels wanted, std::size_t fineness);
+  [[nodiscard]] Candidates Narrowed(Candidates candidates, Levels corner, int side);
+
+  static constexpr std::size_t kFinenesses = 3;
 
   std::vector<Levels> palette_;
-  std::vector<Candidates> cells_;
-  std::vector<uint8_t> entries_;  ///< of all cells, one after the other
+  memory::Bytes table_;            ///< the Candidates of all cells, those of the coarsest first
+  memory::Vector<Entry> entries_;  ///< those of the palette, then those of all cells
 };
 
 /// Turns rows of colours into rows of palette indices.
@@ -56,8 +64,8 @@ class PaletteMapper {
   bool diffuses_;
   int lastRow_ = -2;
   bool leftward_ = false;
-  /// Sixteenths of levels owed to the pixels of this row and the next, with a pixel before and behind them.
-  memory::Vector<Levels> owed_, owedNext_;
+  /// Sixteenths of levels owed to the pixels of the next row, with a pixel before and behind them.
+  memory::Vector<Levels> owed_;
 };
 
 }  // namespace vxkrn
