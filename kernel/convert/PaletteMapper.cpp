@@ -10,16 +10,22 @@
 namespace vxkrn {
 namespace {
 
-/// Cells of 64, 16 and 4 levels a side.
-constexpr int CellBits(std::size_t fineness) {
-  return 6 - 2 * static_cast<int>(fineness);
+constexpr int kHugeBits = 6;  // a cell has 64 levels a side
+constexpr int kCoarseBits = 4;
+constexpr int kFineBits = 2;
+constexpr std::size_t kBlock = std::size_t{1} << 3 * (kCoarseBits - kFineBits);  // fine cells in a coarse one
+constexpr uint32_t kTogether = 4;  // entries that are looked at in one go: fewer ends of loops to guess
+
+constexpr std::size_t CellsOf(int bits) {
+  return std::size_t{1} << 3 * (8 - bits);
 }
 
-/// Cells that are coarser, of all such sizes.
-constexpr std::size_t CellsBefore(std::size_t fineness) {
-  std::size_t cells = 0;
-  for (std::size_t i = 0; i < fineness; ++i) cells += std::size_t{1} << 3 * (8 - CellBits(i));
-  return cells;
+/// The cell of `bits` a side among those of a cube of `bits + rest`.
+std::size_t CellAt(const NearestColor::Levels& color, int bits, int rest = 8) {
+  const int mask = (1 << (rest - bits)) - 1;
+  const auto at = [=](int level) { return level >> bits & mask; };
+  return static_cast<std::size_t>((at(color.red) << (rest - bits) | at(color.green)) << (rest - bits) |
+                                  at(color.blue));
 }
 
 constexpr int Square(int value) {
@@ -36,43 +42,58 @@ constexpr int ToLevel(int level) {
   return std::clamp(level, 0, 255);
 }
 
+/// Makes room for `more` elements unless memory is short. What grows here only saves time, so it leaves seven
+/// times as much to those who cannot do without.
+template <class T>
+bool MayGrow(memory::Vector<T>& table, std::size_t more) noexcept {
+  constexpr std::size_t kShare = 8;
+  if (more <= table.capacity() - table.size()) return true;
+  const std::size_t room = std::max(table.size() + more, 2 * table.capacity());
+  if (!memory::Fits(uint64_t{room} * sizeof(T) * kShare)) return false;
+  try {
+    table.reserve(room);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  return true;
+}
+
 }  // namespace
 
-/// Most cells are never looked at, so the table is memory that costs no pages until then.
 NearestColor::NearestColor(std::span<const Color> palette)
-    : table_(static_cast<uint8_t*>(memory::AllocateZeroed(CellsBefore(kFinenesses) * sizeof(Candidates),
-                                                          {"kernel/Palette", __LINE__}))) {
-  if (table_ == nullptr) throw std::bad_alloc();
+    : huge_(CellsOf(kHugeBits)), coarse_(CellsOf(kCoarseBits)), blocks_(CellsOf(kCoarseBits)), fine_(kBlock) {
+  entries_.reserve(palette.size() + kTogether);
   for (const Color color : palette) {
     const RGBQUAD quad = QuadOf(color);
     entries_.push_back({quad.Red, quad.Green, quad.Blue, static_cast<uint8_t>(palette_.size())});
     palette_.push_back({quad.Red, quad.Green, quad.Blue});
   }
-}
-
-inline NearestColor::Candidates& NearestColor::CellOf(Levels color, std::size_t fineness) noexcept {
-  const int bits = CellBits(fineness);
-  const int rest = 8 - bits;
-  const int at = ((color.red >> bits) << rest | color.green >> bits) << rest | color.blue >> bits;
-  auto* const cells = reinterpret_cast<Candidates*>(table_.get()) + CellsBefore(fineness);
-  return cells[static_cast<std::size_t>(at)];
+  while (entries_.size() % kTogether != 0) entries_.push_back(Entry(entries_.back()));
 }
 
 inline std::size_t NearestColor::NearestOf(Candidates candidates, Levels wanted) const noexcept {
+  const Entry* entry = entries_.data() + candidates.first;
+  const auto look = [&wanted](const Entry& at) {
+    const int distance =
+        Square(wanted.red - at.red) + Square(wanted.green - at.green) + Square(wanted.blue - at.blue);
+    return static_cast<uint32_t>(distance) << 8 | at.index;
+  };
   uint32_t least = UINT32_MAX;
-  for (uint32_t i = 0; i < candidates.count; ++i) {
-    const Entry& entry = entries_[candidates.first + i];
-    const int distance = Square(wanted.red - entry.red) + Square(wanted.green - entry.green) +
-                         Square(wanted.blue - entry.blue);
-    least = std::min(least, static_cast<uint32_t>(distance) << 8 | entry.index);
+  for (const Entry* const end = entry + candidates.count; entry < end; entry += kTogether) {
+    const uint32_t first = std::min(look(entry[0]), look(entry[1]));
+    const uint32_t second = std::min(look(entry[2]), look(entry[3]));
+    least = std::min(least, std::min(first, second));
   }
   return least & 255;
 }
 
 /// An entry that is farther than another one all over the cell cannot be the nearest there. That other one is
-/// the nearest to the cell's middle: against it nearly all fall.
-NearestColor::Candidates NearestColor::Narrowed(Candidates candidates, Levels corner, int side) {
+/// the nearest to the cell's middle: against it nearly all fall. Where memory is short all stay.
+NearestColor::Candidates NearestColor::Narrowed(Candidates candidates, Levels wanted, int bits) noexcept {
+  if (candidates.count == 1 || !MayGrow(entries_, candidates.count + kTogether)) return candidates;
+  const int side = 1 << bits;
   const int half = side / 2;
+  const Levels corner = {wanted.red & -side, wanted.green & -side, wanted.blue & -side};
   const Levels middle =
       palette_[NearestOf(candidates, {corner.red + half, corner.green + half, corner.blue + half})];
   const int last = side - 1;
@@ -85,26 +106,43 @@ NearestColor::Candidates NearestColor::Narrowed(Candidates candidates, Levels co
     if (most >= 0) entries_.push_back(entry);
   }
   const auto count = static_cast<uint32_t>(entries_.size()) - first;
-  if (count < candidates.count) return {first, count};
+  if (count < candidates.count) {
+    while (entries_.size() % kTogether != 0) entries_.push_back(Entry(entries_.back()));
+    return {first, count};
+  }
   entries_.resize(first);
   return candidates;
 }
 
-NearestColor::Candidates NearestColor::CandidatesFor(Levels wanted, std::size_t fineness) {
-  Candidates& cell = CellOf(wanted, fineness);
-  if (cell.count == 0) {
-    const int side = 1 << CellBits(fineness);
-    const Levels corner = {wanted.red & -side, wanted.green & -side, wanted.blue & -side};
-    const Candidates all = {0, static_cast<uint32_t>(palette_.size())};
-    cell = Narrowed(fineness == 0 ? all : CandidatesFor(wanted, fineness - 1), corner, side);
+/// @return the fine cell of a color, or null where memory is short: then the coarse one has to do
+NearestColor::Candidates* NearestColor::FineCell(Levels color) noexcept {
+  uint16_t& block = blocks_[CellAt(color, kCoarseBits)];
+  if (block == 0) {
+    if (!MayGrow(fine_, kBlock)) return nullptr;
+    block = static_cast<uint16_t>(fine_.size() / kBlock);
+    fine_.resize(fine_.size() + kBlock);
   }
-  return cell;
+  return &fine_[block * kBlock + CellAt(color, kFineBits, kCoarseBits)];
+}
+
+NearestColor::Candidates NearestColor::CandidatesFor(Levels wanted) {
+  Candidates& coarse = coarse_[CellAt(wanted, kCoarseBits)];
+  if (coarse.count == 0) {
+    Candidates& huge = huge_[CellAt(wanted, kHugeBits)];
+    if (huge.count == 0) huge = Narrowed({0, static_cast<uint32_t>(palette_.size())}, wanted, kHugeBits);
+    coarse = Narrowed(huge, wanted, kCoarseBits);
+  }
+  Candidates* const fine = FineCell(wanted);
+  if (fine == nullptr) return coarse;
+  *fine = Narrowed(coarse, wanted, kFineBits);
+  return *fine;
 }
 
 inline std::size_t NearestColor::Find(Levels wanted) {
-  constexpr std::size_t kFinest = kFinenesses - 1;
-  const Candidates known = CellOf(wanted, kFinest);
-  return NearestOf(known.count != 0 ? known : CandidatesFor(wanted, kFinest), wanted);
+  const std::size_t block = blocks_[CellAt(wanted, kCoarseBits)];
+  const Candidates known =
+      fine_[block * kBlock + CellAt(wanted, kFineBits, kCoarseBits)];  // block 0 is empty
+  return NearestOf(known.count != 0 ? known : CandidatesFor(wanted), wanted);
 }
 
 PaletteMapper::PaletteMapper(std::span<const Color> palette, int width, bool diffuses, int transparent)

@@ -25,21 +25,22 @@ class NearestColor {
   struct Entry {
     uint8_t red, green, blue, index;
   };
-  /// The entries that may be the nearest to some colour of one cell of the colour cube, ascending.
+  /// The entries that may be the nearest to some colour of one cell of the colour cube, ascending and then
+  /// the last of them again, for they are looked at in fours.
   struct Candidates {
     uint32_t first = 0;  ///< in entries_
     uint32_t count = 0;  ///< 0: not looked for yet
   };
-  [[nodiscard]] Candidates& CellOf(Levels color, std::size_t fineness) noexcept;
   [[nodiscard]] std::size_t NearestOf(Candidates candidates, Levels wanted) const noexcept;
-  [[nodiscard]] Candidates CandidatesFor(Levels wanted, std::size_t fineness);
-  [[nodiscard]] Candidates Narrowed(Candidates candidates, Levels corner, int side);
-
-  static constexpr std::size_t kFinenesses = 3;
+  [[nodiscard]] Candidates CandidatesFor(Levels wanted);
+  [[nodiscard]] Candidates Narrowed(Candidates candidates, Levels wanted, int bits) noexcept;
+  [[nodiscard]] Candidates* FineCell(Levels color) noexcept;
 
   std::vector<Levels> palette_;
-  memory::Bytes table_;            ///< the Candidates of all cells, those of the coarsest first
-  memory::Vector<Entry> entries_;  ///< those of the palette, then those of all cells
+  memory::Vector<Candidates> huge_, coarse_;  ///< cells of 64 and of 16 levels a side
+  memory::Vector<uint16_t> blocks_;           ///< of fine_, a coarse cell each; 0: none
+  memory::Vector<Candidates> fine_;           ///< cells of 4 levels a side, a coarse cell's in a block
+  memory::Vector<Entry> entries_;             ///< those of the palette, then those of all cells
 };
 
 /// Turns rows of colours into rows of palette indices.

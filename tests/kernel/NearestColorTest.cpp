@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+#include "base/Memory.h"
 #include "convert/PaletteMapper.h"
 
 namespace {
@@ -37,7 +38,22 @@ struct Spread {
   int first, span, step;
 };
 
-TEST(NearestColorTest, IsTheFirstOfTheNearest) {
+/// A limit that leaves `bytes`, for as long as it lives.
+class Shortage {
+ public:
+  explicit Shortage(uint64_t bytes) { vxkrn::memory::SetLimit(vxkrn::memory::InUse() + bytes); }
+  ~Shortage() { vxkrn::memory::SetLimit(vxkrn::memory::kDefaultLimit); }
+  Shortage(const Shortage&) = delete;
+  Shortage& operator=(const Shortage&) = delete;
+};
+
+/// With all the memory there is, with none for the cells, and with enough for some.
+class NearestColorTest : public testing::TestWithParam<uint64_t> {};
+INSTANTIATE_TEST_SUITE_P(Memory, NearestColorTest,
+                         testing::Values(vxkrn::memory::kDefaultLimit, 80U << 10, 1U << 20));
+
+TEST_P(NearestColorTest, IsTheFirstOfTheNearest) {
+  const Shortage shortage(GetParam());
   constexpr std::size_t kSizes[] = {1, 2, 7, 16, 255, 256};
   constexpr Spread kSpreads[] = {{0, 256, 1}, {0, 256, 16}, {0, 256, 51}, {100, 9, 1}, {190, 66, 3}};
   std::minstd_rand random(11);
