@@ -130,15 +130,6 @@ Bytes StepTooFar() {
   return chunk("RIFF", content);
 }
 
-/// A fax of 40 billion pixels in a few bytes.
-Bytes HugeFax() {
-  ImageHeader header = HeaderFor(1, Compression::BitFields);  // which is Huffman coding at 1 bit
-  header.size = 64;
-  header.width = 200000;
-  header.height = 200000;
-  return BitmapFile(Encode(header), EncodePalette({}, 2, 4), Bytes(16, 0x35));
-}
-
 Sample Odd(std::string name, std::string title, Bytes bytes, Outcome outcome = Outcome::LoadsDamaged) {
   Sample sample;
   sample.name = std::move(name);
@@ -174,7 +165,6 @@ std::vector<Sample> OddBitmaps() {
           With32(BitmapFile(Encode(HeaderFor(24)), Bytes(6, 0xEE), Rows24(Sea())), kImageHeader + 20, 0)),
       Odd("odd-trailing.bmp", "Bitmap with a text behind its end",
           Followed(TrueColor(), {'t', 'e', 'x', 't', '\n'})),
-      Odd("odd-huge.bmp", "Huffman coding of 200,000 x 200,000 pixels", HugeFax(), Outcome::Refused),
   };
 }
 

@@ -8,6 +8,7 @@
 #include "app/StoreFile.h"
 #include "base/Errors.h"
 #include "beyond/BitmapFile.h"
+#include "bitmap/Bitmap.h"
 #include "files/EditFile.h"
 #include "format/IconDirectory.h"
 #include "verify/Judge.h"
@@ -51,7 +52,7 @@ Shown Show(vx_source& source, int page) {
   options.allow_truncated = 1;
   Shown shown;
   shown.status = LoadAny(source, &options, &shown.picture);
-  if (shown.status == STATUS_NO_MEMORY) throw std::bad_alloc();
+  if (shown.status == STATUS_NO_MEMORY) throw Failed{shown.status};
   BeginCall();
   return shown;
 }
@@ -70,13 +71,37 @@ bool ShowSame(const vx_bitmap& one, const vx_bitmap& other) {
   return true;
 }
 
+/// Whether comparing all pages takes no longer than such a file is worth: pages may share bytes over and
+/// over, and a few bytes may say that a picture is huge.
+bool MayCompare(const vx_source& source, int count) {
+  constexpr int kMostPages = 4096;  // of arrays, which are walked from their beginning
+  constexpr uint64_t kMostTimes = 16;
+  constexpr uint64_t kMostPixels = 256;  // for a byte
+  constexpr uint64_t kAlways = uint64_t{1} << 28;
+  if (!bmp::IsValidDirectory(bmp::DecodeDirectory(source.BlockAt<bmp::kDirectorySize>(0)))) {
+    return count <= kMostPages;
+  }
+  uint64_t stored = 0;
+  uint64_t pixels = 0;
+  for (int page = 1; page <= count; ++page) {
+    std::optional<BitmapImage> image;
+    if (FindBitmap(source, page, &image) != STATUS_OK || !image) continue;
+    stored += std::min<uint64_t>(image->icon->entry.BytesInRes, SizeOf(source));
+    const int width = std::clamp(image->layout.width, 0, kLongestSide);
+    const int height = std::clamp(image->layout.height, 0, kLongestSide);
+    pixels += static_cast<uint64_t>(width) * static_cast<uint64_t>(height);
+  }
+  BeginCall();
+  return stored <= kMostTimes * SizeOf(source) + kAlways && pixels <= kMostPixels * SizeOf(source) + kAlways;
+}
+
 /// Whether every page loads as the same picture, or fails as it did. Pages that the directory says the same
 /// of are one.
 bool AreSame(vx_source& before, vx_source& after) {
   using Entry = bmp::Block<bmp::kEntrySize>;
   std::set<Entry, std::less<>, memory::Counted<Entry>> seen;
   const int count = CountPages(before);
-  if (count != CountPages(after)) return false;
+  if (count != CountPages(after) || !MayCompare(before, count)) return false;
   for (int page = 1; page <= count; ++page) {
     const bool isIcon = bmp::LoadU16(bmp::View<2>(before.BlockAt<2>(0)), 0) == bmp::kIconSignature;
     if (isIcon && !seen.insert(before.BlockAt<bmp::kEntrySize>(bmp::EntryOffset(page))).second) continue;
@@ -184,7 +209,7 @@ class Repair {
       const FindingRule& rule = *FindingRuleOf(finding->code);
       const char* what = told.isMended ? rule.done
                          : CanBeMended(finding->code)
-                             ? "Here it cannot be mended without a change of what is shown."
+                             ? "Here it cannot be mended so that every page is sure to show what it did."
                              : rule.advice;
       const vx_repair_step step = {finding, told.isMended ? 1 : 0, what};
       told.take(told.user, &step);

@@ -145,22 +145,26 @@ void Judge::JudgeParts(const vx_source& source, std::span<const vx_part> parts) 
 
 /// Structures of one picture; pages are told of as a whole, and masks that lack the room are cut.
 void Judge::JudgeOverlaps(std::span<const vx_part> parts) {
-  memory::Vector<const vx_part*> shared;
-  for (const vx_part& part : parts) {
+  memory::Vector<std::size_t> shared;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    const vx_part& part = parts[i];
     const bool isStructure =
         part.kind != VX_PART_IMAGE && part.kind != VX_PART_AND_MASK && part.kind != VX_PART_UNKNOWN;
-    if (isStructure && (part.flags & VX_PART_SHARED) != 0 && part.present > 0) shared.push_back(&part);
+    if (isStructure && (part.flags & VX_PART_SHARED) != 0 && part.present > 0) shared.push_back(i);
   }
-  std::stable_sort(shared.begin(), shared.end(), [](const vx_part* one, const vx_part* other) {
-    return one->page != other->page ? one->page < other->page : one->offset < other->offset;
+  std::stable_sort(shared.begin(), shared.end(), [parts](std::size_t one, std::size_t other) {
+    const vx_part& first = parts[one];
+    const vx_part& second = parts[other];
+    return first.page != second.page ? first.page < second.page : first.offset < second.offset;
   });
   const vx_part* holder = nullptr;
-  for (const vx_part* part : shared) {
-    const bool isOfOne = holder != nullptr && holder->page == part->page;
-    if (isOfOne && part->offset < EndOf(*holder)) {
-      findings_.Add(VX_FINDING_PARTS_OVERLAP, part->page, part->offset, holder->offset);
+  for (const std::size_t number : shared) {
+    const vx_part& part = parts[number];
+    const bool isOfOne = holder != nullptr && holder->page == part.page;
+    if (isOfOne && part.offset < EndOf(*holder)) {
+      findings_.Add(VX_FINDING_PARTS_OVERLAP, part.page, part.offset, holder->offset);
     }
-    if (!isOfOne || EndOf(*part) > EndOf(*holder)) holder = part;
+    if (!isOfOne || EndOf(part) > EndOf(*holder)) holder = &part;
   }
 }
 

@@ -11,7 +11,6 @@ namespace vxkrn {
 namespace {
 
 using bmp::BitmapLayout;
-using bmp::Decoder;
 
 /// Whether a row, and another one beside it, may be held.
 bool FitsRow(uint64_t bytes) noexcept {
