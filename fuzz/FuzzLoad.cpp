@@ -1,4 +1,6 @@
 // Any bytes as a file: described, loaded in every way, saved in every format, and loaded again.
+#include <vx/verify.h>
+
 #include <algorithm>
 #include <vector>
 #include <vx/image.hpp>
@@ -76,6 +78,16 @@ void RequireSame(const vx::Bitmap& picture, const vx_save_plan& plan, const vx::
   }
 }
 
+/// Whatever is found, the library says it in words.
+void Verify(const vx::Source& source) {
+  const auto take = [](void* /*user*/, const vx_finding* finding) {
+    fuzz::Require(finding->text[0] != 0);
+    return 0;
+  };
+  const int status = vx_verify(source.Get(), VX_PURPOSE_ANY, take, nullptr);
+  fuzz::Require(status == VX_OK || status == VX_BAD_FORMAT || status == VX_NO_MEMORY);
+}
+
 void LoadAndSave(fuzz::Input& input) {
   const bool isRaw = input.Choice(4) == 3;
   vx::LoadOptions options = LoadOptionsFrom(input);
@@ -83,6 +95,7 @@ void LoadAndSave(fuzz::Input& input) {
   if (isRaw) options.raw = &raw;
   const vx::SaveOptions saveOptions = SaveOptionsFrom(input);
   const vx::Source source = vx::Source::Memory(input.File());
+  if (!isRaw) Verify(source);
   if (!isRaw) (void)source.Describe(options.page);
   const vx::Bitmap picture = source.Load(options);
   (void)picture.EncodePng();

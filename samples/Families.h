@@ -18,6 +18,8 @@ std::vector<Sample> AnimationSamples();
 std::vector<Sample> OddIconSamples();
 std::vector<Sample> RawSamples();
 std::vector<Sample> DamagedSamples();
+/// What a check of files must find.
+std::vector<Sample> FindingSamples();
 
 /// @return a good sample that loads as `expected`.
 Sample MakeSample(std::string name, std::string title, std::vector<uint8_t> bytes, const Picture& expected);

@@ -36,7 +36,7 @@ Sample MakeSample(std::string name, std::string title, std::vector<uint8_t> byte
 std::vector<Sample> All() {
   std::vector<Sample> all;
   for (auto family : {BitmapSamples, BeyondSamples, CodedSamples, ColorSamples, IconSamples, OddIconSamples,
-                      AnimationSamples, RawSamples, DamagedSamples}) {
+                      AnimationSamples, RawSamples, DamagedSamples, FindingSamples}) {
     std::vector<Sample> some = family();
     all.insert(all.end(), std::make_move_iterator(some.begin()), std::make_move_iterator(some.end()));
   }

@@ -5,7 +5,7 @@ import subprocess
 import sys
 
 FILTER = "API/Filters/Bmp/Common"
-KERNEL = ["base", "files", "bitmap", "png", "convert", "filter", "beyond", "inspect", "app"]  # from the ground up
+KERNEL = ["base", "files", "bitmap", "png", "convert", "filter", "beyond", "inspect", "verify", "app"]  # from the ground up
 CLI = ["words", "failures", "streams", "arguments", "completions", "finding", "jobs", "commands"]
 ALLOWED = {  # a folder or file: those below it
     "host": [],

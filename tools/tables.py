@@ -1,4 +1,4 @@
-"""Writes the tables of docs/errors.md, docs/formats.md and docs/man/vxkrn.3 that the code has.
+"""Writes the tables of docs/errors.md, docs/findings.md, docs/formats.md and docs/man/vxkrn.3 that the code has.
 
 Usage: tables.py [--check]     --check writes nothing, and fails where a table differs from the code
 """
@@ -37,6 +37,14 @@ def reasons():
 def remarks():
     known = entries("kernel/base/Remarks.cpp", 2)
     return [(constant, known[constant][0], number, known[constant][1]) for constant, number, _ in enum("vx_remark_code")][1:]
+
+
+def findings():
+    """The table of findings: text that is "" is the failure's own."""
+    text = re.sub(r'"\s+"', "", (ROOT / "kernel/verify/Findings.cpp").read_text())
+    rule = r'\{(VX_FINDING_\w+),\s*"(.*?)",\s*VX_(\w+),\s*"(.*?)",\s*"(.*?)",\s*"(.*?)"\}'
+    return [(name, severity.lower(), words or "what is wrong, in words", "yes" if done else "", advice)
+            for _, name, severity, done, words, advice in re.findall(rule, text)][1:]
 
 
 HEADERS = {"kAny": "any", "kNotCore": "any but OS/2 1.x", "kOs2": "OS/2 2.x", "kOs2OrInfo": "OS/2 2.x, 40 bytes",
@@ -78,6 +86,9 @@ TABLES = [  # file, what stands before the table, the table, what stands behind 
      table(["`<vx/vx.h>`", "name", "number", "why, and its numbers", "what to do"], reasons()), "<!-- end -->"),
     ("docs/errors.md", "<!-- remarks: tools/tables.py writes them -->\n",
      table(["`<vx/vx.h>`", "name", "number", "what is said of the file or page"], remarks()), "<!-- end -->"),
+    ("docs/findings.md", "<!-- findings: tools/tables.py writes them -->\n",
+     table(["code", "severity", "what is said of the file or page", "mended", "what to do"], findings(), 1),
+     "<!-- end -->"),
     ("docs/formats.md", "<!-- decoders: tools/tables.py writes them -->\n",
      table(["image header", "bits", "coding", "masks", "decoded by"], decoders(), 0), "<!-- end -->"),
     ("docs/man/vxkrn.3", '.Bl -tag -width "VX_NO_DISPLAY_LIBRARY"\n', manual(statuses()[1:]), ".El"),

@@ -27,6 +27,7 @@
 #include "jobs/Interruption.h"
 #include "jobs/Workers.h"
 #include "streams/Input.h"
+#include "streams/NewFile.h"
 #include "streams/Output.h"
 #include "words/Text.h"
 
@@ -60,15 +61,6 @@ bool IsUpToDate(const std::string& out, const std::string& in) {
   if (stat(out.c_str(), &newer) != 0 || stat(in.c_str(), &older) != 0) return false;
   return std::pair(newer.st_mtim.tv_sec, newer.st_mtim.tv_nsec) >=
          std::pair(older.st_mtim.tv_sec, older.st_mtim.tv_nsec);
-}
-
-/// @throws FileError
-void MakeFolder(const std::string& folder) {
-  std::error_code error;
-  std::filesystem::create_directories(folder, error);
-  if (!error) return;
-  errno = error.value();
-  throw FileError::FromErrno(VX_OPEN_WRITE_ERROR, folder, "cannot make the folder");
 }
 
 class Batch {

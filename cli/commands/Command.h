@@ -20,9 +20,12 @@ std::span<const Command> AllCommands();
 
 Action DeclareInfo(Arguments& command);
 Action DeclareInspect(Arguments& command);
+Action DeclareVerify(Arguments& command);
+Action DeclareRepair(Arguments& command);
 Action DeclareView(Arguments& command);
 Action DeclareConvert(Arguments& command);
 Action DeclareBatch(Arguments& command);
+Action DeclareCarve(Arguments& command);
 Action DeclareDiff(Arguments& command);
 Action DeclarePages(Arguments& command);
 Action DeclareIcon(Arguments& command);

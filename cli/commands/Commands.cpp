@@ -26,6 +26,34 @@ Examples:
   vxbmp inspect scan.bmp --codes | less
   vxbmp inspect --json app.ico | jq 'select(.kind == "unreferenced")')",
      "--page --hex --codes --json", DeclareInspect},
+    {"verify", "Finds what is wrong with files: damage, and numbers that are not so.",
+     R"(A line a finding: how much it matters, what it is, its code, and the byte where it shows.
+Errors are what readers stumble over, warnings what some mind, notes what is worth
+knowing. Pixels are looked at as well. All codes are in docs/findings.md, and what a
+repair can mend, vxbmp repair does.
+
+Exit code 0: no errors; with --strict no findings. 1: some, or a file cannot be read.
+
+Examples:
+  vxbmp verify app.ico
+  vxbmp verify icons -r -q --strict
+  vxbmp verify favicon.ico --as favicon
+  vxbmp verify --json *.bmp | jq -r 'select(.severity == "error") | .file')",
+     "-r,--recursive --strict --as --json", DeclareVerify},
+    {"repair", "Mends what can be mended of a file without guessing a pixel.",
+     R"(Sizes, offsets and entries that lie, pages that share bytes, masks that are cut short,
+bytes that nothing refers to. Each thing done is said, and what is left. Before OUT is
+written every page is loaded from both: it shows the same, or fails as before.
+
+Exit code 0: no errors are left; vxbmp verify finds nothing more that can be mended.
+1: errors are left, or a file cannot be read or written.
+
+Examples:
+  vxbmp repair app.ico -o mended.ico
+  vxbmp repair photo.bmp --in-place --backup
+  vxbmp repair photo.bmp --in-place --backup=.orig
+  curl -s https://example.com/favicon.ico | vxbmp repair - -o favicon.ico)",
+     "-o --in-place --backup", DeclareRepair},
     {"view", "Shows a picture in the terminal.",
      R"(What is transparent shows the terminal's background. Small pictures are drawn in their
 own size, a symbol a column of pixels; large ones are made to fit the terminal.
@@ -89,6 +117,17 @@ Examples:
   vxbmp diff before.bmp after.bmp -o difference.png
   vxbmp diff before.ico after.ico --strict -q || echo changed)",
      "--page -o --strict --json", DeclareDiff},
+    {"carve", "Finds the bitmaps, icons and cursors inside any file.",
+     R"(Whatever the file is - the image of a disk, a program, a damaged archive - what lies in it
+as it is becomes a file of its own, as long as its headers say, named after the byte that
+it begins at. Only what is whole is taken, and bitmaps whose end the file cuts off. Files
+that are there already stay. What is compressed, or stored in pieces, is not found.
+
+Examples:
+  vxbmp carve disk.img --dir found
+  vxbmp carve program.exe --dir found --dry-run
+  vxbmp carve --json disk.img --dir found | jq -r .output)",
+     "--dir -n,--dry-run --json", DeclareCarve},
     {"pages", "Lists and changes the pages of icon and cursor files.",
      R"(SEL is a page: 3, -1 (the last), 32x32 (all of that size), 32x32@8 (of 8 bits a pixel);
 a range: 1-3, 2- (from 2 on); or a list of those with commas. Numbers mean the pages as

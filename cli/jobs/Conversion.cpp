@@ -46,12 +46,7 @@ bool IsIcon(int format) {
   return format == VX_FORMAT_ICO || format == VX_FORMAT_VISTA_ICO;
 }
 
-/// Whether a save failed for want of rows, which are read only then.
-bool IsOfReading(const vx::Error& error) {
-  return error.status() == VX_READ_ERROR || error.status() == VX_BAD_FORMAT;
-}
-
-/// @throws vx::Error where the picture turns out to be damaged
+/// @throws vx::Error where rows of the picture, which are read only now, cannot be had
 void Save(const vx::Bitmap& picture, const std::string& out, const vx_save_options& options,
           Converted& converted) {
   const std::string name = out == kStandardStream ? "standard output" : out;
@@ -62,7 +57,7 @@ void Save(const vx::Bitmap& picture, const std::string& out, const vx_save_optio
     RemarkOnProfile(name);
     RemarkOnLosses(name, options, plan);
   } catch (const vx::Error& error) {
-    if (IsOfReading(error)) throw;
+    if (error.info().is_of_rows != 0) throw;
     ReportFailure(error, {.file = name, .makesIcon = IsIcon(options.format)});
     converted.failure = error;
   }

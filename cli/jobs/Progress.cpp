@@ -69,7 +69,7 @@ std::string BarText(const Counts& counts, double seconds, size_t columns) {
 }
 
 std::string ProgressText(const Counts& counts, double seconds) {
-  std::string text = fmt::format("{} of {} files", counts.done, counts.total);
+  std::string text = fmt::format("{} of {} {}", counts.done, counts.total, counts.unit);
   const size_t worked = counts.done - counts.skipped;
   if (const std::string rate = Rate(worked, seconds); !rate.empty()) {
     const double left =

@@ -8,6 +8,7 @@
 namespace cli {
 
 struct Counts {
+  const char* unit = "files";
   size_t total = 0;
   size_t done = 0;     ///< skipped and failed ones, too
   size_t skipped = 0;  ///< which take no time and say nothing of how long the others will

@@ -150,6 +150,37 @@ typedef int (*vx_code_function)(void* user, const vx_code* code);
  */
 VX_API int vx_read_codes(vx_source* source, int page, vx_code_function take, void* user);
 
+/** A file that lies inside another, such as the image of a disk. */
+typedef struct vx_found_file {
+  int format;       /**< vx_format of its first page */
+  int page_count;   /**< pages of it */
+  uint64_t offset;  /**< byte of the source where it begins */
+  uint64_t length;  /**< bytes that it should have: up to the last one that its headers speak of */
+  uint64_t present; /**< those of them that the source has */
+} vx_found_file;
+
+/**
+ * Tells how long the bitmap, icon, cursor or animated cursor is that begins at a byte of any source. Bytes
+ * behind the last that its headers speak of are none of it, but for up to three that pad it to the length it
+ * states. Of what the source cuts off only bitmaps are taken whose headers agree on how long they were. No
+ * pixel is decoded.
+ * @param offset 0 and more @return VX_BAD_FORMAT where no such file begins, or one that is not whole
+ */
+VX_API int vx_extent(vx_source* source, uint64_t offset, vx_found_file* found);
+/**
+ * Finds the first such file that begins at `from` or behind it, and before `until`. Icons of more than 1000
+ * pages are not found. To find them all go on at found->offset + found->length, or at `until` where none was
+ * found.
+ * @param found its length is 0 where there is none
+ * @return VX_OK, whether or not there is one; VX_READ_ERROR where the source cannot be read
+ */
+VX_API int vx_find_file(vx_source* source, uint64_t from, uint64_t until, vx_found_file* found);
+/**
+ * Reads bytes of a source, whatever they are.
+ * @param count how many are wanted @param read receives how many there were: fewer at the end of the source
+ */
+VX_API int vx_read_bytes(vx_source* source, uint64_t offset, void* buffer, size_t count, size_t* read);
+
 #ifdef __cplusplus
 }
 #endif

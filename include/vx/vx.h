@@ -158,7 +158,8 @@ typedef struct vx_error_info {
   int status;     /**< vx_status; VX_OK where the last call did not fail */
   int reason;     /**< vx_reason */
   int page;       /**< the page of the file, from 1; 0 where it has one only, or no page is meant */
-  int reserved;   /**< 0 */
+  int is_of_rows; /**< nonzero: rows that VX_LOAD_ROW_BY_ROW left to be read could not be, which is no matter
+                     of the file that they are saved to */
   int64_t offset; /**< the byte of the file where it shows; -1 where no byte is meant */
   int64_t first;  /**< what vx_reason says; else 0 */
   int64_t second; /**< what vx_reason says; else 0 */

@@ -6,6 +6,7 @@
 #include "beyond/PageWriter.h"
 #include "files/FileLock.h"
 #include "files/MemoryTarget.h"
+#include "files/MirroredFile.h"
 #include "files/Place.h"
 #include "files/Replacement.h"
 #include "filter/FilterCalls.h"
@@ -13,11 +14,7 @@
 namespace vxkrn {
 namespace {
 
-/// Writes the picture as the file that `backend` opens. Only PNG streams take rows from the top.
-/// @return STATUS_OK, or a failure with its detail set
-int WriteThrough(const Backend& backend, const char* name, SavePlan* plan) {
-  const bool comesByRows = plan->shown.Pixels == nullptr;
-  if (comesByRows && plan->writer != bmp::Writer::kPng) ProviderOf(plan->shown)->PrepareForAnyOrder();
+int Write(const Backend& backend, const char* name, SavePlan* plan) {
   switch (plan->writer) {
     case bmp::Writer::kPng: return SavePng(backend, name, plan);
     case bmp::Writer::kAlphaBitmap: return SaveAlphaBitmap(backend, name, *plan);
@@ -26,6 +23,33 @@ int WriteThrough(const Backend& backend, const char* name, SavePlan* plan) {
   }
   if (bmp::IsIconFormat(plan->outcome.format)) return SavePage(backend, name, NewFile(), 1, plan);
   return SavePicture(backend, name, NewFile(), plan);
+}
+
+/// Whether every row has its place in the file, and is what it is whichever row was asked for before it.
+bool TakesRowsFromTop(const SavePlan& plan) {
+  const int format = plan.outcome.format;
+  const bool isPlain = format == FMT_BMP || format == FMT_OS2 || format == FMT_OS2_2;
+  const bool diffuses =
+      plan.outcome.bits_per_pixel <= 8 && plan.rows.diffuses && plan.outcome.colors_lost != 0;
+  return isPlain && !diffuses;
+}
+
+/// Writes the picture as the file that `backend` opens. PNG streams take rows from the top, all else from
+/// below: a picture that comes from the top is shown to the writer upside down, and its rows are put where
+/// they belong. Where they have no place until those below them are known, all are taken into memory.
+/// @return STATUS_OK, or a failure with its detail set
+int WriteThrough(const Backend& backend, const char* name, SavePlan* plan) {
+  RowProvider* const provider = plan->shown.Pixels == nullptr ? ProviderOf(plan->shown) : nullptr;
+  if (provider == nullptr || plan->writer == bmp::Writer::kPng) return Write(backend, name, plan);
+  const bool comesFromTop = provider->IsSequential() && plan->shown.Orientation == ORIENT_TOP_DOWN;
+  if (!comesFromTop || !TakesRowsFromTop(*plan)) {
+    provider->PrepareForAnyOrder();
+    return Write(backend, name, plan);
+  }
+  const auto rowBytes = static_cast<uint64_t>(Stride(plan->shown.Width, plan->outcome.bits_per_pixel));
+  MirroredFile mirrored(backend, rowBytes, plan->shown.Height);
+  plan->shown.Orientation = ORIENT_BOTTOM_UP;
+  return Write(mirrored.AsBackend(), name, plan);
 }
 
 int WriteToMemory(const char* name, SavePlan* plan, MemoryTarget* target) {

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "app/Frames.h"
+#include "app/StoreFile.h"
 #include "base/Errors.h"
 #include "base/Remarks.h"
 #include "files/OpenFile.h"
@@ -134,21 +135,6 @@ int Build(const vx_bitmap* const* frames, int count, const vx_animation_options&
               " bytes; files end below 4 GiB");
 }
 
-int Write(const char* path, const memory::Vector<uint8_t>& bytes) {
-  const Backend& backend = InstalledBackend();
-  if (backend.functions.open != kSystemBackend.functions.open) {
-    return WriteWhole(backend, path, bytes.data(), bytes.size());
-  }
-  Place place;
-  int status = place.Find(path);
-  if (status != STATUS_OK) return status;
-  if (place.IsStream()) return WriteToStream(path, place, bytes.data(), bytes.size());
-  Replacement file;
-  status = file.Open(path, place);
-  if (status == STATUS_OK) status = file.Fill(bytes.data(), bytes.size());
-  return status == STATUS_OK ? file.Commit() : status;
-}
-
 }  // namespace
 }  // namespace vxkrn
 
@@ -166,6 +152,6 @@ int vx_save_animation(const vx_bitmap* const* frames, int count, const vx_animat
     vxkrn::ChunkWriter writer;
     int status = vxkrn::CheckOptions(all);
     if (status == STATUS_OK) status = vxkrn::Build(frames, count, all, &writer);
-    return status == STATUS_OK ? vxkrn::Write(path, writer.Bytes()) : status;
+    return status == STATUS_OK ? vxkrn::StoreFile(path, writer.Bytes()) : status;
   });
 }

@@ -58,7 +58,6 @@ struct CallRecord {
   LateWrite lateWrite;
   Backend installed = {};            ///< the application's files; without functions: the system's
   const Backend* scoped = nullptr;   ///< outranks `installed`; null: none
-  bool isOfRow = false;              ///< the failure is that of a row that was asked for, and names its file
   FilterCall* filterCall = nullptr;  ///< the innermost call into the filter; null outside any
 };
 

@@ -57,7 +57,6 @@ void BeginCall() noexcept {
   CallRecord& call = ThisCall();
   call.detail.Clear();
   call.error = {VX_OK, VX_REASON_NONE, 0, 0, -1, 0, 0};
-  call.isOfRow = false;
   call.refusal = {};
   call.remarks.count = 0;
 }
@@ -82,12 +81,12 @@ int FailForException() noexcept {
 }
 
 void FailRow(int status) {
-  ThisCall().isOfRow = true;
+  Failure().is_of_rows = 1;
   throw Failed{status};
 }
 
 int NameFailure(int status, std::string_view name, int page) noexcept {
-  if (ThisCall().isOfRow) return status;
+  if (Failure().is_of_rows != 0) return status;
   const Text problem = Detail();
   Detail().Clear();
   if (name.size() > kLongestName) Detail() << "...";

@@ -193,10 +193,6 @@ std::string_view CompressionWord(Decoder decoder, const BitmapLayout& layout) no
   }
 }
 
-}  // namespace
-
-namespace {
-
 /// By the table, and by what the data says that no header does.
 int ChooseDecoder(const vx_source& source, BitmapImage* image) noexcept {
   bmp::BitmapLayout* layout = &image->layout;
@@ -211,49 +207,68 @@ int ChooseDecoder(const vx_source& source, BitmapImage* image) noexcept {
   return STATUS_OK;
 }
 
+/// Checks what is laid out, and decides who decodes it.
+int Finish(const vx_source& source, BitmapImage* image, std::optional<BitmapImage>* found) noexcept {
+  const BitmapLayout& layout = image->layout;
+  const bool isKnownLength =
+      layout.headerSize == bmp::kCoreHeaderSize || layout.headerSize >= bmp::kLeastLongHeader;
+  if (!isKnownLength) return STATUS_OK;
+  const int64_t size = source.Size();
+  if (size >= 0 && layout.headerOffset + layout.headerSize > static_cast<uint64_t>(size)) {
+    return FailForHeader(layout, size);
+  }
+  if (size >= 0 && layout.HasFields() && layout.paletteOffset > static_cast<uint64_t>(size)) {
+    return FailForCutMasks(layout, size);
+  }
+  const int status = ChooseDecoder(source, image);
+  if (status == STATUS_OK) *found = *image;
+  return status;
+}
+
 }  // namespace
 
-int FindBitmap(const vx_source& source, int page, std::optional<BitmapImage>* found) noexcept {
+int FindBitmapAt(const vx_source& source, uint64_t fileHeader, int page, int pageCount,
+                 std::optional<BitmapImage>* found) noexcept {
   found->reset();
   BitmapImage image;
   image.page = page;
-  BitmapLayout* layout = &image.layout;
-  const auto signature = bmp::LoadU16(bmp::View<2>(source.BlockAt<2>(0)), 0);
-  if (signature == bmp::kIconSignature) return FindIconPage(source, page, found);
-  const bool isOs2Icon = IsOs2IconSignature(signature);
-  if (signature == bmp::kBitmapSignature || signature == bmp::kArraySignature || isOs2Icon) {
-    uint64_t fileHeader = 0;
-    if (signature == bmp::kArraySignature && !FindInArray(source, page, &fileHeader, &image.pageCount)) {
-      return STATUS_OK;
-    }
-    const auto file = bmp::DecodeFileHeader(source.BlockAt<bmp::kFileHeaderSize>(fileHeader));
-    if (page > image.pageCount) return STATUS_OK;
-    if (IsOs2IconSignature(file.signature)) {
-      if (!FindOs2Icon(source, fileHeader, &image)) return FailForOs2Icon(fileHeader);
-      *found = image;
-      return STATUS_OK;
-    }
-    if (file.signature != bmp::kBitmapSignature) return STATUS_OK;
-    if (!ReadLayout(source, fileHeader + bmp::kFileHeaderSize, true, file.dataOffset, layout))
-      return STATUS_OK;
-  } else if (page == 1 && IsBareHeader(source, layout)) {
-    PassRepeatedMasks(source, layout);
-  } else {
+  image.pageCount = pageCount;
+  const auto file = bmp::DecodeFileHeader(source.BlockAt<bmp::kFileHeaderSize>(fileHeader));
+  if (page > pageCount) return STATUS_OK;
+  if (IsOs2IconSignature(file.signature)) {
+    if (!FindOs2Icon(source, fileHeader, &image)) return FailForOs2Icon(fileHeader);
+    *found = image;
     return STATUS_OK;
   }
-  const bool isKnownLength =
-      layout->headerSize == bmp::kCoreHeaderSize || layout->headerSize >= bmp::kLeastLongHeader;
-  if (!isKnownLength) return STATUS_OK;
-  const int64_t size = source.Size();
-  if (size >= 0 && layout->headerOffset + layout->headerSize > static_cast<uint64_t>(size)) {
-    return FailForHeader(*layout, size);
+  const bool isThere =
+      file.signature == bmp::kBitmapSignature &&
+      ReadLayout(source, fileHeader + bmp::kFileHeaderSize, true, file.dataOffset, &image.layout);
+  return isThere ? Finish(source, &image, found) : int{STATUS_OK};
+}
+
+int FindBitmap(const vx_source& source, int page, std::optional<BitmapImage>* found) noexcept {
+  found->reset();
+  const auto signature = bmp::LoadU16(bmp::View<2>(source.BlockAt<2>(0)), 0);
+  if (signature == bmp::kIconSignature) return FindIconPage(source, page, found);
+  if (signature == bmp::kArraySignature) {
+    uint64_t fileHeader = 0;
+    int count = 0;
+    const bool isThere = FindInArray(source, page, &fileHeader, &count);
+    return isThere ? FindBitmapAt(source, fileHeader, page, count, found) : int{STATUS_OK};
   }
-  if (size >= 0 && layout->HasFields() && layout->paletteOffset > static_cast<uint64_t>(size)) {
-    return FailForCutMasks(*layout, size);
+  if (signature == bmp::kBitmapSignature || IsOs2IconSignature(signature)) {
+    return FindBitmapAt(source, 0, page, 1, found);
   }
-  const int status = ChooseDecoder(source, &image);
-  if (status == STATUS_OK) *found = image;
-  return status;
+  BitmapImage image;
+  if (page != 1 || !IsBareHeader(source, &image.layout)) return STATUS_OK;
+  PassRepeatedMasks(source, &image.layout);
+  return Finish(source, &image, found);
+}
+
+memory::Vector<uint64_t> FileHeadersOfArray(const vx_source& source) {
+  memory::Vector<uint64_t> headers;
+  for (ArrayWalk walk(source); walk.Next();) headers.push_back(walk.FileHeader());
+  return headers;
 }
 
 int ReadPalette(const vx_source& source, const BitmapLayout& layout, RGBQUAD (&palette)[256]) noexcept {

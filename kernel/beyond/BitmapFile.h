@@ -4,6 +4,7 @@
 
 #include <optional>
 
+#include "base/Memory.h"
 #include "beyond/IconPart.h"
 #include "files/Source.h"
 #include "format/Decoders.h"
@@ -25,6 +26,14 @@ struct BitmapImage {
 /// then has its say.
 /// @return STATUS_OK, or a failure with its detail set that does not name the file
 [[nodiscard]] int FindBitmap(const vx_source& source, int page, std::optional<BitmapImage>* found) noexcept;
+
+/// Where the file headers of an array stand, one an image; of a source that begins like none that is empty.
+/// Throws std::bad_alloc.
+[[nodiscard]] memory::Vector<uint64_t> FileHeadersOfArray(const vx_source& source);
+
+/// Finds the image, `page` of `pageCount`, whose file header is known. @return as FindBitmap
+[[nodiscard]] int FindBitmapAt(const vx_source& source, uint64_t fileHeader, int page, int pageCount,
+                               std::optional<BitmapImage>* found) noexcept;
 
 /// The colours of an image of up to 8 bits, black behind the last one. @return STATUS_OK, or
 /// STATUS_READ_ERROR with its detail set where the file ends inside the table

@@ -144,29 +144,32 @@ int FindPngPage(const vx_source& source, BitmapImage image, std::optional<Bitmap
   return STATUS_OK;
 }
 
-void RemarkOnEntry(const BitmapImage& image, uint64_t fileSize, int page) noexcept {
+void RemarkOnEntry(const BitmapImage& image, const EntryFaults& faults, int page) noexcept {
+  const ICONDIRENTRY& entry = image.icon->entry;
+  if (faults.isSizeWrong) AddRemark(VX_REMARK_ENTRY_SIZE, SideOf(entry.Width), SideOf(entry.Height), page);
+  if (faults.isDepthWrong) AddRemark(VX_REMARK_ENTRY_DEPTH, entry.BitCount, image.layout.depth, page);
+  if (faults.isLengthWrong) {
+    AddRemark(VX_REMARK_ENTRY_LENGTH, entry.BytesInRes, static_cast<int64_t>(faults.length), page);
+  }
+}
+
+}  // namespace
+
+EntryFaults FaultsOfEntry(const vx_source& source, const BitmapImage& image) noexcept {
   const BitmapLayout& layout = image.layout;
   const IconPart& part = *image.icon;
   const ICONDIRENTRY& entry = part.entry;
   const auto saysSide = [](uint8_t stated, int side) {
     return stated == 0 ? side >= bmp::kLargeIcon : stated == side;
   };
-  if (!saysSide(entry.Width, layout.width) || !saysSide(entry.Height, layout.height)) {
-    AddRemark(VX_REMARK_ENTRY_SIZE, SideOf(entry.Width), SideOf(entry.Height), page);
-  }
   // 0 leaves the depth open. Of a PNG page it is the depth to decode to, which may well be another.
   const bool isDepthWrong = part.isPng ? !bmp::IsDepth(entry.BitCount) : entry.BitCount != layout.depth;
-  if (part.kind == Kind::kIcon && entry.BitCount != 0 && isDepthWrong) {
-    AddRemark(VX_REMARK_ENTRY_DEPTH, entry.BitCount, layout.depth, page);
-  }
-  const uint64_t room = fileSize - part.bodyOffset;
-  if (entry.BytesInRes < part.ownSize || entry.BytesInRes > room) {
-    AddRemark(VX_REMARK_ENTRY_LENGTH, entry.BytesInRes,
-              static_cast<int64_t>(part.ownSize != 0 ? part.ownSize : room), page);
-  }
+  const uint64_t room = FileSize(source) - part.bodyOffset;
+  return {.isSizeWrong = !saysSide(entry.Width, layout.width) || !saysSide(entry.Height, layout.height),
+          .isDepthWrong = part.kind == Kind::kIcon && entry.BitCount != 0 && isDepthWrong,
+          .isLengthWrong = entry.BytesInRes < part.ownSize || entry.BytesInRes > room,
+          .length = part.ownSize != 0 ? part.ownSize : room};
 }
-
-}  // namespace
 
 int FindIconPage(const vx_source& source, int page, std::optional<BitmapImage>* found) noexcept {
   found->reset();
@@ -198,7 +201,7 @@ void RemarkOnPage(const vx_source& source, const BitmapImage& image) noexcept {
     AddRemark(VX_REMARK_HEADER_IN_ICON, image.layout.headerSize, 0, page);
   }
   if (part.isHeightNotDoubled) AddRemark(VX_REMARK_HEIGHT_NOT_DOUBLED, image.layout.height, 0, page);
-  RemarkOnEntry(image, FileSize(source), page);
+  RemarkOnEntry(image, FaultsOfEntry(source, image), page);
   const uint64_t end = part.bodyOffset + std::max<uint64_t>(part.ownSize, part.entry.BytesInRes);
   ForNeighbours(source, image.page, [&](int other, const ICONDIRENTRY& entry) {
     const uint64_t begin = entry.ImageOffset;

@@ -22,16 +22,25 @@ class NearestColor {
   [[nodiscard]] const Levels& At(std::size_t entry) const noexcept { return palette_[entry]; }
 
  private:
-  /// The entries that are the nearest to some colour of one cell of the colour cube.
+  struct Entry {
+    uint8_t red, green, blue, index;
+  };
+  /// The entries that may be the nearest to some colour of one cell of the colour cube, ascending and then
+  /// the last of them again, for they are looked at in fours.
   struct Candidates {
-    uint32_t first = 0;
+    uint32_t first = 0;  ///< in entries_
     uint32_t count = 0;  ///< 0: not looked for yet
   };
-  void FindCandidates(Levels corner, Candidates* candidates);
+  [[nodiscard]] std::size_t NearestOf(Candidates candidates, Levels wanted) const noexcept;
+  [[nodiscard]] Candidates CandidatesFor(Levels wanted);
+  [[nodiscard]] Candidates Narrowed(Candidates candidates, Levels wanted, int bits) noexcept;
+  [[nodiscard]] Candidates* FineCell(Levels color) noexcept;
 
   std::vector<Levels> palette_;
-  std::vector<Candidates> cells_;
-  std::vector<uint8_t> entries_;  ///< of all cells, one after the other
+  memory::Vector<Candidates> huge_, coarse_;  ///< cells of 64 and of 16 levels a side
+  memory::Vector<uint16_t> blocks_;           ///< of fine_, a coarse cell each; 0: none
+  memory::Vector<Candidates> fine_;           ///< cells of 4 levels a side, a coarse cell's in a block
+  memory::Vector<Entry> entries_;             ///< those of the palette, then those of all cells
 };
 
 /// Turns rows of colours into rows of palette indices.
@@ -56,8 +65,8 @@ class PaletteMapper {
   bool diffuses_;
   int lastRow_ = -2;
   bool leftward_ = false;
-  /// Sixteenths of levels owed to the pixels of this row and the next, with a pixel before and behind them.
-  memory::Vector<Levels> owed_, owedNext_;
+  /// Sixteenths of levels owed to the pixels of the next row, with a pixel before and behind them.
+  memory::Vector<Levels> owed_;
 };
 
 }  // namespace vxkrn

@@ -68,9 +68,17 @@ struct Box {
   std::size_t firstPart = 0;
 };
 
+/// Sorts keys, because a mean takes a division and cells are long.
 void SortAlong(std::size_t channel, std::span<Cell> cells) {
-  std::sort(cells.begin(), cells.end(),
-            [channel](const Cell& a, const Cell& b) { return a.Mean(channel) < b.Mean(channel); });
+  struct Key {
+    double mean;
+    std::size_t cell;
+  };
+  std::vector<Key> keys(cells.size());
+  for (std::size_t i = 0; i < cells.size(); ++i) keys[i] = {cells[i].Mean(channel), i};
+  std::sort(keys.begin(), keys.end(), [](const Key& a, const Key& b) { return a.mean < b.mean; });
+  const Cells before(cells.begin(), cells.end());
+  std::transform(keys.begin(), keys.end(), cells.begin(), [&](const Key& key) { return before[key.cell]; });
 }
 
 Box BoxOf(std::span<Cell> cells) {

@@ -39,11 +39,16 @@ bool HasSides(const BitmapLayout& layout) noexcept {
 }
 
 /// Bytes of run-length codes up to the one that ends the picture.
-uint64_t CodeBytes(const vx_source& source, const BitmapLayout& layout) noexcept {
+uint64_t CodeBytes(const vx_source& source, const BitmapLayout& layout, PartList* list) noexcept {
   RunLengthCodes codes(source, layout);
   RunLengthCode code;
   uint64_t end = layout.pixelOffset;
-  while (codes.Row() < layout.height && codes.Next(&code)) end = code.offset + code.length;
+  while (codes.Row() < layout.height && list->MayWalkOn(code.length, FileSize(source)) && codes.Next(&code)) {
+    end = code.offset + code.length;
+  }
+  const bool isEnded =
+      codes.Row() >= layout.height && codes.Next(&code) && code.kind == CodeKind::kEndOfBitmap;
+  if (isEnded) end = code.offset + code.length;
   return end - layout.pixelOffset;
 }
 
@@ -77,7 +82,7 @@ void AddPixels(const vx_source& source, const BitmapImage& image, PartList* list
   } else {
     const bool isRunLength = image.decoder == Decoder::kFilter || image.decoder == Decoder::kRle24;
     const bool isWalked = isRunLength && layout.imageSize == 0;
-    list->Add(VX_PART_PIXELS, layout.pixelOffset, isWalked ? CodeBytes(source, layout) : stated);
+    list->Add(VX_PART_PIXELS, layout.pixelOffset, isWalked ? CodeBytes(source, layout, list) : stated);
   }
 }
 
@@ -128,6 +133,10 @@ void AddUnknownBitmap(const vx_source& source, PartList* list) {
 
 }  // namespace
 
+vx_part HeaderPartOf(const BitmapLayout& layout) noexcept {
+  return {HeaderKind(layout), -1, 0, 0, layout.headerOffset, layout.headerSize, 0, 0, 0, ""};
+}
+
 void AddImageParts(const vx_source& source, const BitmapImage& image, PartList* list) {
   const BitmapLayout& layout = image.layout;
   if (image.icon && image.icon->isPng) {
@@ -144,6 +153,11 @@ void AddImageParts(const vx_source& source, const BitmapImage& image, PartList* 
   } else {
     AddOptionalTable(source, layout, list);
   }
+  const uint64_t behindTable =
+      std::max<uint64_t>(layout.PaletteEnd(), layout.headerOffset + layout.headerSize);
+  const bool repeatsMasks = !layout.hasFileHeader && !image.icon && layout.HasFields() &&
+                            layout.pixelOffset == behindTable + bmp::kMasksSize;
+  if (repeatsMasks) list->Add(VX_PART_MASKS, behindTable, bmp::kMasksSize);
   AddPixels(source, image, list);
   AddMasks(image, list);
   if (layout.colour.profileSize > 0) {
@@ -151,22 +165,17 @@ void AddImageParts(const vx_source& source, const BitmapImage& image, PartList* 
   }
 }
 
-int AddBitmapParts(const vx_source& source, int page, PartList* list) {
-  std::optional<BitmapImage> found;
-  const int status = FindBitmap(source, page, &found);
-  if (status != STATUS_OK || !found) {
-    BeginCall();  // what is wrong shows in what is found
-    if (page == 1) AddUnknownBitmap(source, list);
-    return 1;
-  }
-  const BitmapImage& image = *found;
+namespace {
+
+/// An image with its file headers.
+void AddImage(const vx_source& source, const BitmapImage& image, PartList* list) {
   const bool isOs2Icon = image.icon && !image.icon->HasDirectory();
   const uint64_t header = image.layout.headerOffset;
   const uint64_t begin =
       isOs2Icon ? image.icon->bodyOffset : header - std::min<uint64_t>(header, bmp::kFileHeaderSize);
   const auto signature = bmp::LoadU16(bmp::View<2>(source.BlockAt<2>(0)), 0);
   if (signature == bmp::kArraySignature) {
-    list->SetPage(page);
+    list->SetPage(image.page);
     list->SetParent(list->Add(VX_PART_IMAGE, begin - bmp::kArrayHeaderSize, 0));
     list->Add(VX_PART_ARRAY_HEADER, begin - bmp::kArrayHeaderSize, bmp::kArrayHeaderSize);
   }
@@ -177,7 +186,45 @@ int AddBitmapParts(const vx_source& source, int page, PartList* list) {
   }
   AddImageParts(source, image, list);
   list->SetParent(-1);
-  return image.pageCount;
+}
+
+void AddIfFound(vx_source& source, const ImagePlace& place, const std::optional<BitmapImage>& found,
+                ImageTaker* taker, PartList* list) {
+  if (found) {
+    if (taker != nullptr) taker->Take(source, place, *found);
+    AddImage(source, *found, list);
+  } else {
+    if (taker != nullptr) taker->TakeUnknown(source, place);
+    BeginCall();  // what is wrong shows in what is found
+  }
+}
+
+void AddArray(vx_source& source, ImagePlace place, ImageTaker* taker, PartList* list) {
+  const memory::Vector<uint64_t> headers = FileHeadersOfArray(source);
+  const auto count = static_cast<int>(headers.size());
+  std::optional<BitmapImage> found;
+  for (int page = 1; page <= count && list->Parts().size() < kMostParts; ++page) {
+    place.offset = headers[static_cast<std::size_t>(page) - 1];
+    place.page = page;
+    if (FindBitmapAt(source, place.offset, page, count, &found) != STATUS_OK) found.reset();
+    AddIfFound(source, place, found, taker, list);
+  }
+}
+
+}  // namespace
+
+void AddBitmapParts(vx_source& source, ImageTaker* taker, PartList* list) {
+  std::optional<BitmapImage> found;
+  ImagePlace place = {.base = list->Base(), .page = list->Page()};
+  const std::size_t before = list->Parts().size();
+  const auto signature = bmp::LoadU16(bmp::View<2>(source.BlockAt<2>(0)), 0);
+  if (signature != bmp::kArraySignature) {
+    if (FindBitmap(source, 1, &found) != STATUS_OK) found.reset();
+    AddIfFound(source, place, found, taker, list);
+  } else {
+    AddArray(source, place, taker, list);
+  }
+  if (list->Parts().size() == before) AddUnknownBitmap(source, list);
 }
 
 }  // namespace vxkrn

@@ -65,4 +65,11 @@ int ReadFields(const vx_source& source, const vx_part& part, vx_field* fields) n
   return count;
 }
 
+const vx_field* FieldSet::Find(std::string_view name) const noexcept {
+  const auto* const end = fields_.data() + count_;
+  const auto* const field =
+      std::find_if(fields_.data(), end, [name](const vx_field& each) { return name == each.name; });
+  return field == end ? nullptr : field;
+}
+
 }  // namespace vxkrn

@@ -16,20 +16,30 @@
 namespace vxkrn {
 namespace {
 
-constexpr std::size_t kMostParts = 1'000'000;
-
 /// Offsets of bodies that were taken apart.
 using Seen = std::set<uint64_t, std::less<>, memory::Counted<uint64_t>>;
 
-void AddBody(const vx_source& source, int page, const ICONDIRENTRY& entry, Seen* seen, PartList* list) {
+void TellOfBody(vx_source& source, ImagePlace place, const std::optional<BitmapImage>& image,
+                ImageTaker* taker) {
+  if (taker == nullptr) return;
+  if (image) return taker->Take(source, place, *image);
+  taker->TakeUnknown(source, place);
+}
+
+void AddBody(vx_source& source, int page, const ICONDIRENTRY& entry, Seen* seen, ImageTaker* taker,
+             PartList* list) {
   const int body = list->Add(VX_PART_IMAGE, entry.ImageOffset, entry.BytesInRes);
-  if (!seen->insert(entry.ImageOffset).second || list->Parts().size() > kMostParts) return;
+  const bool isFirst = seen->insert(entry.ImageOffset).second;
+  const bool isTakenApart = isFirst && list->Parts().size() <= kMostParts;
+  if (taker == nullptr && !isTakenApart) return;
   const int outer = list->Parent();
   list->SetParent(body);
   std::optional<BitmapImage> image;
-  if (FindIconPage(source, page, &image) == STATUS_OK && image) {
+  if (FindIconPage(source, page, &image) != STATUS_OK) image.reset();
+  TellOfBody(source, {list->Base(), entry.ImageOffset, list->Page(), isFirst}, image, taker);
+  if (isTakenApart && image) {
     AddImageParts(source, *image, list);
-  } else if (entry.BytesInRes > 0) {
+  } else if (isTakenApart && entry.BytesInRes > 0) {
     list->Add(VX_PART_UNKNOWN, entry.ImageOffset, entry.BytesInRes);
   }
   BeginCall();
@@ -37,7 +47,7 @@ void AddBody(const vx_source& source, int page, const ICONDIRENTRY& entry, Seen*
 }
 
 /// @param isWhole the file is no frame of another, so that its pages have numbers of their own
-void AddIconParts(const vx_source& source, bool isWhole, PartList* list) {
+void AddIconParts(vx_source& source, bool isWhole, ImageTaker* taker, PartList* list) {
   list->Add(VX_PART_DIRECTORY, 0, bmp::kDirectorySize);
   const ICONDIR directory = bmp::DecodeDirectory(source.BlockAt<bmp::kDirectorySize>(0));
   const bool isCursor = directory.Type == bmp::kCursorType;
@@ -48,7 +58,7 @@ void AddIconParts(const vx_source& source, bool isWhole, PartList* list) {
     list->Add(isCursor ? VX_PART_CURSOR_ENTRY : VX_PART_ICON_ENTRY, at, bmp::kEntrySize);
     bmp::Block<bmp::kEntrySize> bytes{};
     if (source.Peek(bytes.data(), bytes.size(), at) < bytes.size()) break;
-    AddBody(source, page, bmp::DecodeEntry(bytes), &seen, list);
+    AddBody(source, page, bmp::DecodeEntry(bytes), &seen, taker, list);
   }
 }
 
@@ -67,36 +77,38 @@ FileKind KindOf(const vx_source& source) noexcept {
   return isFound ? FileKind::kBitmap : FileKind::kNone;
 }
 
+void AddPngFile(vx_source& source, ImageTaker* taker, PartList* list) {
+  BitmapImage image;
+  image.decoder = bmp::Decoder::kPng;
+  if (taker != nullptr) taker->Take(source, {.base = list->Base(), .page = list->Page()}, image);
+  (void)AddPngParts(source, 0, static_cast<uint64_t>(source.Size()), list);
+}
+
 /// A file that is no list of others. @return whether its kind is known
-bool AddSingle(const vx_source& source, bool isWhole, PartList* list) {
+bool AddSingle(vx_source& source, bool isWhole, ImageTaker* taker, PartList* list) {
   switch (KindOf(source)) {
-    case FileKind::kIcon: AddIconParts(source, isWhole, list); return true;
-    case FileKind::kPng:
-      (void)AddPngParts(source, 0, static_cast<uint64_t>(source.Size()), list);
-      return true;
-    case FileKind::kBitmap: {
-      const int count = AddBitmapParts(source, 1, list);
-      for (int page = 2; page <= count && list->Parts().size() < kMostParts; ++page)
-        (void)AddBitmapParts(source, page, list);
-      return true;
-    }
+    case FileKind::kIcon: AddIconParts(source, isWhole, taker, list); return true;
+    case FileKind::kPng: AddPngFile(source, taker, list); return true;
+    case FileKind::kBitmap: AddBitmapParts(source, taker, list); return true;
     default: return false;
   }
 }
 
-int AddFrame(vx_source& source, int page, const Extent& extent, memory::Vector<vx_part>* parts) {
+int AddFrame(vx_source& source, int page, const Extent& extent, ImageTaker* taker,
+             memory::Vector<vx_part>* parts) {
   FrameView frame(source, extent);
   const int status = frame.Open(page);
   if (status != STATUS_OK) return status;
   PartList list(*parts, extent.begin);
   list.SetPage(page);
   list.SetParent(list.Add(VX_PART_IMAGE, 0, extent.end - extent.begin));
-  if (!AddSingle(frame.Source(), false, &list) && extent.end > extent.begin)
-    list.Add(VX_PART_UNKNOWN, 0, extent.end - extent.begin);
+  if (AddSingle(frame.Source(), false, taker, &list)) return STATUS_OK;
+  if (taker != nullptr) taker->TakeUnknown(frame.Source(), {.base = extent.begin, .page = page});
+  if (extent.end > extent.begin) list.Add(VX_PART_UNKNOWN, 0, extent.end - extent.begin);
   return STATUS_OK;
 }
 
-int AddAnimationParts(vx_source& source, memory::Vector<vx_part>* parts) {
+int AddAnimationParts(vx_source& source, ImageTaker* taker, memory::Vector<vx_part>* parts) {
   Animation animation;
   memory::Vector<ChunkPlace> chunks;
   (void)FindAnimation(source, &animation, &chunks);  // one without frames has chunks all the same
@@ -111,7 +123,7 @@ int AddAnimationParts(vx_source& source, memory::Vector<vx_part>* parts) {
   }
   int page = 0;
   for (const Extent& extent : animation.frames) {
-    const int status = AddFrame(source, ++page, extent, parts);
+    const int status = AddFrame(source, ++page, extent, taker, parts);
     if (status != STATUS_OK) return status;
   }
   return STATUS_OK;
@@ -119,10 +131,10 @@ int AddAnimationParts(vx_source& source, memory::Vector<vx_part>* parts) {
 
 }  // namespace
 
-int FindParts(vx_source& source, memory::Vector<vx_part>* parts) {
-  if (IsAnimation(source)) return AddAnimationParts(source, parts);
+int FindParts(vx_source& source, memory::Vector<vx_part>* parts, ImageTaker* taker) {
+  if (IsAnimation(source)) return AddAnimationParts(source, taker, parts);
   PartList list(*parts);
-  if (AddSingle(source, true, &list)) return STATUS_OK;
+  if (AddSingle(source, true, taker, &list)) return STATUS_OK;
   return Fail(Cause(STATUS_BAD_FORMAT, VX_REASON_NO_SIGNATURE).At(0), source.Name(),
               ": it begins like no bitmap, icon, cursor or PNG file");
 }

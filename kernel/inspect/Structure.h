@@ -35,6 +35,13 @@ class PartList {
     name.copy(part.name, sizeof part.name - 1);
   }
 
+  /// Notes that codes were walked to find where they end. @return whether there may be more of that: pages
+  /// that share bytes could have a file walked over and over
+  [[nodiscard]] bool MayWalkOn(uint64_t bytes, uint64_t fileSize) noexcept {
+    walked_ += bytes;
+    return walked_ / 4 <= fileSize;
+  }
+
   void SetPage(int page) noexcept { page_ = page; }
   [[nodiscard]] int Page() const noexcept { return page_; }
   /// From now on parts lie in this one; -1: in none.
@@ -46,6 +53,7 @@ class PartList {
  private:
   memory::Vector<vx_part>& parts_;
   uint64_t base_;
+  uint64_t walked_ = 0;
   int page_ = 0;
   int parent_ = -1;
 };

@@ -9,6 +9,7 @@
 #include "png/Png.h"
 #include "png/PngColors.h"
 #include "png/PngSession.h"
+#include "png/PngWhole.h"
 
 namespace vxkrn {
 namespace {
@@ -68,11 +69,21 @@ void WriteHeader(PngSession& session, const PngPicture& picture) {
   png_write_info(png, info);
 }
 
+struct Job {
+  PngPicture picture;
+  PngPixels pixels;
+};
+
 /// Writes the whole stream. A step: libpng may jump out of it.
 void WritePicture(PngSession& session, void* argument) {
-  const auto& picture = *static_cast<const PngPicture*>(argument);
+  const auto& [picture, pixels] = *static_cast<const Job*>(argument);
   png_structp png = session.Png();
   WriteHeader(session, picture);
+  if (pixels.size != 0) {
+    png_write_chunk(png, reinterpret_cast<png_const_bytep>("IDAT"), pixels.bytes.get(), pixels.size);
+    png_write_chunk(png, reinterpret_cast<png_const_bytep>("IEND"), nullptr, 0);
+    return;
+  }
   if (picture.paletteDepth == 0 && !picture.hasAlpha) png_set_filler(png, 0, PNG_FILLER_AFTER);
   for (int row = 0; row < picture.height; ++row) {
     png_write_row(png, picture.row(picture.owner, row, picture.scratch));
@@ -86,7 +97,7 @@ int EncodePng(const PngPicture& picture, const PngOutput& output) {
   Sink sink = {output};
   PngSession session(PngSession::Direction::kWrite);
   if (session.Png() != nullptr) png_set_write_fn(session.Png(), &sink, WriteToSink, FlushSink);
-  PngPicture job = picture;
+  Job job = {picture, CompressWhole(picture)};
   if (session.Run(WritePicture, &job) == STATUS_OK) return STATUS_OK;
   if (sink.hasRefused) return STATUS_WRITE_ERROR;
   // Writing a valid picture fails otherwise only when memory runs out.

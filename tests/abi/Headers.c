@@ -1,5 +1,6 @@
 /* All public headers in one C program, the way an application or a filter written in C sees them. */
 #include <vx/inspect.h>
+#include <vx/verify.h>
 #include <vx/vx.h>
 #include <vxkrn.h>
 

@@ -16,6 +16,7 @@
 #include "../common/MemoryFile.h"
 #include "Leaks.h"
 #include "files/MemoryTarget.h"
+#include "files/MirroredFile.h"
 #include "files/Source.h"
 
 namespace {
@@ -153,6 +154,47 @@ TEST_F(Files, InMemoryGrowAsAVectorOfBytesDoes) {
   vxkrn::MemoryTarget copy;  // of a file that comes in portions
   ASSERT_EQ(copy.ReadFrom({MemoryFile::kFunctions, &vector_}, &vector_), STATUS_OK);
   EXPECT_EQ(Bytes(copy.Data(), copy.Data() + copy.Size()), expected_);
+}
+
+/// Written from the top in any pieces, the rows of a bitmap file end up from below.
+TEST_F(Files, ThatAreMirroredHaveTheirRowsTheOtherWayRound) {
+  struct {
+    std::size_t rowBytes;
+    int rows;
+    uint64_t limit;  // of memory; 0: none
+  } const kCases[] = {{4, 1, 0},       {4, 700, 0},    {300, 700, 1},   {300, 9000, 0},
+                      {1 << 20, 2, 0}, {700000, 3, 0}, {2000000, 2, 0}, {4, 300000, 0}};
+  constexpr std::size_t kHeaders = 74;
+  for (const auto& [rowBytes, rows, limit] : kCases) {
+    SCOPED_TRACE(std::to_string(rows) + " rows of " + std::to_string(rowBytes));
+    const std::size_t size = kHeaders + rowBytes * static_cast<std::size_t>(rows);
+    Bytes expected(size);
+    std::mt19937 random(10);
+    for (std::size_t at = 0; at < size; at += 3) expected[at] = static_cast<uint8_t>(random());
+    expected[10] = kHeaders;
+    expected[11] = expected[12] = expected[13] = 0;
+    Bytes fromTop(expected.begin(), expected.begin() + kHeaders);
+    for (auto end = expected.cend(); fromTop.size() < size; end -= static_cast<std::ptrdiff_t>(rowBytes)) {
+      fromTop.insert(fromTop.end(), end - static_cast<std::ptrdiff_t>(rowBytes), end);
+    }
+    vector_.bytes.clear();
+    vector_.most = 70000;
+    vxkrn::memory::SetLimit(limit);
+    const vxkrn::Backend inner = {MemoryFile::kFunctions, &vector_};
+    vxkrn::MirroredFile mirrored(inner, rowBytes, rows);
+    vxkrn::memory::SetLimit(0);
+    const vxkrn::Backend backend = mirrored.AsBackend();
+    void* const file = backend.functions.open(backend.user, "", VX_OPEN_CREATE);
+    for (std::size_t at = 0; at < size;) {
+      const auto most = static_cast<std::uint32_t>(random() % (at == 0 ? 100 : 200000) + 14);
+      const auto count = static_cast<std::uint32_t>(std::min<std::size_t>(most, size - at));
+      const int64_t taken = backend.functions.write_at(backend.user, file, fromTop.data() + at, count, at);
+      ASSERT_TRUE(taken > 0 && taken <= count);
+      at += static_cast<std::size_t>(taken);
+    }
+    EXPECT_EQ(backend.functions.size(backend.user, file), static_cast<int64_t>(size));
+    EXPECT_TRUE(vector_.bytes == expected);
+  }
 }
 
 TEST_F(Files, PositionsEndTwoBelowTheirWord) {

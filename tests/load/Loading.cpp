@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <vx/inspect.h>
+#include <vx/verify.h>
 
 #include <algorithm>
 #include <fstream>
@@ -73,6 +74,23 @@ void ExpectSoundStructure(std::span<const uint8_t> file) {
   ASSERT_EQ(vx_memory_in_use(), 0U);
 }
 
+/// Every finding has its words, and lies in the file or right behind it.
+void ExpectSoundFindings(std::span<const uint8_t> file) {
+  const auto take = [](void* user, const vx_finding* finding) {
+    EXPECT_STRNE(finding->text, "") << vx_finding_name(finding->code);
+    EXPECT_LE(finding->offset, static_cast<int64_t>(*static_cast<size_t*>(user)))
+        << vx_finding_name(finding->code);
+    return 0;
+  };
+  {
+    size_t size = file.size();
+    const vx::Source source = vx::Source::Memory(file);
+    const int status = vx_verify(source.Get(), VX_PURPOSE_FAVICON, take, &size);
+    ASSERT_TRUE(status == VX_OK || status == VX_BAD_FORMAT || status == VX_NO_MEMORY) << vx_error_detail();
+  }
+  ASSERT_EQ(vx_memory_in_use(), 0U);
+}
+
 }  // namespace
 
 void ExpectDefinedOutcomes(std::span<const uint8_t> file, int maxPages) {
@@ -89,6 +107,7 @@ void ExpectDefinedOutcomes(std::span<const uint8_t> file, int maxPages) {
     ASSERT_EQ(strict.missesRows, strict.status != VX_OK && tolerant.status == VX_OK) << strict.detail;
   }
   ExpectSoundStructure(file);
+  ExpectSoundFindings(file);
 }
 
 void ExpectDefinedPrefixes(std::span<const uint8_t> file, int maxPages) {

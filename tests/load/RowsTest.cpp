@@ -11,6 +11,8 @@
 #include <numeric>
 #include <random>
 
+#include "../common/Failures.h"
+#include "../common/Folder.h"
 #include "Loading.h"
 
 namespace {
@@ -169,33 +171,91 @@ TEST(ReadRows, HandsThemOverAsTheyAreStored) {
   }
 }
 
-/// A picture of 3 MiB, whose rows and whose PNG file are read where there is room for half of it.
-TEST(ReadRows, TakesMemoryForAFewRows) {
-  const Bytes pixels(size_t{4} * 1024 * 1024, 0x55);
-  const vx::Bitmap grey = vx::Bitmap::FromRgba(1024, 1024, pixels.data());
-  vx::SaveOptions options;
-  options.format = VX_FORMAT_BMP;
-  options.bits_per_pixel = 24;
-  const vx::Buffer bmp = grey.Save(options);
-  const vx::Buffer png = grey.EncodePng();
-  for (const vx::Buffer* file : {&bmp, &png}) {
-    const vx::Source source = vx::Source::Memory(file->Bytes());
-    Taken all;
-    vx_set_memory_limit(vx_memory_in_use() + (size_t{3} << 19));
-    const int status = vx_read_rows(source.Get(), nullptr, Take, &all);
+class LargeRows : public testing::Test {
+ protected:
+  static constexpr int kSide = 2048;
+
+  /// A picture of 12 MiB that compresses well, in a file that is read row by row in 3 MiB of memory.
+  static vx::Buffer FileOf(vx_format format, int depth = 24) {
+    Bytes rgba(size_t{4} * kSide * kSide, 255);
+    for (size_t i = 0; i < rgba.size(); ++i) {
+      if (i % 4 != 3) rgba[i] = static_cast<uint8_t>(i >> 13);
+    }
+    return vx::Bitmap::FromRgba(kSide, kSide, rgba.data()).Save(vx::SaveOptions(format, depth));
+  }
+  template <class Call>
+  static void InLittleMemory(const Call& call) {
+    vx_set_memory_limit(vx_memory_in_use() + (size_t{3} << 20));
+    const int status = call();
     vx_set_memory_limit(0);
     EXPECT_EQ(status, VX_OK) << vx_error_detail();
-    EXPECT_EQ(all.rows, 1024);
+  }
+
+  Folder folder_;
+};
+
+TEST_F(LargeRows, AreReadInMemoryForAFew) {
+  for (const vx_format format : {VX_FORMAT_BMP, VX_FORMAT_PNG}) {
+    const vx::Buffer file = FileOf(format);
+    const vx::Source source = vx::Source::Memory(file.Bytes());
+    Taken all;
+    InLittleMemory([&] { return vx_read_rows(source.Get(), nullptr, Take, &all); });
+    EXPECT_EQ(all.rows, kSide);
+  }
+}
+
+/// Whatever order they come in and are written in.
+TEST_F(LargeRows, AreSavedInMemoryForAFew) {
+  const std::string path = folder_ / "large";
+  for (const vx_format from : {VX_FORMAT_BMP, VX_FORMAT_PNG}) {
+    const vx::Buffer file = FileOf(from);
+    const vx::Source source = vx::Source::Memory(file.Bytes());
+    vx::LoadOptions how;
+    how.flags = VX_LOAD_ROW_BY_ROW;
+    const vx::Bitmap picture = source.Load(how);
+    for (const auto& [format, depth] : {std::pair(VX_FORMAT_PNG, 24),
+                                        {VX_FORMAT_BMP, 24},
+                                        {VX_FORMAT_BMP, 32},
+                                        {VX_FORMAT_BMP, 16},
+                                        {VX_FORMAT_OS2, 24},
+                                        {VX_FORMAT_OS2_2, 8}}) {
+      SCOPED_TRACE(testing::Message() << from << " to " << format << " of " << depth);
+      const vx::SaveOptions options(format, depth);
+      InLittleMemory([&] { return vx_save_file(picture.Get(), path.c_str(), &options); });
+      const vx::Buffer whole = source.Load().Save(options);
+      EXPECT_TRUE(ReadFile(path) == std::string(whole.Bytes().begin(), whole.Bytes().end()));
+    }
+  }
+}
+
+TEST_F(LargeRows, ThatAreDamagedLeaveTheOldFile) {
+  const std::string path = folder_ / "old";
+  WriteFile(path, "old");
+  vx::SaveOptions options;
+  vx::LoadOptions how;
+  how.flags = VX_LOAD_ROW_BY_ROW;
+  const vx::Buffer file = FileOf(VX_FORMAT_PNG);
+  for (const size_t at : {file.Bytes().size() / 2, file.Bytes().size() - 20}) {
+    Bytes damaged(file.Bytes().begin(), file.Bytes().end());
+    damaged[at] ^= 0xFF;
+    const vx::Source source = vx::Source::Memory(damaged);
+    const int status = StatusOf([&] { (void)source.Load(); });
+    const std::string words = vx_error_detail();
+    ExpectFailure(status, words, [&] { source.Load(how).Save(path, options); });
+    vx_error_info info;
+    vx_last_error(&info);
+    EXPECT_NE(info.is_of_rows, 0);
+    ExpectFailure(VX_OPEN_WRITE_ERROR, "gone", [&] { source.Load(how).Save(folder_ / "gone/new", options); });
+    vx_last_error(&info);
+    EXPECT_EQ(info.is_of_rows, 0);
+    EXPECT_EQ(ReadFile(path), "old");
   }
 }
 
 /// The file, or the status of the failure in its place.
-Bytes Saved(const vx::Source& source, unsigned int loadFlags, int format, int depth) {
+Bytes Saved(const vx::Source& source, unsigned int loadFlags, const vx_save_options& options) {
   vx::LoadOptions how;
   how.flags = loadFlags;
-  vx::SaveOptions options;
-  options.format = format;
-  options.bits_per_pixel = depth;
   uint8_t* bytes = nullptr;
   size_t size = 0;
   const vx::Bitmap picture = source.Load(how);
@@ -206,18 +266,33 @@ Bytes Saved(const vx::Source& source, unsigned int loadFlags, int format, int de
   return file;
 }
 
+/// Every format at every depth, and what else decides who writes rows in which order.
+std::vector<vx::SaveOptions> WaysToSave() {
+  std::vector<vx::SaveOptions> all;
+  for (const vx_format format :
+       {VX_FORMAT_PNG, VX_FORMAT_BMP, VX_FORMAT_BMP_RLE, VX_FORMAT_OS2, VX_FORMAT_OS2_2, VX_FORMAT_ICO}) {
+    for (const int depth : {0, 1, 4, 8, 16, 24, 32}) all.emplace_back(format, depth);
+  }
+  const auto bitmapOf = [&](int depth) -> vx::SaveOptions& { return all.emplace_back(VX_FORMAT_BMP, depth); };
+  for (const int depth : {1, 4, 8}) bitmapOf(depth).dither = VX_DITHER_NONE;
+  for (const int depth : {1, 4, 8}) bitmapOf(depth).palette = VX_PALETTE_FIXED;
+  bitmapOf(16).use_565 = 1;
+  bitmapOf(16).masks = VX_MASKS_4444;
+  bitmapOf(32).drop_alpha = 1;
+  return all;
+}
+
 TEST(RowByRow, IsSavedAsWhatIsLoadedWhole) {
   for (const samples::Sample& sample : samples::All()) {
     if (sample.outcome != samples::Outcome::Loads || !sample.raw.empty()) continue;
     const vx::Source source = vx::Source::Memory(sample.bytes);
     const vx::Buffer png = source.Load().EncodePng();
     const vx::Source stream = vx::Source::Memory(png.Bytes());
-    for (const int format : {VX_FORMAT_PNG, VX_FORMAT_BMP, VX_FORMAT_ICO}) {
-      for (const int depth : {0, 1, 8, 24, 32}) {
-        SCOPED_TRACE(sample.name + " as " + std::to_string(format) + " of " + std::to_string(depth));
-        EXPECT_EQ(Saved(source, VX_LOAD_ROW_BY_ROW, format, depth), Saved(source, 0, format, depth));
-        EXPECT_EQ(Saved(stream, VX_LOAD_ROW_BY_ROW, format, depth), Saved(stream, 0, format, depth));
-      }
+    for (const vx::SaveOptions& options : WaysToSave()) {
+      SCOPED_TRACE(sample.name + " as " + std::to_string(options.format) + " of " +
+                   std::to_string(options.bits_per_pixel));
+      EXPECT_EQ(Saved(source, VX_LOAD_ROW_BY_ROW, options), Saved(source, 0, options));
+      EXPECT_EQ(Saved(stream, VX_LOAD_ROW_BY_ROW, options), Saved(stream, 0, options));
     }
   }
 }

@@ -35,6 +35,16 @@ Act SavedSoft(const char* file, vx_format format) {
           [=](const std::string& path) { Soft(20).Save(path, vx::SaveOptions(format, 32)); }};
 }
 
+/// Rows that come from the top, of which the lowest is written first.
+Act SavedFromTop(const char* file) {
+  return {"saved from the top", file, [=](const std::string& path) {
+            const vx::Buffer png = Noise(16, 16, 24).EncodePng();
+            vx::LoadOptions how;
+            how.flags = VX_LOAD_ROW_BY_ROW;
+            vx::Source::Memory(png.Bytes()).Load(how).Save(path, vx::SaveOptions());
+          }};
+}
+
 Act Edited(const char* what, const char* file, void (*edits)(vx::Edit& edit), unsigned flags = 0) {
   return {what, file, [=](const std::string& path) {
             vx::Edit edit(path, flags);
@@ -45,6 +55,7 @@ Act Edited(const char* what, const char* file, void (*edits)(vx::Edit& edit), un
 
 const Act kActs[] = {
     Saved("old.bmp", VX_FORMAT_BMP),
+    SavedFromTop("old.bmp"),
     Saved("old.ico", VX_FORMAT_ICO),
     Saved("old.cur", VX_FORMAT_CUR),
     Saved("old.png", VX_FORMAT_PNG),
