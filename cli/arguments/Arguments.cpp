@@ -3,7 +3,10 @@
 namespace cli {
 
 Arguments::Arguments(const CommandWords& words, const Arguments* parent) : words_(words), parent_(parent) {
-  declared_.push_back({.argument = {.name = "-h,--help", .help = "print this help and exit"}});
+  declared_.push_back(
+      {.argument = {.name = "-h,--help", .help = "print help that fits a small terminal, and exit"}});
+  declared_.push_back(
+      {.argument = {.name = std::string(kHelpAll), .help = "print all of the help and exit"}});
 }
 
 void Arguments::Add(const Argument& flag, bool& target) {

@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -49,12 +50,16 @@ struct Declared {
 struct CommandWords {
   std::string name;
   std::string summary;
-  std::string details;  ///< shown below the options
+  std::string details;       ///< shown below the options
+  std::string essentials{};  ///< names of options, as declared, that brief help shows; with spaces between
 };
 
 /// Does the work once the arguments are parsed.
 /// @throws UsageError, FileError, OutputClosed, vx::Error
 using Action = std::function<ExitCode()>;
+
+/// The option that asks for more than brief help.
+constexpr std::string_view kHelpAll = "--help-all";
 
 /// The arguments of a command, and the commands below it.
 class Arguments {

@@ -73,8 +73,8 @@ void OnePage::Declare(Arguments& command, Then then) {
               allowTruncated_);
   if (IsSaved()) {
     command.Add({.name = "--missing",
-                 .help = "the same, and what becomes of rows that are not there: transparent, or\n"
-                         "a colour, such as FFFFFF; unless given they are black or the first colour",
+                 .help = "the same, and make rows that are not there transparent, or of a colour,\n"
+                         "such as FFFFFF; unless given they are black or the first colour",
                  .value = "transparent|RRGGBB"},
                 missing_);
   }

@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "arguments/BriefHelp.h"
+#include "words/Nearest.h"
 #include "words/Text.h"
 
 namespace cli {
@@ -64,6 +66,7 @@ CLI::Option* AddTo(CLI::App& app, const Declared& declared) {
   const Argument& argument = declared.argument;
   if (declared.flag != nullptr) return app.add_flag(argument.name, *declared.flag, argument.help);
   if (declared.value != nullptr) return app.add_option(argument.name, *declared.value, argument.help);
+  if (argument.name == kHelpAll) return app.set_help_all_flag(argument.name, argument.help);
   if (declared.values == nullptr) {
     return declared.version.empty() ? app.set_help_flag(argument.name, argument.help)
                                     : app.set_version_flag(argument.name, declared.version, argument.help);
@@ -126,7 +129,26 @@ std::string CommandNames(const Arguments& arguments) {
 }
 
 std::string NoSuchCommand(const std::string& word, const Arguments& top) {
-  return fmt::format("there is no command {}, only {}", Printable(word), CommandNames(top));
+  std::vector<std::string_view> names;
+  for (const Arguments& command : top.Commands()) names.push_back(command.Words().name);
+  const std::string meant = DidYouMean(word, names);
+  return fmt::format("there is no command {}{}", Printable(word),
+                     meant.empty() ? ", only " + CommandNames(top) : meant);
+}
+
+void CollectOptions(const Arguments& command, std::vector<std::string_view>& names) {
+  for (const Declared& declared : command.All()) {
+    const std::string_view name = declared.argument.name;
+    if (!declared.IsPositional()) names.push_back(name.substr(std::min(name.find("--"), name.size() - 1)));
+  }
+}
+
+std::string NoSuchOption(const std::string& word, const Arguments& command, const Arguments& top) {
+  std::vector<std::string_view> names;
+  CollectOptions(command, names);
+  if (&command != &top) CollectOptions(top, names);
+  const std::string_view name = std::string_view(word).substr(0, word.find('='));
+  return fmt::format("there is no option {}{}", Printable(word), DidYouMean(name, names));
 }
 
 std::string TooMany(const std::string& word, const Arguments& command) {
@@ -169,10 +191,22 @@ std::string Wording(const CLI::ParseError& error, const CLI::App& app, const Arg
   }
 }
 
+/// Of the command that was used.
+std::string FullHelp(const CLI::App& app) {
+  std::string path;
+  const CLI::App* used = &app;
+  while (!used->get_subcommands().empty()) {
+    path += used->get_name() + " ";
+    used = used->get_subcommands().front();
+  }
+  if (!path.empty()) path.pop_back();
+  return used->help(path);
+}
+
 [[noreturn]] void Explain(const CLI::ParseError& error, const CLI::App& app, const Arguments& top) {
   const std::string word = FirstUnknown(app);
   const Arguments& command = CommandUsed(top, app);
-  if (word.starts_with("-")) throw UsageError(fmt::format("there is no option {}", Printable(word)));
+  if (word.starts_with("-")) throw UsageError(NoSuchOption(word, command, top));
   if (&command == &top) {
     if (!word.empty()) throw UsageError(NoSuchCommand(word, top));
     if (error.get_name() == "RequiredError") throw CommandMissing();
@@ -203,6 +237,10 @@ std::optional<std::string> Parser::Parse(int argc, char** argv) try {
   std::reverse(words.begin(), words.end());  // as the library takes them
   App().parse(words);
   return std::nullopt;
+} catch (const CLI::CallForHelp&) {
+  return BriefHelp(Used(), FullHelp(*app_));
+} catch (const CLI::CallForAllHelp&) {
+  return FullHelp(*app_);
 } catch (const CLI::Success& request) {
   std::ostringstream text;
   app_->exit(request, text, text);
@@ -216,10 +254,12 @@ const Arguments& Parser::Used() const {
 }
 
 std::string Parser::HelpOf(const std::string& command) {
-  if (command.empty()) return App().help();
+  if (command.empty()) return BriefHelp(top_, App().help());
   const auto named = App().get_subcommands([&](const CLI::App* each) { return each->get_name() == command; });
   if (named.empty()) throw UsageError(NoSuchCommand(command, top_));
-  return named.front()->help(top_.Words().name);
+  const auto arguments = std::find_if(top_.Commands().begin(), top_.Commands().end(),
+                                      [&](const Arguments& each) { return each.Words().name == command; });
+  return BriefHelp(*arguments, named.front()->help(top_.Words().name));
 }
 
 }  // namespace cli

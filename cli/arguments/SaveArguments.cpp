@@ -11,6 +11,7 @@
 #include "failures/Errors.h"
 #include "failures/Report.h"
 #include "words/FileNames.h"
+#include "words/Nearest.h"
 #include "words/Numbers.h"
 #include "words/Text.h"
 
@@ -50,7 +51,10 @@ const Kind& KindNamed(std::string_view word) {
   const auto kind =
       std::find_if(Kinds().begin(), Kinds().end(), [&](const Kind& each) { return each.word == word; });
   if (kind != Kinds().end()) return *kind;
-  throw UsageError(fmt::format("--to {}: the format is one of {}", Printable(word), Words()));
+  std::vector<std::string_view> words;
+  for (const Kind& each : Kinds()) words.push_back(each.word);
+  throw UsageError(
+      fmt::format("--to {}: the format is one of {}{}", Printable(word), Words(), DidYouMean(word, words)));
 }
 
 /// @return null where no format goes with the name

@@ -11,6 +11,7 @@ struct Command {
   const char* name;
   const char* summary;
   const char* details;            ///< shown below the options: what is worth knowing, and examples
+  const char* essentials;         ///< options that brief help shows
   Action (*declare)(Arguments&);  ///< adds the command's arguments and gives what uses them
 };
 
@@ -28,6 +29,7 @@ Action DeclareCarve(Arguments& command);
 Action DeclareDiff(Arguments& command);
 Action DeclarePages(Arguments& command);
 Action DeclareIcon(Arguments& command);
+Action DeclareThumbnail(Arguments& command);
 Action DeclareCursor(Arguments& command);
 Action DeclareCompletions(Arguments& command);
 

@@ -16,6 +16,19 @@
 namespace cli {
 namespace {
 
+/// What people get who only want to know what this is: the commonest jobs.
+constexpr const char* kGreeting =
+    R"(vxbmp reads and writes Windows and OS/2 bitmaps, icons and cursors. The commonest jobs:
+
+  vxbmp info photo.bmp                            what is in a file, or in many
+  vxbmp view photo.bmp                            see it here
+  vxbmp convert photo.bmp photo.png               turn it into another kind of file
+  vxbmp batch folder -r --to png --dir new        the same of a whole folder
+  vxbmp icon logo.png -o favicon.ico              make an icon of a picture
+
+vxbmp --help lists all commands, vxbmp COMMAND --help says more about one.
+)";
+
 ExitCode ExplainUsage(const std::string& problem, const std::string& path) {
   ReportMessage(fmt::format("{}\nTry: vxbmp {}{}--help", problem, path, path.empty() ? "" : " "));
   return kExitUsage;
@@ -36,8 +49,10 @@ CommandLine::CommandLine()
            .value = "SIZE"},
           memoryLimit_);
   for (const Command& command : AllCommands()) {
-    Arguments& arguments =
-        top.AddCommand({.name = command.name, .summary = command.summary, .details = command.details});
+    Arguments& arguments = top.AddCommand({.name = command.name,
+                                           .summary = command.summary,
+                                           .details = command.details,
+                                           .essentials = command.essentials});
     arguments.SetAction(command.declare(arguments));
   }
 }
@@ -51,7 +66,7 @@ ExitCode CommandLine::Run(int argc, char** argv) try {
   }
   return Act();
 } catch (const CommandMissing&) {
-  std::fputs(parser_.HelpOf("").c_str(), stderr);
+  std::fputs(kGreeting, stderr);
   return kExitUsage;
 } catch (const UsageError& error) {
   return ExplainUsage(error.what(), parser_.Used().Path());

@@ -14,7 +14,7 @@ Examples:
   vxbmp info *.bmp
   vxbmp info app.ico --page 3
   vxbmp info --json icons/*.ico | jq -r 'select(.width >= 48) | .file')",
-     DeclareInfo},
+     "--page --json", DeclareInfo},
     {"inspect", "Shows what files are made of: every structure, and every field of it.",
      R"(Each part with the byte that it begins at and its length, and of each field its value and
 what that means. Bytes that nothing refers to, and those that two parts claim, are marked.
@@ -25,7 +25,7 @@ Examples:
   vxbmp inspect app.ico --page 3 --hex
   vxbmp inspect scan.bmp --codes | less
   vxbmp inspect --json app.ico | jq 'select(.kind == "unreferenced")')",
-     DeclareInspect},
+     "--page --hex --codes --json", DeclareInspect},
     {"verify", "Finds what is wrong with files: damage, and numbers that are not so.",
      R"(A line a finding: how much it matters, what it is, its code, and the byte where it shows.
 Errors are what readers stumble over, warnings what some mind, notes what is worth
@@ -39,7 +39,7 @@ Examples:
   vxbmp verify icons -r -q --strict
   vxbmp verify favicon.ico --as favicon
   vxbmp verify --json *.bmp | jq -r 'select(.severity == "error") | .file')",
-     DeclareVerify},
+     "-r,--recursive --strict --as --json", DeclareVerify},
     {"repair", "Mends what can be mended of a file without guessing a pixel.",
      R"(Sizes, offsets and entries that lie, pages that share bytes, masks that are cut short,
 bytes that nothing refers to. Each thing done is said, and what is left. Before OUT is
@@ -53,7 +53,7 @@ Examples:
   vxbmp repair photo.bmp --in-place --backup
   vxbmp repair photo.bmp --in-place --backup=.orig
   curl -s https://example.com/favicon.ico | vxbmp repair - -o favicon.ico)",
-     DeclareRepair},
+     "-o --in-place --backup", DeclareRepair},
     {"view", "Shows a picture in the terminal.",
      R"(What is transparent shows the terminal's background. Small pictures are drawn in their
 own size, a symbol a column of pixels; large ones are made to fit the terminal.
@@ -63,7 +63,7 @@ Examples:
   vxbmp view app.ico --page 3
   vxbmp view app.ico --size 80x40
   vxbmp view photo.bmp --as sixel)",
-     DeclareView},
+     "--page --size --as", DeclareView},
     {"convert", "Turns a picture, a page or headerless pixel data into another file.",
      R"(IN is a bitmap, icon, cursor or PNG file. OUT appears whole or not at all; an older file
 of that name is replaced. IN may be - for standard input, OUT - for standard output.
@@ -76,16 +76,17 @@ hexadecimal, for pixels of 16 bits; without them these are 5-5-5.
 
 Examples:
   vxbmp convert photo.bmp photo.png
-  vxbmp convert logo.png favicon.ico
+  vxbmp convert hand-drawn-16.png small.ico
   vxbmp convert logo.png logo.ico --to png-icon
   vxbmp convert photo.png small.bmp --to rle --bits 8 --dither none
+  vxbmp convert app.ico page-%p.png
   vxbmp convert app.ico large.png --page 4
   vxbmp convert survey.bmp strip.png --band 2000:500
   vxbmp convert damaged.bmp rescued.png --allow-truncated
   unzip -p icons.zip app.ico | vxbmp convert - app.png
   vxbmp convert dump.bin out.png --raw 640x480x16:bitfields \
       --masks 0xF800,0x07E0,0x001F --offset 512 --top-down)",
-     DeclareConvert},
+     "--page --to --bits --band --missing --raw", DeclareConvert},
     {"batch", "Converts many files, on all processors.",
      R"(Every file is converted as vxbmp convert does it, into a new one below --dir, which
 appears whole or not at all. Folders give the files in them that are called as pictures
@@ -103,7 +104,7 @@ Examples:
   vxbmp batch *.bmp --to bmp --bits 8 --dir small --name {stem}-8.{ext}
   find . -name '*.cur' -print0 | vxbmp batch --files-from - --to png --dir out
   vxbmp batch scans --to png --dir out --resume --shard 3/16)",
-     DeclareBatch},
+     "-r,--recursive --page --bits -j,--jobs -k,--keep-going --resume -n,--dry-run", DeclareBatch},
     {"diff", "Tells whether two files show the same, and how far off they are.",
      R"(Exit code 0: the pixels that are shown are the same, page by page, whatever the files are
 and however they store them, which is told; with --strict it counts, too. 1: they are
@@ -115,7 +116,7 @@ Examples:
   vxbmp diff app.ico large.png --page 4
   vxbmp diff before.bmp after.bmp -o difference.png
   vxbmp diff before.ico after.ico --strict -q || echo changed)",
-     DeclareDiff},
+     "--page -o --strict --json", DeclareDiff},
     {"carve", "Finds the bitmaps, icons and cursors inside any file.",
      R"(Whatever the file is - the image of a disk, a program, a damaged archive - what lies in it
 as it is becomes a file of its own, as long as its headers say, named after the byte that
@@ -126,7 +127,7 @@ Examples:
   vxbmp carve disk.img --dir found
   vxbmp carve program.exe --dir found --dry-run
   vxbmp carve --json disk.img --dir found | jq -r .output)",
-     DeclareCarve},
+     "--dir -n,--dry-run --json", DeclareCarve},
     {"pages", "Lists and changes the pages of icon and cursor files.",
      R"(SEL is a page: 3, -1 (the last), 32x32 (all of that size), 32x32@8 (of 8 bits a pixel);
 a range: 1-3, 2- (from 2 on); or a list of those with commas. Numbers mean the pages as
@@ -139,25 +140,36 @@ in the file until it is compacted.
 
 Examples:
   vxbmp pages app.ico
-  vxbmp pages extract app.ico --page 32x32@8 -o small.png
+  vxbmp pages extract app.ico --page 32x32@24 -o small.png
   vxbmp pages add app.ico large.png
   vxbmp pages insert app.ico first.bmp --at 1
   vxbmp pages replace app.ico new.png --page -1
   vxbmp pages delete app.ico --page 1-2,48x48 && vxbmp pages compact app.ico
   vxbmp pages hotspot arrow.cur --page 1 3,2)",
-     DeclarePages},
+     "--json", DeclarePages},
     {"icon", "Makes an icon file of several sizes from one picture or more.",
      R"(Every page comes from the smallest picture that is as large or larger, which is made
 smaller if need be: in linear light, and pixels count for as much as can be seen of them.
 A picture that is no square gets transparent margins. Pictures of the right size stay as
-they are. FILE is replaced when the new icon is complete.
+they are, and larger pages than the pictures are not made unless --enlarge says so.
+FILE is replaced when the new icon is complete.
 
 Examples:
   vxbmp icon logo.png -o favicon.ico
+  vxbmp icon logo.png -o favicon.ico --preset web --html
   vxbmp icon logo.png -o favicon.ico --sizes 16,32,48
   vxbmp icon hand-drawn-16.png logo.png -o app.ico
   vxbmp icon logo.png -o app.ico --png-from 16)",
-     DeclareIcon},
+     "--preset --sizes --html --enlarge", DeclareIcon},
+    {"thumbnail", "Makes a small PNG of a picture, for file managers.",
+     R"(Of an icon or cursor the page that suits the size best is taken, and of a file that ends
+early what is there. Pictures that are small already stay as they are; no large one is
+held whole whose rows come one by one.
+
+Examples:
+  vxbmp thumbnail photo.bmp small.png
+  vxbmp thumbnail app.ico icon.png --size 32)",
+     "--size", DeclareThumbnail},
     {"cursor", "Makes a cursor, or an animated one, from pictures.",
      R"(A name that ends with .ani makes an animated cursor, which shows the pictures in their
 order; any other a cursor with a page a picture. Cursors given as pictures keep their hot
@@ -168,7 +180,7 @@ Examples:
   vxbmp cursor arrow.png -o arrow.cur --hotspot 3,2
   vxbmp cursor wait-*.png -o wait.ani --delay 100ms --title Waiting
   vxbmp cursor wait.ani -o slower.ani --delay 12)",
-     DeclareCursor},
+     "--hotspot --delay", DeclareCursor},
     {"completions", "Prints what makes a shell complete the arguments of vxbmp.",
      R"(An installed vxbmp has brought them along already.
 
@@ -176,7 +188,7 @@ Examples:
   source <(vxbmp completions bash)
   vxbmp completions zsh > ~/.zsh/functions/_vxbmp
   vxbmp completions fish > ~/.config/fish/completions/vxbmp.fish)",
-     DeclareCompletions},
+     "", DeclareCompletions},
 };
 
 }  // namespace

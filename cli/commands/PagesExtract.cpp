@@ -115,7 +115,7 @@ void DeclareExtract(Arguments& pages) {
   Arguments& command =
       pages.AddCommand({.name = "extract",
                         .summary = "Takes pages out as files of their own.",
-                        .details = DetailsOf(true, "extract app.ico --page 32x32@8 -o small.png")});
+                        .details = DetailsOf(true, "extract app.ico --page 32x32@24 -o small.png")});
   auto arguments = std::make_shared<ExtractArguments>();
   command.Add({.name = "FILE", .help = "icon or cursor file; - is standard input", .isRequired = true},
               arguments->file);

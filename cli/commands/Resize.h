@@ -1,6 +1,7 @@
 // Pictures in other sizes.
 #pragma once
 
+#include <cstdint>
 #include <vx/image.hpp>
 
 namespace cli {
@@ -18,7 +19,18 @@ class Resizable {
   /// @param side 1 to 256 @throws vx::Error, std::bad_alloc
   [[nodiscard]] vx::Bitmap FitInto(int side) const;
 
+  /// @return the picture in its proportions, its longer side of `side` pixels. @param side 1 to 1024
+  [[nodiscard]] vx::Bitmap ScaleTo(int side) const;
+
  private:
+  struct Size {
+    int width;
+    int height;
+  };
+  [[nodiscard]] Size Scaled(int side) const;
+  /// Puts the picture of that size into rows of red, green, blue, alpha. @param rowBytes from one to the next
+  void ScaleInto(uint8_t* rows, const Size& size, int rowBytes) const;
+
   int width_;  // the picture's
   int height_;
   vx::Bitmap pixels_;  // no side longer than the resizer takes

@@ -4,6 +4,8 @@
 #include <cctype>
 #include <string_view>
 
+#include "arguments/BriefHelp.h"
+
 namespace cli {
 namespace {
 
@@ -40,18 +42,10 @@ Value ValueOf(const Declared& declared) {
   return value;
 }
 
-/// The part of a description that fits on a line beside the word it describes.
-std::string SummaryOf(std::string text) {
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  text.resize(std::min({text.find(": "), text.find("; "), text.find(". "), text.size()}));
-  if (text.ends_with('.')) text.pop_back();
-  return text;
-}
-
 OfferedOption Offer(const Declared& option) {
   OfferedOption offered;
   offered.names = Split(option.argument.name, ',');
-  offered.summary = SummaryOf(option.argument.help);
+  offered.summary = BriefOf(option.argument.help);
   if (option.HasValue() && option.argument.implied.empty()) offered.value = ValueOf(option);
   return offered;
 }
@@ -59,7 +53,7 @@ OfferedOption Offer(const Declared& option) {
 Place Describe(const Arguments& command) {
   Place place = {.path = command.Path(), .commands = {}, .options = {}, .arguments = {}};
   for (const Arguments& below : command.Commands()) {
-    place.commands.push_back({below.Words().name, SummaryOf(below.Words().summary)});
+    place.commands.push_back({below.Words().name, BriefOf(below.Words().summary)});
   }
   for (const Declared& declared : command.All()) {
     if (declared.IsPositional()) {

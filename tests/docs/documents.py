@@ -3,7 +3,9 @@
 errors     docs/errors.md has a section for every status, and every status of the contract
 manual     VXBMP: the pages in docs/man have the commands, options and formats that VXBMP has, and the functions
            of vx.h, inspect.h and verify.h; docs/formats.md has the formats
+examples   VXBMP VXSAMPLES: the examples in the help and in the manual work, and those in docs/cookbook.md
 links      what the documents refer to is there
+readme     VXBMP VXSAMPLES [--update]: the tour of README.md prints what stands there; with --update, now it does
 tutorial   BIN VXSAMPLES: what docs/tutorial/README.md quotes is in its programs, in the folder BIN, and is what they
            print
 """
@@ -12,6 +14,7 @@ import os
 import pathlib
 import re
 import shlex
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -45,7 +48,8 @@ def documented(source, program, command):
     part = dict(zip(parts[1::2], parts[2::2])).get(command[1], "") if len(command) > 1 else parts[0]
     options = re.findall(r"(?<=Fl )-?[\w-]+", "\n".join(re.findall(r"^\.It (Fl .*)", part, re.M)))
     known = re.findall(r"(?<=-)-?[\w-]+", "\n".join(re.findall(r"^  (-\S+) ", usage, re.M)))
-    yield from difference(f"{path.name}: {' '.join(command)}", [*options, *(("h", "-help") if command else ())], known)
+    general = ("h", "-help", "-help-all") if command else ()
+    yield from difference(f"{path.name}: {' '.join(command)}", [*options, *general], known)
 
     commands = re.findall(r"^  (\w+)  ", usage.partition("\nCommands:\n")[2].partition("\n\n")[0], re.M)
     if not command:
@@ -67,12 +71,74 @@ def formats(source, usage):
 
 
 def help_of(program, command):
-    return subprocess.run([program, *command, "--help"], check=True, text=True, stdout=subprocess.PIPE).stdout
+    return subprocess.run([program, *command, "--help-all"], check=True, text=True, stdout=subprocess.PIPE).stdout
 
 
 def difference(place, said, true):
     yield from (f"{place} lacks {each}" for each in sorted(set(true) - set(said)))
     yield from (f"{place} has {each}, which is none" for each in sorted(set(said) - set(true)))
+
+
+# What the files of the examples are: samples, and what becomes of them.
+EXAMPLE_FILES = """
+    cp $S/win-24bit.bmp photo.bmp; cp $S/win-24bit.bmp before.bmp; cp $S/win-24bit.bmp after.bmp; cp $S/win-rle8.bmp scan.bmp
+    cp $S/icon-sizes.ico app.ico; cp $S/icon-sizes.ico before.ico; cp $S/icon-sizes.ico after.ico; cp $S/win-1bit.bmp first.bmp
+    cp $S/cursor-4bit.cur arrow.cur; cp $S/animated.ani wait.ani; cp $S/bad-rows-cut.bmp damaged.bmp; cp app.ico favicon.ico; cp app.ico disk.img; cp app.ico program.exe;
+     mkdir icons scans
+    cp $S/icon-4bit.ico $S/icon-sizes.ico icons; cp $S/win-4bit.bmp $S/os2-8bit.bmp scans; head -c 65536 /dev/zero > drive.img
+    vxbmp convert app.ico large.png --page 4; cp large.png new.png; cp large.png alpha.png; cp large.png wait-1.png
+    cp large.png wait-2.png; vxbmp convert $S/icon-png-256.ico logo.png --page 3; vxbmp convert photo.bmp arrow.png
+    vxbmp convert app.ico hand-drawn-16.png --page 1; vxbmp convert photo.bmp photo.png; cat scans/*.bmp >> drive.img
+    head -c 9600000 /dev/zero | vxbmp convert - survey.bmp --raw 1000x3200x24; head -c 700000 /dev/zero > dump.bin
+    $PYTHON -m zipfile -c icons.zip app.ico; cp large.png one.png; cp large.png two.png; mkdir -p .zsh/functions .config/fish/completions; cp -r icons folder"""
+TOOLS = ("jq", "unzip", "parallel", "zopflipng")  # without which examples are not run
+
+
+def examples(source, program, samples):
+    """Each in a folder of its own; all lines of a session of the cookbook in one."""
+    sessions = [[line] for line in (*help_examples(program, []), *manual_examples(source))]
+    cookbook = (source / "docs/cookbook.md").read_text()
+    recipes = re.findall(r"^```\n(.*?)^```$", cookbook, re.M | re.S)
+    sessions += [recipe.splitlines() for recipe in recipes]
+    if len(re.findall("^## ", cookbook, re.M)) < 20:
+        yield "docs/cookbook.md has fewer than twenty tasks"
+    with tempfile.TemporaryDirectory() as work:
+        subprocess.run([samples, f"{work}/samples"], check=True)
+        environment = dict(os.environ, PATH=f"{pathlib.Path(program).resolve().parent}:{os.environ['PATH']}", S=f"{work}/samples",
+                           TERM="dumb", PYTHON=sys.executable)
+        template = pathlib.Path(work, "template")
+        template.mkdir()
+        bash(EXAMPLE_FILES, template, environment)
+        for number, session in enumerate(sessions):
+            if "curl" in session[0] or any(re.search(rf"\b{tool}\b", line) and not shutil.which(tool) for tool in TOOLS for line in session):
+                continue
+            folder = pathlib.Path(work, str(number))
+            shutil.copytree(template, folder)
+            if not any("damaged" in line for line in session):
+                (folder / "damaged.bmp").unlink()  # which *.bmp would name, too
+            run = bash("\n".join(session), folder, dict(environment, HOME=str(folder)))
+            findings = run.returncode == 1 and "verify" in session[0]  # which is no failure of the example
+            if (run.returncode != 0 and not findings) or "is a word too many" in run.stderr:
+                yield f"{session} fails:\n{run.stderr}"
+
+
+def bash(script, folder, environment):
+    return subprocess.run(["bash", "-c", script], cwd=folder, env=environment, text=True, stdin=subprocess.DEVNULL,
+                          stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+
+def help_examples(program, command):
+    usage = help_of(program, command)
+    text = re.sub(r"\\\n +", "", usage.rpartition("Examples:\n" if "Examples:\n" in usage else "Example:\n")[2])
+    yield from re.findall(r"^  (\S.*vxbmp.*|vxbmp .*)$", text, re.M) if "Example" in usage else ()
+    for nested in re.findall(r"^  (\w+)  ", usage.partition("\nCommands:\n")[2].partition("\n\n")[0], re.M):
+        yield from help_examples(program, [*command, nested])
+
+
+def manual_examples(source):
+    for page in sorted((source / "docs/man").glob("*.1")):
+        for line in re.findall(r"^\.Dl \$ (.*)$", page.read_text(), re.M):
+            yield line.replace(r"\e", "\\")
 
 
 def links(source):
@@ -106,15 +172,37 @@ def tutorial(source, programs, samples, *emulator):
         if emulator:
             programs = through(emulator, programs, commands)
         environment = dict(os.environ, PATH=f"{programs}:{os.environ['PATH']}", LC_ALL="C")
-        for session in re.findall(r"^```console\n(.*?)^```$", text, re.M | re.S):
-            commands = re.findall(r"^\$ (.*)$", session, re.M)
-            printed = ""
-            for command in commands:
-                run = subprocess.run(command, shell=True, cwd=work, env=environment, text=True,
-                                     stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-                printed += f"$ {command}\n{run.stdout}"
-            if re.sub(r" +$", "", printed, flags=re.M) != session:  # as editors leave it
-                yield f"the tutorial says\n{session}but its programs print\n{printed}"
+        for said, printed in sessions(text, work, environment):
+            if printed != said:
+                yield f"the tutorial says\n{said}but its programs print\n{printed}"
+
+
+def sessions(text, folder, environment):
+    """What a document says that sessions print, and what they print, without the spaces that editors remove."""
+    for session in re.findall(r"^```console\n(.*?)^```$", text, re.M | re.S):
+        printed = ""
+        for command in re.findall(r"^\$ (.*)$", session, re.M):
+            run = subprocess.run(command, shell=True, cwd=folder, env=environment, text=True,
+                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+            printed += f"$ {command}\n{run.stdout}"
+        yield session, re.sub(r" +$", "", re.sub(r"in [\d.]+ s \(\d+ a second\)", "in 0.1 s (100 a second)", printed),
+                              flags=re.M)
+
+
+def readme(source, program, samples, *update):
+    """The tour, in a folder that looks like this one after ./dev demo."""
+    path = source / "README.md"
+    with tempfile.TemporaryDirectory() as work:
+        subprocess.run([samples, f"{work}/build/samples"], check=True)
+        pathlib.Path(work, "build/release").mkdir()
+        pathlib.Path(work, "build/release/bin").symlink_to(pathlib.Path(program).resolve().parent)
+        text = path.read_text()
+        for said, printed in sessions(text, work, dict(os.environ, LC_ALL="C", TERM="dumb")):
+            if printed != said:
+                text = text.replace(said, printed)
+                yield f"README.md says\n{said}but it prints\n{printed}"
+        if update:
+            path.write_text(text)
 
 
 faults = list(globals()[sys.argv[1]](pathlib.Path(sys.argv[2]), *sys.argv[3:]))

@@ -272,13 +272,13 @@ TEST_F(Reasons, AreAllReachedAndHaveNames) {
       VX_REASON_BAD_FILTER,      VX_REASON_NO_DISPLAY,         VX_REASON_BAD_DISPLAY,
       VX_REASON_FILTER_GAVE_UP,  VX_REASON_JPEG_DAMAGED,       VX_REASON_NO_JPEG,
       VX_REASON_PROFILE_DAMAGED, VX_REASON_NO_COLOR_MANAGEMENT};
-  for (int reason = VX_REASON_BAD_ARGUMENT; reason <= VX_REASON_NO_COLOR_MANAGEMENT; ++reason) {
+  for (int reason = VX_REASON_BAD_ARGUMENT; reason <= VX_REASON_FOREIGN; ++reason) {
     EXPECT_STRNE(vx_reason_name(reason), "unknown") << reason;
     EXPECT_STRNE(vx_reason_advice(reason), "") << vx_reason_name(reason);
     EXPECT_TRUE(reached_.empty() || reached_.contains(reason) != elsewhere.contains(reason))
         << vx_reason_name(reason);
   }
-  EXPECT_STREQ(vx_reason_name(VX_REASON_NO_COLOR_MANAGEMENT + 1), "unknown");
+  EXPECT_STREQ(vx_reason_name(VX_REASON_FOREIGN + 1), "unknown");
   EXPECT_STREQ(vx_reason_advice(-1), "");
 }
 
