@@ -17,7 +17,7 @@ inline constexpr uint32_t kDirectorySize = 6;
 inline constexpr uint32_t kEntrySize = 16;
 inline constexpr uint32_t kPngSignatureSize = 8;
 inline constexpr uint32_t kPngChunkFrame = 12;  // of a chunk: all but its content
-inline constexpr int kLargeIcon = 256;  // pixels; the directory has no room for more
+inline constexpr int kLargeIcon = 256;          // pixels; the directory has no room for more
 
 inline constexpr uint16_t kIconType = 1;
 inline constexpr uint16_t kCursorType = 2;
