@@ -53,7 +53,7 @@ Examples:
   vxbmp repair photo.bmp --in-place --backup
   vxbmp repair photo.bmp --in-place --backup=.orig
   curl -s https://example.com/favicon.ico | vxbmp repair - -o favicon.ico)",
-     "-o --in-place --backup", DeclareRepair},
+     "-o,--output --in-place --backup", DeclareRepair},
     {"view", "Shows a picture in the terminal.",
      R"(What is transparent shows the terminal's background. Small pictures are drawn in their
 own size, a symbol a column of pixels; large ones are made to fit the terminal.

@@ -335,9 +335,10 @@ Action DeclareIcon(Arguments& command) {
   command.Add(
       {.name = "-o", .help = "icon file to write; - is standard output", .value = "FILE", .isRequired = true},
       arguments->out);
-  command.Add(
-      {.name = "--preset", .help = "sizes and forms for a purpose, as below", .value = IconPresetNames("|")},
-      arguments->preset);
+  command.Add({.name = "--preset",
+               .help = "sizes and forms for " + IconPresetNames(", "),
+               .value = IconPresetNames("|")},
+              arguments->preset);
   command.Add({.name = "--enlarge", .help = "make pages that are larger than the largest picture, too"},
               arguments->enlarges);
   command.Add({.name = "--html", .help = "print the line that a web page has for the icon"},

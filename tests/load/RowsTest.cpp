@@ -223,6 +223,10 @@ TEST_F(LargeRows, AreSavedInMemoryForAFew) {
       const vx::SaveOptions options(format, depth);
       InLittleMemory([&] { return vx_save_file(picture.Get(), path.c_str(), &options); });
       const vx::Buffer whole = source.Load().Save(options);
+      if (format == VX_FORMAT_PNG) {  // with more memory it is compressed in another way
+        EXPECT_TRUE(vx::Source::File(path).Load().Rgba() == source.Load().Rgba());
+        continue;
+      }
       EXPECT_TRUE(ReadFile(path) == std::string(whole.Bytes().begin(), whole.Bytes().end()));
     }
   }
