@@ -39,7 +39,7 @@ vx::Bitmap LoadFor(const vx::Source& source, int size) {
   vx::LoadOptions options;
   options.page = source.BestPage(size);
   options.allow_truncated = 1;
-  options.flags |= VX_LOAD_ROW_BY_ROW;
+  options.flags = VX_LOAD_ROW_BY_ROW;
   return source.Load(options);
 }
 

@@ -127,7 +127,7 @@ class Places {
           Fail(Cause(STATUS_READ_ERROR, VX_REASON_CHANGED_WHILE_READ).At(static_cast<int64_t>(at_ + got)),
                source_.Name(), ": cannot read at byte ", at_ + got)};
     }
-    std::fill_n(window_.begin() + got, bmp::kFileStartSize, uint8_t{0});
+    std::fill_n(window_.data() + got, bmp::kFileStartSize, uint8_t{0});
     begin_ = at_;
     end_ = at_ + got + (isLast ? bmp::kFileStartSize : 0);
   }

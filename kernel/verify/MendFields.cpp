@@ -23,7 +23,8 @@ void Put(int64_t offset, uint64_t value, uint32_t size, Content* content) {
   const auto at = static_cast<uint64_t>(offset);
   const bool fits = value >> (8 * size - 1) >> 1 == 0;
   if (!fits || at + size > content->size()) return;
-  for (uint32_t i = 0; i < size; ++i) (*content)[at + i] = static_cast<uint8_t>(value >> 8 * i);
+  for (uint32_t i = 0; i < size; ++i)
+    (*content)[static_cast<std::size_t>(at + i)] = static_cast<uint8_t>(value >> 8 * i);
 }
 
 /// The entry's two sides, of a page of the file itself.

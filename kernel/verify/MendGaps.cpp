@@ -56,7 +56,7 @@ uint64_t Moved(const Gaps& gaps, uint64_t offset) noexcept {
 
 void Store(uint64_t at, uint64_t value, Content* content) {
   for (uint32_t i = 0; i < 4 && at + i < content->size(); ++i)
-    (*content)[at + i] = static_cast<uint8_t>(value >> 8 * i);
+    (*content)[static_cast<std::size_t>(at + i)] = static_cast<uint8_t>(value >> 8 * i);
 }
 
 void TellOfMoves(const bmp::BitmapLayout& layout, const Gaps& gaps, Content* content) {
