@@ -9,12 +9,15 @@
 // Functions throw vx::Error where their C counterparts fail.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "vx/vx.h"
@@ -276,6 +279,31 @@ class Source {
   };
   std::unique_ptr<vx_source, Close> source_;
 };
+
+/// Saves rows, which `give` fills from the top, as a file that appears whole or not at all.
+/// @param give called with the row and with (width * bits_per_pixel + 7) / 8 bytes as Bitmap::Row has them;
+/// what it throws ends the save, and is thrown from here
+template <std::invocable<int, uint8_t*> Give>
+void SaveRows(const vx_rows& rows, Give&& give, const std::string& path, const vx_save_options& options) {
+  struct Giver {
+    std::remove_reference_t<Give>& give;
+    std::exception_ptr thrown = nullptr;
+
+    static int Call(void* user, int row, uint8_t* pixels) noexcept {
+      auto& giver = *static_cast<Giver*>(user);
+      try {
+        giver.give(row, pixels);
+        return 1;
+      } catch (...) {
+        giver.thrown = std::current_exception();
+        return 0;
+      }
+    }
+  } giver{give};
+  const int status = vx_save_rows(&rows, Giver::Call, &giver, path.c_str(), &options);
+  if (giver.thrown != nullptr) std::rethrow_exception(giver.thrown);
+  Check(status);
+}
 
 /// Saves an animated cursor, which appears whole or not at all.
 inline void SaveAnimation(std::span<const Bitmap> frames, const vx_animation_options& options,
