@@ -120,11 +120,17 @@ class Bitmap {
     Check(vx_bitmap_describe(bitmap_.get(), &info));
     return info;
   }
-  /// One row as stored; lives as long as the bitmap. @throws Error when row is out of range.
+  /// One row as stored; lives as long as the bitmap, or until the next row is asked for where it was loaded
+  /// row by row. @throws Error when row is out of range, or cannot be read
   [[nodiscard]] std::span<const uint8_t> Row(int row) const {
+    const vx_bitmap_info info = Describe();
     const uint8_t* bytes = vx_bitmap_row(bitmap_.get(), row);
-    if (bytes == nullptr) throw Error(VX_BAD_PARAMETER, "there is no row " + std::to_string(row));
-    return {bytes, static_cast<std::size_t>(Describe().bytes_per_line)};
+    if (bytes != nullptr) return {bytes, static_cast<std::size_t>(info.bytes_per_line)};
+    if (row < 0 || row >= info.height)
+      throw Error(VX_BAD_PARAMETER, "there is no row " + std::to_string(row));
+    vx_error_info failure;
+    vx_last_error(&failure);
+    throw Error(failure.status);
   }
   /// The palette, 4 bytes an entry (blue, green, red, 0); empty above 8 bits.
   [[nodiscard]] std::span<const uint8_t> Palette() const {

@@ -332,6 +332,10 @@ TEST_F(LargeRows, ThatAreDamagedLeaveTheOldFile) {
     const vx::Source source = vx::Source::Memory(damaged);
     const int status = StatusOf([&] { (void)source.Load(); });
     const std::string words = vx_error_detail();
+    ExpectFailure(status, words, [&] {
+      const vx::Bitmap picture = source.Load(how);
+      for (int row = 0; row < kSide; ++row) (void)picture.Row(row);
+    });
     ExpectFailure(status, words, [&] { source.Load(how).Save(path, options); });
     vx_error_info info;
     vx_last_error(&info);
