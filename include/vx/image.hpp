@@ -9,12 +9,15 @@
 // Functions throw vx::Error where their C counterparts fail.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "vx/vx.h"
@@ -117,11 +120,17 @@ class Bitmap {
     Check(vx_bitmap_describe(bitmap_.get(), &info));
     return info;
   }
-  /// One row as stored; lives as long as the bitmap. @throws Error when row is out of range.
+  /// One row as stored; lives as long as the bitmap, or until the next row is asked for where it was loaded
+  /// row by row. @throws Error when row is out of range, or cannot be read
   [[nodiscard]] std::span<const uint8_t> Row(int row) const {
+    const vx_bitmap_info info = Describe();
     const uint8_t* bytes = vx_bitmap_row(bitmap_.get(), row);
-    if (bytes == nullptr) throw Error(VX_BAD_PARAMETER, "there is no row " + std::to_string(row));
-    return {bytes, static_cast<std::size_t>(Describe().bytes_per_line)};
+    if (bytes != nullptr) return {bytes, static_cast<std::size_t>(info.bytes_per_line)};
+    if (row < 0 || row >= info.height)
+      throw Error(VX_BAD_PARAMETER, "there is no row " + std::to_string(row));
+    vx_error_info failure;
+    vx_last_error(&failure);
+    throw Error(failure.status);
   }
   /// The palette, 4 bytes an entry (blue, green, red, 0); empty above 8 bits.
   [[nodiscard]] std::span<const uint8_t> Palette() const {
@@ -282,6 +291,31 @@ class Source {
   };
   std::unique_ptr<vx_source, Close> source_;
 };
+
+/// Saves rows, which `give` fills from the top, as a file that appears whole or not at all.
+/// @param give called with the row and with (width * bits_per_pixel + 7) / 8 bytes as Bitmap::Row has them;
+/// what it throws ends the save, and is thrown from here
+template <std::invocable<int, uint8_t*> Give>
+void SaveRows(const vx_rows& rows, Give&& give, const std::string& path, const vx_save_options& options) {
+  struct Giver {
+    std::remove_reference_t<Give>& give;
+    std::exception_ptr thrown = nullptr;
+
+    static int Call(void* user, int row, uint8_t* pixels) noexcept {
+      auto& giver = *static_cast<Giver*>(user);
+      try {
+        giver.give(row, pixels);
+        return 1;
+      } catch (...) {
+        giver.thrown = std::current_exception();
+        return 0;
+      }
+    }
+  } giver{give};
+  const int status = vx_save_rows(&rows, Giver::Call, &giver, path.c_str(), &options);
+  if (giver.thrown != nullptr) std::rethrow_exception(giver.thrown);
+  Check(status);
+}
 
 /// Saves an animated cursor, which appears whole or not at all.
 inline void SaveAnimation(std::span<const Bitmap> frames, const vx_animation_options& options,

@@ -633,6 +633,44 @@ VX_API int vx_save_file(const vx_bitmap* bitmap, const char* path, const vx_save
 VX_API int vx_save_memory(const vx_bitmap* bitmap, const vx_save_options* options, uint8_t** bytes,
                           size_t* size);
 
+/** What the rows of vx_save_rows are like. Begin with zeros: `vx_rows rows = {0};` */
+typedef struct vx_rows {
+  int width;              /**< pixels, 1 and more */
+  int height;             /**< rows, 1 and more */
+  int bits_per_pixel;     /**< 1, 4, 8, 16, 24 or 32 */
+  int color_order;        /**< 16 bits: VX_ORDER_565, anything else is 5-5-5 */
+  const uint8_t* palette; /**< 1 to 8 bits: 4 bytes an entry, blue, green, red, 0; else not looked at */
+  int palette_count; /**< entries at `palette`, 1 to as many as there are indices; the others are black */
+  int has_alpha;     /**< 32 bits: nonzero if the fourth byte of a pixel is alpha */
+  int x_dpi;         /**< dots per inch; 0: as of a picture of which nothing is known */
+  int y_dpi;         /**< the same */
+  int may_repeat;    /**< nonzero: the rows can be asked for again, from the first on */
+} vx_rows;
+
+/**
+ * Gives a row. May not throw; may call this library, but end no edit and no save of the same file.
+ * @param row from the top. Each is asked for once, in turn; with may_repeat row 0 may follow after any row
+ * @param pixels receives (width * bits_per_pixel + 7) / 8 bytes, as vx_bitmap_row has them
+ * @return nonzero, or 0 if there is no such row: the save then fails
+ */
+typedef int (*vx_give_row_function)(void* user, int row, uint8_t* pixels);
+
+/**
+ * Saves rows that `give` is asked for, from the top, as vx_save_file saves a bitmap of them: the same bytes,
+ * the same failures, and the same care for the old file. Where `give` returns 0 it fails with VX_READ_ERROR,
+ * and vx_error_info.is_of_rows is set.
+ *
+ * PNG files, and uncompressed bitmaps of 16 bits and more or of the depth of the rows, take memory for a few
+ * rows, whatever the height. So do bitmaps of fewer bits if may_repeat is set and no colours are diffused:
+ * the rows are looked at before they are written. All rows are kept in memory, in their own depth, by
+ * whatever else needs them twice or from below: without may_repeat, where the colours have to be looked at
+ * first; with diffusion; in run-length bitmaps, icons and cursors; and where in_place is set or
+ * vx_redirect_files is used.
+ * @param options may be null
+ */
+VX_API int vx_save_rows(const vx_rows* rows, vx_give_row_function give, void* user, const char* path,
+                        const vx_save_options* options);
+
 /* ---- Pages of icon and cursor files ---- */
 
 /** What an icon or cursor file says of itself, whatever its pages are like. */

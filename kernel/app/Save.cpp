@@ -1,5 +1,5 @@
 // vx_save_file and vx_save_memory: a plan, through whoever writes its format, into a file.
-#include "format/SaveRules.h"
+#include "app/Save.h"
 
 #include "base/Errors.h"
 #include "beyond/BitmapWriter.h"
@@ -10,6 +10,7 @@
 #include "files/Place.h"
 #include "files/Replacement.h"
 #include "filter/FilterCalls.h"
+#include "format/SaveRules.h"
 
 namespace vxkrn {
 namespace {
@@ -109,6 +110,16 @@ int SaveFile(const char* path, bool inPlace, SavePlan* plan) {
 }
 
 }  // namespace
+
+int SavePictureAs(const vx_bitmap& picture, const char* path, const vx_save_options* options) {
+  SavePlan plan = {};
+  int status = PlanSave(picture, options, &plan);
+  const bool inPlace = options != nullptr && options->in_place != 0;
+  if (status == STATUS_OK) status = SaveFile(path, inPlace, &plan);
+  if (status == STATUS_OK) RemarkOnLosses(plan, 0);
+  return status;
+}
+
 }  // namespace vxkrn
 
 int vx_save_file(const vx_bitmap* bitmap, const char* path, const vx_save_options* options) {
@@ -116,12 +127,7 @@ int vx_save_file(const vx_bitmap* bitmap, const char* path, const vx_save_option
     if (bitmap == nullptr || path == nullptr) {
       return vxkrn::FailForArgument("the bitmap and the path must be given");
     }
-    vxkrn::SavePlan plan = {};
-    int status = vxkrn::PlanSave(*bitmap, options, &plan);
-    const bool inPlace = options != nullptr && options->in_place != 0;
-    if (status == STATUS_OK) status = vxkrn::SaveFile(path, inPlace, &plan);
-    if (status == STATUS_OK) vxkrn::RemarkOnLosses(plan, 0);
-    return status;
+    return vxkrn::SavePictureAs(*bitmap, path, options);
   });
 }
 

@@ -73,11 +73,20 @@ bool MendGaps(vx_source& source, Content* content) {
   const Gaps gaps = FindGaps(source, image.has_value());
   if (gaps.empty()) return false;
   if (image) TellOfMoves(image->layout, gaps, content);
-  for (auto gap = gaps.rbegin(); gap != gaps.rend(); ++gap) {
-    const auto begin = content->begin();
-    const auto end = static_cast<std::ptrdiff_t>(std::min<uint64_t>(gap->end, content->size()));
-    content->erase(begin + static_cast<std::ptrdiff_t>(gap->begin), begin + end);
+  const std::span<uint8_t> all(*content);
+  std::size_t kept = 0;
+  const auto keep = [&](uint64_t begin, uint64_t end) {
+    const auto bytes = all.subspan(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin));
+    std::copy(bytes.begin(), bytes.end(), all.begin() + static_cast<std::ptrdiff_t>(kept));
+    kept += bytes.size();
+  };
+  uint64_t from = 0;
+  for (const auto& gap : gaps) {
+    keep(from, std::min<uint64_t>(gap.begin, all.size()));
+    from = std::min<uint64_t>(gap.end, all.size());
   }
+  keep(from, all.size());
+  content->resize(kept);
   return true;
 }
 

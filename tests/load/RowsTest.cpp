@@ -5,11 +5,13 @@
 #include <samples/Samples.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <numeric>
 #include <random>
+#include <set>
 
 #include "../common/Failures.h"
 #include "../common/Folder.h"
@@ -232,6 +234,95 @@ TEST_F(LargeRows, AreSavedInMemoryForAFew) {
   }
 }
 
+vx_rows RowsOf(int width, int height, int depth, const uint8_t* palette = nullptr, int count = 0) {
+  return {width, height, depth, VX_ORDER_BGR, palette, count, 0, 0, 0, 0};
+}
+
+/// What the rows of a picture are like when an application gives them.
+vx_rows RowsLike(const vx::Bitmap& picture, bool mayRepeat) {
+  const vx_bitmap_info i = picture.Describe();
+  return {i.width,         i.height,    i.bits_per_pixel, i.color_order, vx_bitmap_palette(picture.Get()),
+          i.palette_count, i.has_alpha, i.x_dpi,          i.y_dpi,       mayRepeat ? 1 : 0};
+}
+
+/// Gives the rows of a picture, and sees to it that they are asked for as was agreed.
+struct Giver {
+  const vx::Bitmap& picture;
+  bool mayRepeat = false;
+  int next = 0;
+
+  void operator()(int row, uint8_t* pixels) {
+    EXPECT_TRUE(row == next || (mayRepeat && row == 0)) << row << " instead of " << next;
+    next = row + 1;
+    const vx_bitmap_info info = picture.Describe();
+    const int bytes = (info.width * info.bits_per_pixel + 7) / 8;
+    std::copy_n(picture.Row(row).begin(), bytes, pixels);
+  }
+};
+
+/// The formats and depths that keep no row, of rows that can be asked for again and of others.
+TEST_F(LargeRows, ThatAreGivenAreSavedInMemoryForAFew) {
+  const std::string path = folder_ / "given";
+  const vx::Buffer file = FileOf(VX_FORMAT_PNG);
+  const vx::Source source = vx::Source::Memory(file.Bytes());
+  const vx::Bitmap whole = source.Load();
+  for (const auto& [format, depth, mayRepeat] : {std::tuple(VX_FORMAT_PNG, 24, false),
+                                                 {VX_FORMAT_BMP, 24, false},
+                                                 {VX_FORMAT_BMP, 32, false},
+                                                 {VX_FORMAT_BMP, 16, true},
+                                                 {VX_FORMAT_OS2, 24, false},
+                                                 {VX_FORMAT_OS2_2, 8, true}}) {
+    SCOPED_TRACE(testing::Message() << format << " of " << depth);
+    const vx::SaveOptions options(format, depth);
+    InLittleMemory([&] {
+      return StatusOf([&] { SaveRows(RowsLike(whole, mayRepeat), Giver{whole, mayRepeat}, path, options); });
+    });
+    const vx::Buffer expected = whole.Save(options);
+    EXPECT_TRUE(ReadFile(path) == std::string(expected.Bytes().begin(), expected.Bytes().end()));
+  }
+}
+
+TEST_F(LargeRows, ThatAreNotGivenLeaveTheOldFile) {
+  const std::string path = folder_ / "old";
+  WriteFile(path, "old");
+  const vx_rows rows = RowsOf(3, 500, 24);
+  for (const vx_format format : {VX_FORMAT_BMP, VX_FORMAT_PNG, VX_FORMAT_BMP_RLE}) {
+    const vx::SaveOptions options(format);
+    const auto giveHalf = [](void* /*user*/, int row, uint8_t* /*pixels*/) { return row < 250 ? 1 : 0; };
+    EXPECT_EQ(vx_save_rows(&rows, giveHalf, nullptr, path.c_str(), &options), VX_READ_ERROR);
+    EXPECT_STREQ(vx_error_detail(), "row 250 of 500 was not given");
+    vx_error_info info;
+    vx_last_error(&info);
+    EXPECT_NE(info.is_of_rows, 0);
+    const auto throwHalf = [](int row, uint8_t* /*pixels*/) {
+      if (row == 250) throw std::out_of_range("mine");
+    };
+    EXPECT_THROW(vx::SaveRows(rows, throwHalf, path, options), std::out_of_range);
+    EXPECT_EQ(ReadFile(path), "old");
+  }
+}
+
+TEST_F(LargeRows, ThatAreDescribedWrongAreRefused) {
+  const uint8_t palette[12] = {};
+  const struct {
+    vx_rows rows;
+    int status;
+  } kCases[] = {
+      {RowsOf(0, 1, 24), VX_BAD_DIMENSIONS},
+      {RowsOf(1, 1 << 28, 24), VX_BAD_DIMENSIONS},
+      {RowsOf(1, 1, 0), VX_BAD_BPP},
+      {RowsOf(1, 1, 2), VX_BAD_BPP},
+      {RowsOf(1, 1, 8, nullptr, 2), VX_BAD_PARAMETER},
+      {RowsOf(1, 1, 8, palette, 0), VX_BAD_PARAMETER},
+      {RowsOf(1, 1, 1, palette, 3), VX_BAD_PARAMETER},
+      {RowsOf(1, 1, 4, palette, 3), VX_OK},
+  };
+  for (const auto& [rows, status] : kCases) {
+    const auto give = [](int /*row*/, uint8_t* /*pixels*/) {};
+    EXPECT_EQ(StatusOf([&] { vx::SaveRows(rows, give, folder_ / "new", vx::SaveOptions()); }), status);
+  }
+}
+
 TEST_F(LargeRows, ThatAreDamagedLeaveTheOldFile) {
   const std::string path = folder_ / "old";
   WriteFile(path, "old");
@@ -245,6 +336,10 @@ TEST_F(LargeRows, ThatAreDamagedLeaveTheOldFile) {
     const vx::Source source = vx::Source::Memory(damaged);
     const int status = StatusOf([&] { (void)source.Load(); });
     const std::string words = vx_error_detail();
+    ExpectFailure(status, words, [&] {
+      const vx::Bitmap picture = source.Load(how);
+      for (int row = 0; row < kSide; ++row) (void)picture.Row(row);
+    });
     ExpectFailure(status, words, [&] { source.Load(how).Save(path, options); });
     vx_error_info info;
     vx_last_error(&info);
@@ -297,6 +392,37 @@ TEST(RowByRow, IsSavedAsWhatIsLoadedWhole) {
                    std::to_string(options.bits_per_pixel));
       EXPECT_EQ(Saved(source, VX_LOAD_ROW_BY_ROW, options), Saved(source, 0, options));
       EXPECT_EQ(Saved(stream, VX_LOAD_ROW_BY_ROW, options), Saved(stream, 0, options));
+    }
+  }
+}
+
+/// Native rows of a picture that has neither region nor profile are all there is to it.
+TEST(GivenRows, AreSavedAsTheirPictureIs) {
+  const Folder folder;
+  const std::string path = folder / "given";
+  std::set<std::array<int, 3>> kinds;  // one picture of each: every file is stored on the disk
+  for (const samples::Sample& sample : samples::All()) {
+    if (sample.outcome != samples::Outcome::Loads || !sample.raw.empty()) continue;
+    const vx::Bitmap picture = vx::Source::Memory(sample.bytes).Load();
+    const vx_bitmap_info info = picture.Describe();
+    if (info.has_region != 0 || info.color_space != VX_COLOR_SPACE_NONE) continue;
+    if (!kinds.insert({info.bits_per_pixel, info.color_order, info.has_alpha}).second) continue;
+    for (const vx::SaveOptions& options : WaysToSave()) {
+      for (const bool mayRepeat : {false, true}) {
+        SCOPED_TRACE(sample.name + " as " + std::to_string(options.format) + " of " +
+                     std::to_string(options.bits_per_pixel));
+        Bytes expected;
+        const int status = StatusOf([&] {
+          const vx::Buffer file = picture.Save(options);
+          expected.assign(file.Bytes().begin(), file.Bytes().end());
+        });
+        EXPECT_EQ(StatusOf([&] {
+                    SaveRows(RowsLike(picture, mayRepeat), Giver{picture, mayRepeat}, path, options);
+                  }),
+                  status);
+        if (status != VX_OK) continue;
+        EXPECT_EQ(loading::ReadFile(path), expected);
+      }
     }
   }
 }
