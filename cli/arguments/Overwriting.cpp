@@ -20,11 +20,6 @@ bool IsRegularFile(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-bool Exists(const std::string& path) {
-  struct stat status {};
-  return lstat(path.c_str(), &status) == 0;
-}
-
 }  // namespace
 
 void Overwriting::Declare(Arguments& command) {
@@ -60,11 +55,15 @@ void Overwriting::KeepOld(const std::string& file) const {
   const std::string kept = file + suffix_;
   std::error_code error;
   const fs::path old = fs::canonical(file, error);
-  fs::remove(kept, error);
-  fs::create_hard_link(old, kept, error);
-  if (error) fs::copy_file(old, kept, fs::copy_options::overwrite_existing, error);
-  if (!error) return;
-  errno = error.value();
+  const std::string fresh = kept + ".vx-new";  // what was kept before goes only once this is there
+  fs::remove(fresh, error);
+  fs::create_hard_link(old, fresh, error);
+  if (error) fs::copy_file(old, fresh, error);
+  if (!error) fs::rename(fresh, kept, error);
+  const int problem = error.value();
+  fs::remove(fresh, error);  // also there where both were one file already
+  if (problem == 0) return;
+  errno = problem;
   throw FileError::FromErrno(VX_OPEN_WRITE_ERROR, kept, "cannot keep the old file");
 }
 

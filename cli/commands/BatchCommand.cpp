@@ -49,11 +49,6 @@ bool FitsAlone(const vx_error_info& error) {
   return error.reason == VX_REASON_OVER_MEMORY_LIMIT && error.first <= error.second;
 }
 
-bool Exists(const std::string& path) {
-  struct stat status {};
-  return lstat(path.c_str(), &status) == 0;
-}
-
 /// Whether a file was written after another was changed, going by the times that both have.
 bool IsUpToDate(const std::string& out, const std::string& in) {
   struct stat newer {};

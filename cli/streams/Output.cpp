@@ -62,6 +62,11 @@ void PrintToStandardOutput(std::string_view text) {
   WriteAll(STDOUT_FILENO, text.data(), text.size(), NameOf(kStandardStream));
 }
 
+bool Exists(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0;
+}
+
 bool AreSameFile(const std::string& one, const std::string& other) {
   struct stat first {};
   struct stat second {};

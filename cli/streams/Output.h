@@ -18,6 +18,9 @@ void PrintToStandardOutput(std::string_view text);
 /// @throws vx::Error or FileError when it cannot be saved, UsageError where it is a terminal, OutputClosed.
 void WritePicture(const vx::Bitmap& picture, const char* path, const vx_save_options& options);
 
+/// Whether there is anything of that name, be it a link that leads nowhere.
+bool Exists(const std::string& path);
+
 /// Whether two names lead to one file, by whatever links. Devices do not count: they may be read and written.
 bool AreSameFile(const std::string& one, const std::string& other);
 

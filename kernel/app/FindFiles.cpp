@@ -27,17 +27,6 @@ uint64_t SizeOf(const vx_source& source) noexcept {
   return static_cast<uint64_t>(std::max<int64_t>(source.Size(), 0));
 }
 
-/// As vx_source::Peek, also where no picture's bytes can be: disks are longer than files. @return how many
-uint32_t ReadAnywhere(const vx_source& source, uint8_t* buffer, uint32_t count, uint64_t offset) noexcept {
-  uint32_t done = 0;
-  while (done < count) {
-    const int64_t got = source.ReadAt(buffer + done, count - done, offset + done);
-    if (got <= 0 || got > count - done) break;
-    done += static_cast<uint32_t>(got);
-  }
-  return done;
-}
-
 /// How long the file says it is, in a header at its beginning; 0 where it does not.
 uint64_t StatedLength(Start start) noexcept {
   if (bmp::BeginsLikeAnimation(start)) {
@@ -85,7 +74,7 @@ int Measure(vx_source& source, const Extent& extent, uint64_t stated, vx_found_f
 int LookAt(vx_source& source, uint64_t offset, vx_found_file* found) {
   *found = {};
   bmp::Block<bmp::kFileStartSize> start{};
-  (void)ReadAnywhere(source, start.data(), bmp::kFileStartSize, offset);
+  (void)source.PeekAnywhere(start.data(), bmp::kFileStartSize, offset);
   if (offset >= SizeOf(source) || !IsWorthALook(start)) return STATUS_OK;
   const uint64_t there = SizeOf(source) - offset;
   const uint64_t stated = StatedLength(start);
@@ -120,7 +109,7 @@ class Places {
   void Fill() {
     const auto wanted =
         static_cast<uint32_t>(std::min<uint64_t>(kWindow, until_ - at_ + bmp::kFileStartSize));
-    const uint32_t got = ReadAnywhere(source_, window_.data(), wanted, at_);
+    const uint32_t got = source_.PeekAnywhere(window_.data(), wanted, at_);
     const bool isLast = at_ + got >= SizeOf(source_);
     if (got < wanted && !isLast) {
       throw Failed{
@@ -186,7 +175,7 @@ int vx_read_bytes(vx_source* source, uint64_t offset, void* buffer, size_t count
       return vxkrn::FailForArgument(
           "the source, the places for bytes and their number, and a count below 4 GiB must be given");
     }
-    *read = vxkrn::ReadAnywhere(*source, static_cast<uint8_t*>(buffer), static_cast<uint32_t>(count), offset);
+    *read = source->PeekAnywhere(buffer, static_cast<uint32_t>(count), offset);
     return VX_OK;
   });
 }

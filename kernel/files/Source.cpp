@@ -124,7 +124,10 @@ int64_t vx_source::ReadAt(void* buffer, uint32_t count, uint64_t position) const
 }
 
 uint32_t vx_source::Peek(void* buffer, uint32_t count, uint64_t offset) const noexcept {
-  if (offset > vxkrn::kLastPosition) return 0;
+  return offset > vxkrn::kLastPosition ? 0 : PeekAnywhere(buffer, count, offset);
+}
+
+uint32_t vx_source::PeekAnywhere(void* buffer, uint32_t count, uint64_t offset) const noexcept {
   uint32_t done = 0;
   while (done < count) {
     const int64_t got = ReadAt(static_cast<uint8_t*>(buffer) + done, count - done, offset + done);

@@ -65,6 +65,8 @@ struct vx_source {
   /// Reads some bytes at position, at most count. @return how many; 0 at the end, below 0 for an error
   int64_t ReadAt(void* buffer, uint32_t count, uint64_t position) const noexcept;
   /// Reads up to count bytes at offset, as many as there are. @return how many.
+  uint32_t PeekAnywhere(void* buffer, uint32_t count, uint64_t offset) const noexcept;
+  /// The same, but no bytes from where no picture's can be: the source may be longer than that.
   uint32_t Peek(void* buffer, uint32_t count, uint64_t offset) const noexcept;
   /// The Size bytes at offset; those beyond the end are 0.
   template <uint32_t Size>
