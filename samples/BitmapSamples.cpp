@@ -16,11 +16,7 @@ constexpr int kSmallWidth = 47;
 constexpr int kSmallHeight = 36;
 
 ImageHeader HeaderFor(int width, int height, int bits) {
-  ImageHeader header;
-  header.width = width;
-  header.height = height;
-  header.bits = bits;
-  return header;
+  return {.width = width, .height = height, .bits = bits};
 }
 
 ImageHeader HeaderFor(const Indexed& indexed, int bits) {

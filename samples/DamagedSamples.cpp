@@ -22,12 +22,7 @@ Sample Broken(std::string name, std::string title, Bytes bytes, Outcome outcome)
 }
 
 ImageHeader HeaderFor(int bits, Compression compression = Compression::None) {
-  ImageHeader header;
-  header.width = kWidth;
-  header.height = kHeight;
-  header.bits = bits;
-  header.compression = compression;
-  return header;
+  return {.width = kWidth, .height = kHeight, .bits = bits, .compression = compression};
 }
 
 Bytes CutBy(Bytes bytes, size_t count) {

@@ -40,12 +40,7 @@ Bytes Cut(Bytes file, size_t size) {
 }
 
 ImageHeader HeaderFor(int bits, Compression compression = Compression::None) {
-  ImageHeader header;
-  header.width = kWidth;
-  header.height = kHeight;
-  header.bits = bits;
-  header.compression = compression;
-  return header;
+  return {.width = kWidth, .height = kHeight, .bits = bits, .compression = compression};
 }
 
 Picture Sea() {

@@ -31,7 +31,7 @@ struct ImageHeader {
   uint32_t imageSize = 0;
   int dpi = 96;
   uint32_t colorsUsed = 0;
-  Masks masks;  ///< stored at header offset 40, where the header is long enough
+  Masks masks{};  ///< stored at header offset 40, where the header is long enough
 };
 
 /// @return the `size` bytes of the header.
